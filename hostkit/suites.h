@@ -1,0 +1,38 @@
+// The substitute host's basic suite: lends registered tables by exact name and version, and knows
+// which of them are lent at the moment.
+//
+// One for the process, like the memory. A suite given back that is not lent is kept as a fault.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "sdk/sp_basic.h"
+
+namespace hostkit::suites {
+
+// The table for PF_InData::pica_basicP.
+SPBasicSuite& basicSuite();
+
+// Makes a suite available; the caller keeps the table alive. A null table is lent as it is, with
+// success: some hosts do that.
+void offer(const std::string& name, std::int32_t version, const void* table);
+
+// Takes all suites away again, and forgets what is lent.
+void withdrawAll();
+
+struct Loan {
+    std::string name;
+    std::int32_t version = 0;
+    std::uint64_t lent = 0;     // times given out
+    std::uint64_t returned = 0; // times given back
+};
+
+// Every suite that was lent since the last `withdrawAll`, in the order of name and version.
+std::vector<Loan> loans();
+
+// What was done wrong since the last call, a sentence each; empties the list.
+std::vector<std::string> takeFaults();
+
+} // namespace hostkit::suites

@@ -1,0 +1,27 @@
+// A node that holds one input image of the frame.
+#pragma once
+
+#include "engine/node_base.h"
+#include "engine/render_texture.h"
+
+class ImageNode : public NodeBase {
+public:
+    ImageNode(pbGraph& owner, std::string_view imageName);
+
+    bool isKernel() const override { return false; }
+    // The texture from its first pixel on, as far as the target's size goes; asks for no `done`.
+    void readBack(const FrameDescription& target) override;
+    // Uploads the image into a transparent texture of the frame's size. Without an image for its
+    // slot the whole texture is transparent.
+    void render(const FrameDescription& frame) override;
+    void reset() override;
+    PixelSize pixelSize(const FrameDescription& frame) const override;
+    GLuint texture() const override { return target_.texture.get(); }
+
+    std::int32_t slot = -1; // which image of the frame; -1: none
+
+private:
+    const ImageSlot* findImage(const FrameDescription& frame) const;
+
+    RenderTexture target_;
+};

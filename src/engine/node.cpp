@@ -1,0 +1,95 @@
+#include "engine/node.h"
+
+#include <algorithm>
+
+#include "engine/glsl_generator.h"
+#include "engine/pb_graph.h"
+#include "engine/pixel_format.h"
+
+Node::Node(pbGraph& owner, const pbKernelInfo& kernel)
+    : NodeBase(owner, nameText(kernel.name)), impl(makeObject<NodeImpl>(kernel, owner.swizzle)) {
+    connectInputs(kernel);
+}
+
+Node::Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex)
+    : NodeBase(owner, nameText(graphInfo.nodes[nodeIndex].id)),
+      impl(makeObject<NodeImpl>(graphInfo, nodeIndex, owner.swizzle)) {
+    const pbKernelInfo* kernel = kernelOfNode(graphInfo, graphInfo.nodes[nodeIndex]);
+    if (kernel != nullptr)
+        connectInputs(*kernel);
+}
+
+void Node::connectInputs(const pbKernelInfo& kernel) {
+    for (const pbVariable& input : kernel.inputs) {
+        Connection& connection = connections.emplace_back();
+        const std::size_t length = std::min(input.wholeName.size(), connection.name.size() - 1);
+        std::copy_n(input.wholeName.begin(), length, connection.name.begin());
+    }
+}
+
+void Node::render(const FrameDescription& frame) {
+    if (done)
+        return;
+    for (const Connection& connection : connections)
+        if (connection.source != nullptr)
+            connection.source->render(frame);
+    const GLuint program = impl->program.get();
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, impl->target.framebuffer.get());
+    glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
+    glUseProgram(program);
+    applyFrameUniforms(frame, program);
+    for (const auto& parameter : graph->parameters)
+        parameter->apply(program);
+    sendInputs(frame);
+    impl->draw(frame);
+    glUseProgram(0);
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    done = true;
+}
+
+void Node::sendInputs(const FrameDescription& frame) const {
+    if (connections.empty())
+        return;
+    std::array<PixelSize, maxKernelInputs> sizes{};
+    const GLuint program = impl->program.get();
+    for (std::size_t i = 0; i < connections.size(); ++i) {
+        const Connection& connection = connections[i];
+        const auto unit = static_cast<GLuint>(i + 1); // unit 0 is the target's own
+        if (connection.source != nullptr) {
+            connection.source->bindInput(program, connection.name.data(), unit);
+            sizes[i] = connection.source->pixelSize(frame);
+        } else {
+            bindTexture(graph->transparentTexture.get(), program, connection.name.data(), unit);
+            sizes[i] = {1.0F, 1.0F};
+        }
+    }
+    glUniform2fv(glGetUniformLocation(program, "tvek_texturePixelSize"),
+                 static_cast<GLsizei>(connections.size()), sizes.front().data());
+}
+
+void Node::readBack(const FrameDescription& target) {
+    if (!done)
+        return;
+    const DepthFormat& depth = depthFormat(target.componentBytes);
+    impl->readPixels({target.originX, target.originY, target.width, target.height,
+                      target.rowPixels, channelFormat(target.channels).nodeReadBack, depth.type,
+                      target.pixels, depth.componentBytes == 2});
+}
+
+void Node::reset() {
+    impl->target.shrink();
+    done = false;
+}
+
+PixelSize Node::pixelSize(const FrameDescription& frame) const {
+    return {frame.pixelAspect, 1.0F};
+}
+
+void applyFrameUniforms(const FrameDescription& frame, GLuint program) {
+    const auto send = [program](const char* name, float x, float y) {
+        glUniform2f(glGetUniformLocation(program, name), x, y);
+    };
+    send("tvek_outputPixelSize", frame.pixelAspect, 1.0F);
+    send("tvek_compSize", static_cast<float>(frame.width), static_cast<float>(frame.height));
+    send("tvek_downsamplingRate", frame.downsampleX, frame.downsampleY);
+}

@@ -1,0 +1,33 @@
+// A node that runs one kernel: one pass over the whole frame.
+#pragma once
+
+#include <memory>
+
+#include "engine/node_base.h"
+#include "engine/node_impl.h"
+
+// Inputs that one program can be fed with: on texture units 1 to 8.
+inline constexpr std::size_t maxKernelInputs = 8;
+
+class Node : public NodeBase {
+public:
+    // Both compile the kernel now; of the model nothing is kept.
+    Node(pbGraph& owner, const pbKernelInfo& kernel);
+    Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex);
+
+    bool isKernel() const override { return true; }
+    void readBack(const FrameDescription& target) override;
+    void render(const FrameDescription& frame) override;
+    void reset() override;
+    PixelSize pixelSize(const FrameDescription& frame) const override;
+    GLuint texture() const override { return impl->target.texture.get(); }
+
+    std::unique_ptr<NodeImpl> impl;
+
+private:
+    void connectInputs(const pbKernelInfo& kernel);
+    void sendInputs(const FrameDescription& frame) const;
+};
+
+// The uniforms of every program that do not come from a parameter: sizes and downsampling.
+void applyFrameUniforms(const FrameDescription& frame, GLuint program);

@@ -1,0 +1,17 @@
+#include "engine/node_base.h"
+
+NodeBase::NodeBase(pbGraph& owner, std::string_view nodeName) : graph(&owner) {
+    copyName(name, nodeName);
+}
+
+void NodeBase::bindInput(GLuint program, const char* inputName, GLuint unit) const {
+    bindTexture(texture(), program, inputName, unit);
+}
+
+void bindTexture(GLuint textureName, GLuint program, const char* inputName, GLuint unit) {
+    glActiveTexture(GL_TEXTURE0 + unit);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, textureName);
+    glUniform1i(glGetUniformLocation(program, inputName), static_cast<GLint>(unit));
+    glActiveTexture(GL_TEXTURE0);
+}

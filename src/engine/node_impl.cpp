@@ -1,0 +1,59 @@
+#include "engine/node_impl.h"
+
+#include <GL/glew.h>
+#include <GL/glu.h>
+
+#include "engine/glsl_generator.h"
+#include "engine/pixel_format.h"
+#include "engine/program_builder.h"
+
+NodeImpl::NodeImpl(const pbKernelInfo& kernel, std::uint32_t swizzle) {
+    NarrowString vertexText;
+    NarrowString fragmentText;
+    generateKernelShaders(kernel, vertexText, fragmentText, swizzle);
+    buildObjects(nameText(kernel.name), vertexText, fragmentText);
+}
+
+NodeImpl::NodeImpl(const pbGraphInfo& graph, std::size_t nodeIndex, std::uint32_t swizzle) {
+    NarrowString vertexText;
+    NarrowString fragmentText;
+    generateNodeShaders(graph, nodeIndex, vertexText, fragmentText, swizzle);
+    buildObjects(nameText(graph.nodes[nodeIndex].id), vertexText, fragmentText);
+}
+
+void NodeImpl::buildObjects(std::string_view name, const NarrowString& vertexText,
+                            const NarrowString& fragmentText) {
+    target = RenderTexture::create();
+    program = buildProgram(name, vertexText, fragmentText);
+}
+
+void NodeImpl::draw(const FrameDescription& frame) const {
+    const auto width = static_cast<GLsizei>(frame.width);
+    const auto height = static_cast<GLsizei>(frame.height);
+    target.setStorage(frame.width, frame.height, frame.componentBytes,
+                      channelFormat(frame.channels).drawStorage);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_BLEND);
+    glDisable(GL_LIGHTING);
+    glViewport(0, 0, width, height);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluOrtho2D(0, width, 0, height);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glColor4d(1, 1, 1, 1);
+    glBegin(GL_POLYGON);
+    glVertex2d(0, 0);
+    glVertex2d(0, height);
+    glVertex2d(width, height);
+    glVertex2d(width, 0);
+    glEnd();
+    glFlush();
+}
+
+void NodeImpl::readPixels(const PixelRead& read) const {
+    glUseProgram(program.get());
+    readFramebuffer(target.framebuffer, read);
+    glUseProgram(0);
+}

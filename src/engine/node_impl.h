@@ -1,0 +1,29 @@
+// The OpenGL side of a kernel node: its program and the texture that it draws into.
+//
+// Needs the device's context current from birth to death. A program that does not compile or link is
+// reported once, when it is built, and stays: drawing then gives the fixed pipeline's white.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/render_texture.h"
+#include "pixelbender/model.h"
+#include "support/heap.h"
+
+class NodeImpl : public aeBase {
+public:
+    NodeImpl(const pbKernelInfo& kernel, std::uint32_t swizzle);
+    NodeImpl(const pbGraphInfo& graph, std::size_t nodeIndex, std::uint32_t swizzle);
+
+    // One quad over the whole frame, into fresh storage; the framebuffer must be bound.
+    void draw(const FrameDescription& frame) const;
+
+    void readPixels(const PixelRead& read) const;
+
+    RenderTexture target;
+    GlProgram program;
+
+private:
+    void buildObjects(std::string_view name, const NarrowString& vertexText,
+                      const NarrowString& fragmentText);
+};

@@ -1,0 +1,169 @@
+#include "engine/pb_graph.h"
+
+#include <algorithm>
+
+#include "engine/cycle_test.h"
+#include "engine/glsl_generator.h"
+#include "engine/image_node.h"
+#include "support/report.h"
+
+namespace {
+
+bool hasTooManyInputs(const pbKernelInfo& kernel) {
+    return kernel.inputs.size() > maxKernelInputs;
+}
+
+bool hasTooManyInputs(const pbGraphInfo& graph) {
+    return std::any_of(graph.nodes.begin(), graph.nodes.end(), [&](const pbgNodeInfo& node) {
+        const pbKernelInfo* kernel = kernelOfNode(graph, node);
+        return kernel != nullptr && hasTooManyInputs(*kernel);
+    });
+}
+
+// The input of that name; null when the kernel has none.
+Connection* findInput(NodeBase& node, std::string_view name) {
+    // A graph file's names are cut to a name field, a kernel's own may be longer.
+    for (Connection& connection : node.connections)
+        if (std::string_view(connection.name.data()).substr(0, pbName().size() - 1) == name)
+            return &connection;
+    return nullptr;
+}
+
+NodeBase* outputOf(const pbGraph& graph) {
+    const auto index = static_cast<std::size_t>(graph.outputNode);
+    return graph.outputNode >= 0 && index < graph.nodes.size() ? graph.nodes[index].get() : nullptr;
+}
+
+} // namespace
+
+pbGraph::pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t channelOrder)
+    : name(nameText(kernelInfo.name)), swizzle(channelOrder) {
+    for (const pbParameter& parameter : kernelInfo.parameters)
+        parameters.push_back(makeObject<GraphParameter>(parameter));
+    if (hasTooManyInputs(kernelInfo))
+        refuse("Too many inputs.\n");
+    else
+        buildKernel(kernelInfo);
+    buildInfoText(kernelInfo, "Pixel Bender Kernel : ");
+}
+
+pbGraph::pbGraph(const pbGraphInfo& graphInfo, std::uint32_t channelOrder)
+    : name(nameText(graphInfo.name)), swizzle(channelOrder) {
+    for (const pbParameter& parameter : graphInfo.parameters)
+        addGraphParameter(parameter);
+    if (hasTooManyInputs(graphInfo))
+        refuse("Too many inputs.\n");
+    else
+        buildGraph(graphInfo);
+    buildInfoText(graphInfo, "Pixel Bender Graph : ");
+}
+
+// Nodes go before the parameters that they send.
+pbGraph::~pbGraph() {
+    nodes.clear();
+    parameters.clear();
+}
+
+void pbGraph::tell(const char* reason) const {
+    const NarrowString message = concatenate(concatenate(NarrowString(reason), name.c_str()), "\n");
+    reportMessage(message.c_str(), ChannelInfo);
+}
+
+void pbGraph::refuse(const char* reason) {
+    failed = true;
+    tell(reason);
+}
+
+void pbGraph::buildKernel(const pbKernelInfo& kernelInfo) {
+    nodes.push_back(makeObject<Node>(*this, kernelInfo));
+    outputNode = 0;
+    for (std::size_t i = 0; i < kernelInfo.inputs.size(); ++i) {
+        nodes.push_back(makeObject<ImageNode>(*this, nameText(kernelInfo.inputs[i].name)));
+        nodes[0]->connections[i].source = nodes.back().get();
+    }
+}
+
+// On the user's side the parameter keeps its plain name; in the programs it bears the prefix.
+void pbGraph::addGraphParameter(const pbParameter& source) {
+    parameters.push_back(makeObject<GraphParameter>(source));
+    pbParameter& parameter = parameters.back()->parameter;
+    if (nameText(parameter.aeDisplayName).empty() && nameText(parameter.displayName).empty())
+        parameter.displayName = parameter.name;
+    parameter.setName(graphParameterName(source.wholeName));
+}
+
+void pbGraph::buildGraph(const pbGraphInfo& graphInfo) {
+    for (const pbVariable& input : graphInfo.inputs)
+        nodes.push_back(makeObject<ImageNode>(*this, nameText(input.name)));
+    for (std::size_t i = 0; i < graphInfo.nodes.size(); ++i)
+        nodes.push_back(makeObject<Node>(*this, graphInfo, i));
+    for (const pbConnection& connection : graphInfo.connections)
+        connect(connection);
+    closeOpenInputs();
+    if (outputNode == -1)
+        tell("No output node.\n");
+    else if (NodeBase* output = outputOf(*this); output != nullptr && hasCycle(*output))
+        refuse("Cyclick Dependency detected.\n");
+}
+
+// What cannot be resolved is passed over.
+void pbGraph::connect(const pbConnection& connection) {
+    const std::int32_t from = indexOf(nameText(connection.from));
+    if (connection.kind == ToOutputImage) {
+        outputNode = from;
+        return;
+    }
+    const std::int32_t to = indexOf(nameText(connection.to));
+    const auto count = static_cast<std::int32_t>(nodes.size());
+    if (from == count || to == count)
+        return;
+    Connection* input =
+        findInput(*nodes[static_cast<std::size_t>(to)], nameText(connection.toInput));
+    if (input != nullptr)
+        input->source = nodes[static_cast<std::size_t>(from)].get();
+}
+
+// The first node of that name, the number of nodes if there is none. Images come first, so an image
+// wins over a kernel's node.
+std::int32_t pbGraph::indexOf(std::string_view nodeName) const {
+    const auto found = std::find_if(nodes.begin(), nodes.end(), [&](const auto& node) {
+        return nameText(node->name) == nodeName;
+    });
+    return static_cast<std::int32_t>(found - nodes.begin());
+}
+
+void pbGraph::closeOpenInputs() {
+    const auto isOpen = [](const Connection& input) { return input.source == nullptr; };
+    for (const auto& node : nodes)
+        if (std::any_of(node->connections.begin(), node->connections.end(), isOpen)) {
+            transparentTexture = makeTransparentTexture();
+            return;
+        }
+}
+
+void pbGraph::render(const FrameDescription& frame) {
+    nodes[static_cast<std::size_t>(outputNode)]->render(frame);
+}
+
+void pbGraph::resetNodes() {
+    for (const auto& node : nodes)
+        node->reset();
+}
+
+std::int32_t pbGraph::imageNodeCount() const {
+    return static_cast<std::int32_t>(std::count_if(
+        nodes.begin(), nodes.end(), [](const auto& node) { return !node->isKernel(); }));
+}
+
+NodeBase* pbGraph::imageNodeAt(std::int32_t index) const {
+    if (index < 0)
+        return nullptr;
+    for (const auto& node : nodes)
+        if (!node->isKernel() && index-- == 0)
+            return node.get();
+    return nullptr;
+}
+
+bool isRunnable(const pbGraph& graph) {
+    return !graph.failed && outputOf(graph) != nullptr;
+}

@@ -1,0 +1,91 @@
+#include "engine/program_builder.h"
+
+#include <GL/glew.h>
+
+#include <array>
+#include <cstdio>
+
+#include "support/report.h"
+
+namespace {
+
+struct Stage {
+    GLenum type;
+    const char* word;
+    const char* tag; // in the error log
+    const char* banner;
+};
+
+constexpr Stage vertexStage = {GL_VERTEX_SHADER, "vertex", "(v)\n",
+                               "*********** vglsl **********\n"};
+constexpr Stage fragmentStage = {GL_FRAGMENT_SHADER, "fragment", "(f)\n",
+                                 "*********** fglsl **********\n"};
+
+using InfoLog = std::array<char, 1024>;
+constexpr GLsizei infoLogLimit = 1023;
+
+// "!!!", the name and what happened, to the developer and to the user.
+void reportFailure(std::string_view name, std::string_view what) {
+    NarrowString message("!!!");
+    message.append(name).append(what);
+    reportMessage(message.c_str(), ChannelTrace);
+    reportMessage(message.c_str(), ChannelInfo);
+}
+
+void reportLog(std::string_view name, const char* tag, const InfoLog& log) {
+    NarrowString message(name);
+    message.append(tag).append(log.data()).append("\n\n");
+    reportMessage(message.c_str(), ChannelErrorLog);
+}
+
+void reportCompileFailure(std::string_view name, const Stage& stage, GLuint shader,
+                          const NarrowString& text) {
+    NarrowString what(" ");
+    what.append(stage.word).append(" shader failed to compile\n");
+    reportFailure(name, what);
+    InfoLog log{};
+    glGetShaderInfoLog(shader, infoLogLimit, nullptr, log.data());
+    std::fputs(stage.banner, stdout);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fputs("****************************\n", stdout);
+    std::fputs(log.data(), stdout);
+    reportLog(name, stage.tag, log);
+}
+
+void addStage(GLuint program, std::string_view name, const Stage& stage,
+              const NarrowString& text) {
+    const GLuint shader = glCreateShader(stage.type);
+    const GLchar* source = text.c_str();
+    glShaderSource(shader, 1, &source, nullptr);
+    glCompileShader(shader);
+    GLint isCompiled = GL_FALSE;
+    glGetShaderiv(shader, GL_COMPILE_STATUS, &isCompiled);
+    if (isCompiled == GL_TRUE)
+        glAttachShader(program, shader);
+    else
+        reportCompileFailure(name, stage, shader, text);
+    glDeleteShader(shader);
+}
+
+void link(GLuint program, std::string_view name) {
+    glLinkProgram(program);
+    GLint isLinked = GL_FALSE;
+    glGetProgramiv(program, GL_LINK_STATUS, &isLinked);
+    if (isLinked == GL_TRUE)
+        return;
+    reportFailure(name, " program failed to link\n");
+    InfoLog log{};
+    glGetProgramInfoLog(program, infoLogLimit, nullptr, log.data());
+    reportLog(name, "(l)\n", log);
+}
+
+} // namespace
+
+GlProgram buildProgram(std::string_view name, const NarrowString& vertexText,
+                       const NarrowString& fragmentText) {
+    GlProgram program = GlProgram::create();
+    addStage(program.get(), name, vertexStage, vertexText);
+    addStage(program.get(), name, fragmentStage, fragmentText);
+    link(program.get(), name);
+    return program;
+}

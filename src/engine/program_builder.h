@@ -1,0 +1,12 @@
+// Compiles and links the two texts of a program, and tells of failures on the report channels.
+#pragma once
+
+#include <string_view>
+
+#include "gpu/gl_names.h"
+#include "support/text.h"
+
+// Gives the program whatever came of it; a stage that does not compile is left out of it. `name` is
+// what the messages call it. Needs a current context.
+GlProgram buildProgram(std::string_view name, const NarrowString& vertexText,
+                       const NarrowString& fragmentText);

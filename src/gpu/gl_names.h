@@ -1,0 +1,48 @@
+// Owners of OpenGL names. A name belongs to exactly one owner, which deletes it in its destructor;
+// 0 is no name and deletes nothing. Making a name and letting it go need the context that it
+// belongs to current.
+#pragma once
+
+#include <utility>
+
+// `Kind` has `generate`, which gives a new name, and `destroy`, which takes one that is not 0.
+template<class Kind>
+class GlName {
+public:
+    GlName() = default;
+    static GlName create() { return GlName(Kind::generate()); }
+    GlName(GlName&& other) noexcept : name(std::exchange(other.name, 0)) {}
+    GlName& operator=(GlName&& other) noexcept {
+        GlName taken(std::move(other));
+        std::swap(name, taken.name);
+        return *this;
+    }
+    ~GlName() {
+        if (name != 0)
+            Kind::destroy(name);
+    }
+
+    unsigned int get() const { return name; }
+
+private:
+    explicit GlName(unsigned int newName) : name(newName) {}
+
+    unsigned int name = 0;
+};
+
+struct TextureKind {
+    static unsigned int generate();
+    static void destroy(unsigned int name);
+};
+struct FramebufferKind {
+    static unsigned int generate();
+    static void destroy(unsigned int name);
+};
+struct ProgramKind {
+    static unsigned int generate();
+    static void destroy(unsigned int name);
+};
+
+using GlTexture = GlName<TextureKind>;
+using GlFramebuffer = GlName<FramebufferKind>;
+using GlProgram = GlName<ProgramKind>;

@@ -1,0 +1,54 @@
+// Rewrites a node's parameter expressions, which speak of the graph's parameters and of the node's
+// own, into one name space that a GLSL program can have.
+
+#include "pixelbender/model.h"
+#include "pixelbender/shader_reader.h"
+
+namespace {
+
+class EvaluateParametersParaser : public ShaderReader::Parser {
+public:
+    EvaluateParametersParaser(const pbGraphInfo& graphInfo, std::string_view id)
+        : graph(&graphInfo), nodeId(id) {}
+
+    bool parse(ShaderReader& reader, std::int32_t length, ShaderReader::TokenKind kind,
+               ShaderReader::State state, std::string_view token) override;
+
+private:
+    const pbGraphInfo* graph;
+    NarrowString nodeId;
+};
+
+bool EvaluateParametersParaser::parse(ShaderReader& reader, std::int32_t, ShaderReader::TokenKind,
+                                      ShaderReader::State state, std::string_view token) {
+    const bool isEnd = token == "}" && reader.braceDepth == 0;
+    // Blank lines and indentation by tabs shrink away.
+    const bool isDropped = text.ends_with('\n') && (token == "\t" || token == "\n");
+    if (isEnd)
+        text += token;
+    else if (isDropped)
+        return false;
+    else if (token == nodeId && state == ShaderReader::Preprocessor)
+        text += ' ';
+    else if (token == nodeId) // the qualifier goes, and the name behind it stays as it is
+        text += reader.readIdentifier(";");
+    else if (graph->hasParameter(token))
+        text += graphParameterName(token);
+    else
+        text += token;
+    return isEnd;
+}
+
+} // namespace
+
+NarrowString graphParameterName(std::string_view name) {
+    NarrowString prefixed(name.starts_with('_') ? "_tveg" : "tveg_");
+    return prefixed.append(name);
+}
+
+void pbgNodeInfo::parse(const pbGraphInfo& graph) {
+    ShaderReader reader(evaluateParametersText);
+    EvaluateParametersParaser parser(graph, nameText(id));
+    reader.parse(parser);
+    evaluateParametersCode = std::move(parser.text);
+}

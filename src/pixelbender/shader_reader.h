@@ -1,0 +1,105 @@
+// A scanner over one text in memory that knows just enough of a C-like language to find tokens, to
+// tell code from comments, strings and preprocessor lines, and to count braces and parentheses.
+//
+// It knows no grammar: it hands each token to a Parser, which may call back for the next identifier,
+// number or string, or run a nested Parser over the tokens that follow. Nothing is ever reported; a
+// text that does not fit produces less. The time is linear in the text, whatever the text is.
+//
+// A reader is used once, from front to back. Tokens are views of the reader's own copy of the text:
+// good as long as the reader is.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "support/text.h"
+
+class ShaderReader {
+public:
+    // What the text at the reader's position is part of.
+    enum State : std::int32_t {
+        Code,
+        Preprocessor, // after a '#', up to the end of that line
+        BlockComment,
+        LineComment,
+        SingleQuoted,
+        DoubleQuoted,
+        End, // the text has run out
+    };
+
+    enum TokenKind : std::int32_t {
+        NoToken,    // a byte that starts no token
+        Whitespace, // one blank, tab, LF or CR
+        Number,     // without an exponent
+        Identifier,
+        Operator, // a two-character operator or one punctuation character
+    };
+
+    class Parser {
+    public:
+        virtual ~Parser() = default;
+
+        // Receives one token, which the reader has already stepped over; `length` is the number of
+        // characters stepped over, -1 for "as far as the text goes", `state` the reader's state
+        // behind them. True when this parser has finished. The base class collects every token.
+        virtual bool parse(ShaderReader& reader, std::int32_t length, TokenKind kind, State state,
+                           std::string_view token);
+
+        NarrowString text; // what this parser has collected
+    };
+
+    explicit ShaderReader(std::string_view source);
+    virtual ~ShaderReader() = default;
+    ShaderReader(const ShaderReader&) = delete;
+    ShaderReader& operator=(const ShaderReader&) = delete;
+
+    // Hands tokens to the parser until it says that it has finished or the text ends.
+    virtual void parse(Parser& parser);
+
+    // The next identifier or number, or an empty text when the token `stop` or the text's end comes
+    // first; `stop` is used up. An empty `stop` never stops.
+    virtual std::string_view readIdentifier(std::string_view stop);
+    virtual std::string_view readNumber(std::string_view stop);
+
+    // The contents of the next quoted string, as they stand; the position is then on the closing
+    // quote. Without a closing quote, the rest of the text.
+    virtual std::string_view readString(std::string_view stop);
+
+    // Steps over that many characters, -1 for as far as the text goes; false when it ran into the
+    // end.
+    bool advance(std::int32_t count);
+
+    const char* currentText() const { return text.data() + position; }
+
+    // The characters from the position through the end of a construct that is open there; where it
+    // has no end, the whole rest of the text.
+    std::string_view restOf(State context) const;
+
+    std::int32_t line = 0;       // LF and CR characters stepped over
+    std::int32_t braceDepth = 0; // '{' less '}' in code; may fall below zero
+    std::int32_t parenDepth = 0; // '(' less ')' in code; may fall below zero
+    std::uint32_t position = 0;
+    NarrowString text;
+    State state = Code;
+
+private:
+    struct Token {
+        TokenKind kind;
+        std::string_view text;
+    };
+
+    bool isAtEnd() const;
+    char charAt(std::size_t at) const { return at < text.size() ? text[at] : '\0'; }
+    Token tokenAtPosition() const;
+    std::size_t numberLength(std::size_t at) const;
+    State contextAt(std::size_t at) const;
+    State contextEndAt(std::size_t at) const;
+    State quoteKind(std::size_t at) const;
+    std::int32_t contextLength(State context) const;
+    std::string_view readToken(TokenKind kind, std::string_view stop);
+    void follow(char current, char previous, char next);
+    void followCode(char current, char previous, char next);
+    void followQuoted(State quote);
+    void followDirective(char current, char previous, char next);
+};

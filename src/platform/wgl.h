@@ -1,0 +1,67 @@
+// WGL and the device contexts that it works on, over EGL: OpenGL without a screen.
+// An HGLRC is an EGLContext. An HDC stands for a display with a draw and a read surface; it is
+// never freed, so a kept one may always be tried. Both also describe a context that somebody else
+// made current through EGL, and wglMakeCurrent gives such a one back as it was.
+// The display is shared with the rest of the process and is never terminated here. A bad or null
+// handle makes a call fail and does no other harm. One thread.
+#pragma once
+
+#include "platform/win32.h"
+
+using HDC = struct HDC__*;
+using HGLRC = struct HGLRC__*;
+
+struct PIXELFORMATDESCRIPTOR {
+    WORD nSize; // bytes of this record
+    WORD nVersion;
+    DWORD dwFlags;
+    BYTE iPixelType;
+    BYTE cColorBits;
+    BYTE cRedBits;
+    BYTE cRedShift;
+    BYTE cGreenBits;
+    BYTE cGreenShift;
+    BYTE cBlueBits;
+    BYTE cBlueShift;
+    BYTE cAlphaBits;
+    BYTE cAlphaShift;
+    BYTE cAccumBits;
+    BYTE cAccumRedBits;
+    BYTE cAccumGreenBits;
+    BYTE cAccumBlueBits;
+    BYTE cAccumAlphaBits;
+    BYTE cDepthBits;
+    BYTE cStencilBits;
+    BYTE cAuxBuffers;
+    BYTE iLayerType;
+    BYTE bReserved;
+    DWORD dwLayerMask;
+    DWORD dwVisibleMask;
+    DWORD dwDamageMask;
+};
+static_assert(sizeof(PIXELFORMATDESCRIPTOR) == 40);
+
+inline constexpr DWORD PFD_DOUBLEBUFFER = 0x01;
+inline constexpr DWORD PFD_DRAW_TO_WINDOW = 0x04;
+inline constexpr DWORD PFD_SUPPORT_OPENGL = 0x20;
+inline constexpr BYTE PFD_TYPE_RGBA = 0;
+
+// Null without such a window or without a display; ReleaseDC gives 1 for success, 0 otherwise.
+HDC GetDC(HWND window);
+int ReleaseDC(HWND window, HDC deviceContext);
+
+// Gives the number of a format with at least the colour and depth bits asked for; 0: there is none.
+int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wish);
+BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* wish);
+
+// The context has the compatibility profile, in the highest version that the driver has. Null
+// without a device context whose pixel format is set.
+HGLRC wglCreateContext(HDC deviceContext);
+// Deletes only what wglCreateContext made; a context that is current here is released first.
+BOOL wglDeleteContext(HGLRC context);
+
+// Two nulls release what is current. A failure also leaves nothing current.
+BOOL wglMakeCurrent(HDC deviceContext, HGLRC context);
+// Null when nothing is current on this thread.
+HDC wglGetCurrentDC();
+HGLRC wglGetCurrentContext();

@@ -1,0 +1,83 @@
+// The host's heap: everything that lives longer than a command lies in memory that the host gives
+// out as handles.
+//
+// One block is one host handle, locked from allocation to release, so its address never changes.
+// The word in front of the payload holds the handle; that is all the record there is of a block.
+// The heap reaches the host through the running command: outside a command it gives nothing and
+// takes nothing back.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "sdk/pf_types.h"
+
+// size is in bytes; 0 is allowed. The payload is aligned like a pointer. Null when no command runs
+// or when the host has no memory.
+void* allocate(std::size_t size);
+
+// Returns the block to the host; null is accepted. Does nothing when no command runs: the block then
+// stays with the host.
+void release(void* payload);
+
+// The handle that owns a payload, or an aeBase object that lies in one. Does not call the host.
+PF_Handle handleOf(const void* payload);
+
+// The host's size of a handle, in bytes: that of the payload and of the word in front of it.
+std::int64_t handleSize(PF_Handle handle);
+
+// The aligned pair; alignment is in bytes, a power of two.
+void* allocateAligned(std::size_t size, std::size_t alignment);
+void releaseAligned(void* payload);
+
+// Root of the long-lived classes: their objects lie on the host's heap. A new-expression gives null
+// when there is no memory and skips the constructor.
+class aeBase {
+public:
+    aeBase() = default;
+    virtual ~aeBase() = default;
+    aeBase(const aeBase&) = delete;
+    aeBase& operator=(const aeBase&) = delete;
+
+    static void* operator new(std::size_t size) noexcept { return allocate(size); }
+    static void operator delete(void* object) noexcept { release(object); }
+};
+
+// Ends the running command with the host's code for a lack of memory: throws the `long` 4.
+[[noreturn]] void OutOfMemoryError();
+
+// The allocator of strings and vectors on the same heap; it has no state. Throws the `long` 4 where
+// `allocate` gives null, so that the command ends in an orderly way.
+template <class T>
+class aeAllocator {
+public:
+    using value_type = T;
+    static_assert(alignof(T) <= alignof(void*), "a payload lies one pointer behind the block");
+
+    aeAllocator() = default;
+    template <class U>
+    aeAllocator(const aeAllocator<U>&) noexcept {}
+
+    T* allocate(std::size_t count) {
+        if (count > SIZE_MAX / sizeof(T))
+            OutOfMemoryError();
+        void* memory = ::allocate(count * sizeof(T));
+        if (memory == nullptr)
+            OutOfMemoryError();
+        return static_cast<T*>(memory);
+    }
+    void deallocate(T* memory, std::size_t) noexcept { release(memory); }
+
+    friend bool operator==(const aeAllocator&, const aeAllocator&) { return true; }
+};
+
+// A new object of an aeBase class, or the `long` 4 when there is no memory for it.
+template <class T, class... Arguments>
+std::unique_ptr<T> makeObject(Arguments&&... arguments) {
+    std::unique_ptr<T> object(new T(std::forward<Arguments>(arguments)...));
+    if (object == nullptr)
+        OutOfMemoryError();
+    return object;
+}

@@ -1,0 +1,47 @@
+// UTF-8 to UTF-16 and back, for the two borders of the system that speak UTF-16: the operating
+// system's calls and some of the host's.
+//
+// The conversions never fail: bytes that begin no sequence vanish, and the second half of a pair is
+// taken as it comes. No reading goes past the end of a text.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "support/text.h"
+
+inline constexpr std::uint32_t invalidCodePoint = 0xFFFFFFFF;
+
+// The length in bytes that a lead byte announces, 1 to 6; 0 for a continuation byte, -1 for 254 and
+// 255.
+int utf8SequenceLength(unsigned char byte);
+
+// The code point at the start of text; invalidCodePoint when no whole sequence stands there.
+std::uint32_t utf8Decode(std::string_view text);
+
+// Writes 1 to 6 bytes and returns their number; with a null buffer it only counts.
+int utf8Encode(std::uint32_t code, char* buffer);
+
+// Appends the conversion to a string of any allocator; returns the number of code points.
+template <class Wide>
+std::size_t appendWide(std::string_view text, Wide& wide) {
+    std::size_t codePoints = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::uint32_t code = utf8Decode(text.substr(at));
+        if (code == invalidCodePoint) {
+            ++at;
+            continue;
+        }
+        if (code >= 0x10000)
+            wide += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
+        wide += static_cast<char16_t>(code < 0x10000 ? code : 0xDC00 + (code & 0x3FF));
+        at += static_cast<std::size_t>(utf8SequenceLength(static_cast<unsigned char>(text[at])));
+        ++codePoints;
+    }
+    return codePoints;
+}
+
+WideString toWide(std::string_view text);
+NarrowString toNarrow(std::u16string_view text);
