@@ -91,7 +91,10 @@ def balloon(x, y, cx, cy, r):
             return None
     elif u * u + v * v > 1:
         return None
-    width = math.sqrt(max(1 - v * v, 0.02)) if v <= 0.55 else max(0.87 * (1 - (v - 0.55) / 1.1), 0.02)
+    if v <= 0.55:
+        width = math.sqrt(max(1 - v * v, 0.02))
+    else:
+        width = max(0.87 * (1 - (v - 0.55) / 1.1), 0.02)
     turn = math.asin(min(max(u / width, -1), 1)) / math.pi * 8 + 0.5
     stripe = ((0.88, 0.16, 0.20), (1.0, 0.96, 0.88), (0.10, 0.45, 0.62), (1.0, 0.78, 0.20))
     color = stripe[math.floor(turn) % 4]

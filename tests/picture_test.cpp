@@ -22,9 +22,9 @@ using pbhost::PictureError;
 using pbhost::readPicture;
 using pbhost::writePicture;
 
-// The library's PNG reader jumps out of its read function past a string when a file ends early.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:ImageInput::geterror\n";
+extern "C" {
+[[gnu::weak]] void __lsan_disable();
+[[gnu::weak]] void __lsan_enable();
 }
 
 namespace {
@@ -50,6 +50,25 @@ protected:
     }
 
     fs::path folder;
+};
+
+// What is allocated meanwhile may leak. The library's PNG reader jumps past a string when a file
+// ends early.
+class LeaksAllowed {
+public:
+    explicit LeaksAllowed(bool isMeant) : isActive(isMeant && __lsan_disable != nullptr) {
+        if (isActive)
+            __lsan_disable();
+    }
+    LeaksAllowed(const LeaksAllowed&) = delete;
+    LeaksAllowed& operator=(const LeaksAllowed&) = delete;
+    ~LeaksAllowed() {
+        if (isActive)
+            __lsan_enable();
+    }
+
+private:
+    bool isActive;
 };
 
 template<typename Value>
@@ -289,6 +308,7 @@ TEST_F(PictureTest, UnreadableFilesSayWhy) {
         {"vast.ppm", "200000"},
     };
     for (const auto& test : cases) {
+        const LeaksAllowed scope(test.name == std::string("cut.png"));
         const std::string message = messageOf([&] { readPicture(folder / test.name); });
         EXPECT_NE(message.find("cannot read '" + (folder / test.name).string() + "': "),
                   std::string::npos)

@@ -20,7 +20,7 @@ void appendInputCount(NarrowString& text, std::size_t count) {
     text += '\n';
 }
 
-template <class Action>
+template<class Action>
 void forEachCarriedDependent(const pbKernelInfo& kernel, Action action) {
     for (const pbVariable& dependent : kernel.dependents)
         if (isIntOrBool(dependent.type))

@@ -1,6 +1,6 @@
-// Turns a kernel into the texts of one OpenGL program by wrapping its body: a fixed prelude in front,
-// a `main` behind. No other translation exists; what the prelude does not define fails in the GLSL
-// compiler.
+// Turns a kernel into the texts of one OpenGL program by wrapping its body: a fixed prelude in
+// front, a `main` behind. No other translation exists; what the prelude does not define fails in
+// the GLSL compiler.
 //
 // Needs no context. Texts live on the host's heap, so a command must run. `swizzle` is a channel
 // order index, 0 to 23; above that the texts lack their swizzles.

@@ -11,8 +11,8 @@ struct GraphParameter : aeBase {
     explicit GraphParameter(const pbParameter& source)
         : parameter(source), value(source.defaultValue.value) {}
 
-    // Sends the value to the uniform of the parameter's whole name; a program without it ignores it.
-    // The program must be in use, in the device's context.
+    // Sends the value to the uniform of the parameter's whole name; a program without it ignores
+    // it. The program must be in use, in the device's context.
     void apply(GLuint program) const;
 
     std::int32_t slot = -1; // the first effect control of the parameter; -1: none

@@ -69,8 +69,8 @@ void ImageNode::render(const FrameDescription& frame) {
 void ImageNode::readBack(const FrameDescription& target) {
     const DepthFormat& depth = depthFormat(target.componentBytes);
     const GLenum format = channelFormat(target.channels).imageReadBack;
-    // The texture has the frame's size, which may be larger than the output: only as much is read as
-    // the output can hold.
+    // The texture has the frame's size, which may be larger than the output: only as much is read
+    // as the output can hold.
     readFramebuffer(target_.framebuffer,
                     {0, 0, std::min(target.width, target.rowPixels), target.height,
                      target.rowPixels, format, depth.type, target.pixels,

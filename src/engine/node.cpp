@@ -5,10 +5,11 @@
 #include "engine/glsl_generator.h"
 #include "engine/pb_graph.h"
 #include "engine/pixel_format.h"
+#include "engine/point_sampling.h"
 
 Node::Node(pbGraph& owner, const pbKernelInfo& kernel)
     : NodeBase(owner, nameText(kernel.name)), impl(makeObject<NodeImpl>(kernel, owner.swizzle)) {
-    connectInputs(kernel);
+    takeKernel(kernel);
 }
 
 Node::Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex)
@@ -16,10 +17,11 @@ Node::Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex)
       impl(makeObject<NodeImpl>(graphInfo, nodeIndex, owner.swizzle)) {
     const pbKernelInfo* kernel = kernelOfNode(graphInfo, graphInfo.nodes[nodeIndex]);
     if (kernel != nullptr)
-        connectInputs(*kernel);
+        takeKernel(*kernel);
 }
 
-void Node::connectInputs(const pbKernelInfo& kernel) {
+void Node::takeKernel(const pbKernelInfo& kernel) {
+    readsPixelCentres_ = readsOnlyPixelCentres(kernel.shaderText);
     for (const pbVariable& input : kernel.inputs) {
         Connection& connection = connections.emplace_back();
         const std::size_t length = std::min(input.wholeName.size(), connection.name.size() - 1);
@@ -41,7 +43,13 @@ void Node::render(const FrameDescription& frame) {
     for (const auto& parameter : graph->parameters)
         parameter->apply(program);
     sendInputs(frame);
+    const bool isNearest =
+        readsPixelCentres_ && frame.downsampleX == 1.0F && frame.downsampleY == 1.0F;
+    if (isNearest)
+        filterInputs(GL_NEAREST);
     impl->draw(frame);
+    if (isNearest)
+        filterInputs(GL_LINEAR); // which every texture has but for such a draw
     glUseProgram(0);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     done = true;
@@ -67,13 +75,23 @@ void Node::sendInputs(const FrameDescription& frame) const {
                  static_cast<GLsizei>(connections.size()), sizes.front().data());
 }
 
+void Node::filterInputs(GLint filter) const {
+    for (const Connection& connection : connections) {
+        if (connection.source == nullptr)
+            continue;
+        glBindTexture(GL_TEXTURE_2D, connection.source->texture());
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
+    }
+}
+
 void Node::readBack(const FrameDescription& target) {
     if (!done)
         return;
     const DepthFormat& depth = depthFormat(target.componentBytes);
-    impl->readPixels({target.originX, target.originY, target.width, target.height,
-                      target.rowPixels, channelFormat(target.channels).nodeReadBack, depth.type,
-                      target.pixels, depth.componentBytes == 2});
+    impl->readPixels({target.originX, target.originY, target.width, target.height, target.rowPixels,
+                      channelFormat(target.channels).nodeReadBack, depth.type, target.pixels,
+                      depth.componentBytes == 2});
 }
 
 void Node::reset() {

@@ -25,8 +25,11 @@ public:
     std::unique_ptr<NodeImpl> impl;
 
 private:
-    void connectInputs(const pbKernelInfo& kernel);
+    void takeKernel(const pbKernelInfo& kernel);
     void sendInputs(const FrameDescription& frame) const;
+    void filterInputs(GLint filter) const;
+
+    bool readsPixelCentres_ = false;
 };
 
 // The uniforms of every program that do not come from a parameter: sizes and downsampling.

@@ -9,8 +9,9 @@ void NodeBase::bindInput(GLuint program, const char* inputName, GLuint unit) con
 }
 
 void bindTexture(GLuint textureName, GLuint program, const char* inputName, GLuint unit) {
+    // GL_TEXTURE_2D stays disabled: shaders do not ask for it, and the fixed pipeline, which draws
+    // for a program that failed, must give plain white.
     glActiveTexture(GL_TEXTURE0 + unit);
-    glEnable(GL_TEXTURE_2D);
     glBindTexture(GL_TEXTURE_2D, textureName);
     glUniform1i(glGetUniformLocation(program, inputName), static_cast<GLint>(unit));
     glActiveTexture(GL_TEXTURE0);

@@ -1,8 +1,8 @@
 // A node of an executable graph: holds one frame's result in a texture and can read it back.
 //
-// Nodes belong to their graph and know it for its parameters and channel order. Every operation that
-// touches OpenGL (all but isKernel, pixelSize and texture) needs the device's context current, and so
-// does the destructor.
+// Nodes belong to their graph and know it for its parameters and channel order. Every operation
+// that touches OpenGL (all but isKernel, pixelSize and texture) needs the device's context current,
+// and so does the destructor.
 #pragma once
 
 #include <GL/glew.h>
@@ -19,7 +19,7 @@ class NodeBase;
 
 // One input of a kernel.
 struct Connection {
-    NodeBase* source = nullptr; // null: nothing feeds it; not owned
+    NodeBase* source = nullptr;  // null: nothing feeds it; not owned
     std::array<char, 64> name{}; // of the input in the kernel, at most 63 bytes
 };
 

@@ -1,7 +1,7 @@
 // The OpenGL side of a kernel node: its program and the texture that it draws into.
 //
-// Needs the device's context current from birth to death. A program that does not compile or link is
-// reported once, when it is built, and stays: drawing then gives the fixed pipeline's white.
+// Needs the device's context current from birth to death. A program that does not compile or link
+// is reported once, when it is built, and stays: drawing then gives the fixed pipeline's white.
 #pragma once
 
 #include <cstdint>

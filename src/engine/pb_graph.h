@@ -1,8 +1,8 @@
 // The executable form of a loaded file: nodes wired to one another, an output, and the parameters
 // that reach every program.
 //
-// Building one compiles its programs and creates its textures; running it creates nothing. Nothing of
-// the model is kept. Construction, destruction, render and resetNodes need the device's context
+// Building one compiles its programs and creates its textures; running it creates nothing. Nothing
+// of the model is kept. Construction, destruction, render and resetNodes need the device's context
 // current, everything needs a running command. A graph is good for the caller only when isRunnable.
 #pragma once
 

@@ -52,8 +52,7 @@ void reportCompileFailure(std::string_view name, const Stage& stage, GLuint shad
     reportLog(name, stage.tag, log);
 }
 
-void addStage(GLuint program, std::string_view name, const Stage& stage,
-              const NarrowString& text) {
+void addStage(GLuint program, std::string_view name, const Stage& stage, const NarrowString& text) {
     const GLuint shader = glCreateShader(stage.type);
     const GLchar* source = text.c_str();
     glShaderSource(shader, 1, &source, nullptr);

@@ -1,5 +1,5 @@
-// The OpenGL steps that both kinds of node share: a texture with a framebuffer round it, its storage
-// and its way back to host memory.
+// The OpenGL steps that both kinds of node share: a texture with a framebuffer round it, its
+// storage and its way back to host memory.
 //
 // All of it needs the device's context current, and works on texture unit 0.
 #pragma once

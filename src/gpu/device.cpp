@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include <GL/gl.h>
 #include <GL/glu.h>
@@ -17,11 +17,14 @@ using NameBuffer = std::array<char, 64>;
 NameBuffer deviceName{};
 NameBuffer className{}; // of the device that was made last
 
-// False if the text does not fit and is cut.
-bool joinName(NameBuffer& result, const char* prefix) {
-    const int length =
-        std::snprintf(result.data(), result.size(), "%s%s", prefix, deviceName.data());
-    return length >= 0 && static_cast<std::size_t>(length) < result.size();
+// False if the text does not fit; the result is then empty.
+bool joinName(NameBuffer& result, std::string_view prefix) {
+    result.fill('\0');
+    const std::string_view name = deviceName.data();
+    if (prefix.size() + name.size() >= result.size())
+        return false;
+    std::copy(name.begin(), name.end(), std::copy(prefix.begin(), prefix.end(), result.begin()));
+    return true;
 }
 
 // True if the class is there in the end: a module that was loaded earlier may have left it.

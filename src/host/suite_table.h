@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    template <class Suite, std::size_t slot>
+    template<class Suite, std::size_t slot>
     const Suite* lookUp() {
         static_assert(slot < suiteSlotCount, "no slot for this name and version");
         return static_cast<const Suite*>(fill(slot));

@@ -35,7 +35,7 @@ const char* textContent(const TiXmlElement& element) {
     return text == nullptr ? nullptr : text->Value();
 }
 
-template <class Action>
+template<class Action>
 void forEachChild(const TiXmlElement& parent, const char* name, Action action) {
     for (const TiXmlElement* child = parent.FirstChildElement(name); child != nullptr;
          child = child->NextSiblingElement(name))
@@ -98,9 +98,8 @@ void readParameter(const TiXmlElement& element, pbGraphInfo& info) {
         return;
     pbParameter& parameter = info.parameters.emplace_back();
     static_cast<pbVariable&>(parameter) = readVariable(element);
-    forEachChild(element, "metadata", [&](const TiXmlElement& metadata) {
-        readParameterMetadata(metadata, parameter);
-    });
+    forEachChild(element, "metadata",
+                 [&](const TiXmlElement& metadata) { readParameterMetadata(metadata, parameter); });
 }
 
 void readNode(const TiXmlElement& element, pbGraphInfo& info) {

@@ -6,7 +6,7 @@
 namespace {
 
 // Scans numbers with a comma right behind each but the last.
-template <class Number>
+template<class Number>
 void scanList(const char* text, int count, bool (*scan)(const char*&, Number&),
               std::array<Number, 16>& values) {
     for (int i = 0; i < count; ++i) {
@@ -34,7 +34,8 @@ void scanTruths(std::string_view text, int count, std::array<std::uint8_t, 16>& 
     if (start == std::string_view::npos)
         return;
     text.remove_prefix(start);
-    truths[static_cast<std::size_t>(count - 1)] = text.substr(0, text.find_first_of(blanks)) == "true";
+    truths[static_cast<std::size_t>(count - 1)] =
+        text.substr(0, text.find_first_of(blanks)) == "true";
 }
 
 } // namespace

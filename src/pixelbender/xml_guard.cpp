@@ -9,7 +9,9 @@ namespace {
 // never do is pass over an element that TinyXML enters, or close one that TinyXML does not.
 class XmlGuard {
 public:
-    explicit XmlGuard(std::string_view text) : text_(text.substr(0, text.find('\0'))) {}
+    XmlGuard(std::string_view text, int nestingLimit, int attributeLimit)
+        : text_(text.substr(0, text.find('\0'))), nestingLimit_(nestingLimit),
+          attributeLimit_(attributeLimit) {}
 
     bool isWithinLimits();
 
@@ -38,6 +40,8 @@ private:
     bool openElement();
 
     std::string_view text_;
+    int nestingLimit_;
+    int attributeLimit_;
     std::size_t at_ = 0;
     int depth_ = 0;
 };
@@ -163,9 +167,9 @@ bool XmlGuard::openElement() {
         }
         if (current() == '>') {
             ++at_;
-            return ++depth_ <= maxXmlNesting;
+            return ++depth_ <= nestingLimit_;
         }
-        if (attributes == maxXmlAttributes)
+        if (attributes == attributeLimit_)
             return false;
         const std::size_t before = at_;
         skipAttribute();
@@ -195,6 +199,6 @@ bool XmlGuard::isWithinLimits() {
 
 } // namespace
 
-bool isWithinXmlLimits(std::string_view text) {
-    return XmlGuard(text).isWithinLimits();
+bool isWithinXmlLimits(std::string_view text, int nestingLimit, int attributeLimit) {
+    return XmlGuard(text, nestingLimit, attributeLimit).isWithinLimits();
 }

@@ -13,4 +13,5 @@ inline constexpr int maxXmlAttributes = 256; // of one element
 
 // False when parsing the text would go beyond one of the limits. The text ends at its first zero
 // byte, as it does for the parser.
-bool isWithinXmlLimits(std::string_view text);
+bool isWithinXmlLimits(std::string_view text, int nestingLimit = maxXmlNesting,
+                       int attributeLimit = maxXmlAttributes);

@@ -18,8 +18,8 @@
 // or when the host has no memory.
 void* allocate(std::size_t size);
 
-// Returns the block to the host; null is accepted. Does nothing when no command runs: the block then
-// stays with the host.
+// Returns the block to the host; null is accepted. Does nothing when no command runs: the block
+// then stays with the host.
 void release(void* payload);
 
 // The handle that owns a payload, or an aeBase object that lies in one. Does not call the host.
@@ -50,14 +50,14 @@ public:
 
 // The allocator of strings and vectors on the same heap; it has no state. Throws the `long` 4 where
 // `allocate` gives null, so that the command ends in an orderly way.
-template <class T>
+template<class T>
 class aeAllocator {
 public:
     using value_type = T;
     static_assert(alignof(T) <= alignof(void*), "a payload lies one pointer behind the block");
 
     aeAllocator() = default;
-    template <class U>
+    template<class U>
     aeAllocator(const aeAllocator<U>&) noexcept {}
 
     T* allocate(std::size_t count) {
@@ -74,7 +74,7 @@ public:
 };
 
 // A new object of an aeBase class, or the `long` 4 when there is no memory for it.
-template <class T, class... Arguments>
+template<class T, class... Arguments>
 std::unique_ptr<T> makeObject(Arguments&&... arguments) {
     std::unique_ptr<T> object(new T(std::forward<Arguments>(arguments)...));
     if (object == nullptr)

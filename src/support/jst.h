@@ -10,7 +10,8 @@
 
 namespace _JST {
 
-// Root of the library; `type` tells what an object is: 1 an Array, 3 a String, 4 a File, 5 a Folder.
+// Root of the library; `type` tells what an object is: 1 an Array, 3 a String, 4 a File, 5 a
+// Folder.
 class Object {
 public:
     virtual ~Object() = default;
@@ -22,10 +23,10 @@ protected:
     Object& operator=(const Object&) = default;
 };
 
-template <template <class> class Allocator>
+template<template<class> class Allocator>
 class Array;
 
-template <template <class> class Allocator>
+template<template<class> class Allocator>
 class String : public Object {
 public:
     using Text = std::basic_string<char, std::char_traits<char>, Allocator<char>>;
@@ -69,7 +70,7 @@ private:
     Text text_;
 };
 
-template <template <class> class Allocator>
+template<template<class> class Allocator>
 class Array : public Object {
 public:
     int type() const override { return 1; }

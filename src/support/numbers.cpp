@@ -35,8 +35,8 @@ std::int32_t leadingInteger(std::string_view text, bool isNegated) {
 
 float leadingFloat(std::string_view text) {
     float value = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value,
-                                        std::chars_format::fixed);
+    const auto result =
+        std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
     if (result.ec != std::errc::result_out_of_range)
         return value;
     // Without an exponent only digits in front of the point can make a number too large.

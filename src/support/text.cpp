@@ -2,7 +2,7 @@
 
 namespace {
 
-template <class String>
+template<class String>
 String join(const String& head, std::basic_string_view<typename String::value_type> tail) {
     String whole;
     whole.reserve(head.size() + tail.size());

@@ -1,5 +1,5 @@
-// The string and vector types of everything that the module keeps: on the host's heap, so each needs
-// a running command to grow or to go.
+// The string and vector types of everything that the module keeps: on the host's heap, so each
+// needs a running command to grow or to go.
 //
 // Narrow text is UTF-8, wide text UTF-16.
 #pragma once
@@ -13,7 +13,7 @@
 using NarrowString = std::basic_string<char, std::char_traits<char>, aeAllocator<char>>;
 using WideString = std::basic_string<char16_t, std::char_traits<char16_t>, aeAllocator<char16_t>>;
 
-template <class T>
+template<class T>
 using HostVector = std::vector<T, aeAllocator<T>>;
 
 // One new string from two; the whole length is reserved first.

@@ -29,7 +29,8 @@ std::uint32_t utf8Decode(std::string_view text) {
         return lead;
     std::uint32_t code = lead & (255U >> (length + 1));
     for (int i = 1; i < length; ++i)
-        code = (code << 6) | (static_cast<unsigned char>(text[static_cast<std::size_t>(i)]) & 0x3FU);
+        code =
+            (code << 6) | (static_cast<unsigned char>(text[static_cast<std::size_t>(i)]) & 0x3FU);
     return code;
 }
 

@@ -25,7 +25,7 @@ std::uint32_t utf8Decode(std::string_view text);
 int utf8Encode(std::uint32_t code, char* buffer);
 
 // Appends the conversion to a string of any allocator; returns the number of code points.
-template <class Wide>
+template<class Wide>
 std::size_t appendWide(std::string_view text, Wide& wide) {
     std::size_t codePoints = 0;
     for (std::size_t at = 0; at < text.size();) {

@@ -1,0 +1,144 @@
+#include "bench/chain.h"
+
+#include <GL/glew.h>
+
+#include <random>
+#include <string>
+
+#include "bench/frame_peers.h"
+#include "bench/paired_timing.h"
+#include "engine/channel_order.h"
+#include "engine/glsl_generator.h"
+#include "engine/image_node.h"
+#include "engine/pb_graph.h"
+#include "pixelbender/graph_reader.h"
+
+namespace bench {
+
+namespace {
+
+using pbhost::Depth;
+using pbhost::Picture;
+
+constexpr float gain = 0.96875F; // also in the graph's text
+
+constexpr const char* chainHead = R"xml(<?xml version="1.0"?>
+<graph name="Chain" languageVersion="1">
+<parameter name="gain" type="float"><metadata name="defaultValue" value="0.96875"/></parameter>
+<inputImage type="image4" name="src"/>
+<outputImage type="pixel4" name="dst"/>
+<kernel><![CDATA[
+<languageVersion : 1.0;>
+kernel Gain < namespace : "bench"; vendor : "bench"; version : 1; >
+{
+    parameter float gain;
+    input image4 src;
+    output pixel4 dst;
+    void evaluatePixel() { dst = sampleNearest(src, outCoord()) * gain; }
+}
+]]></kernel>
+)xml";
+
+std::string chainText(std::size_t passes) {
+    std::string text = chainHead;
+    std::string from = "fromImage=\"src\"";
+    for (std::size_t i = 0; i < passes; ++i) {
+        const std::string id = "pass" + std::to_string(i);
+        text += "<node id=\"" + id + "\" name=\"Gain\"><evaluateParameters>\n" +
+                "void evaluateParameters() { " + id + "::gain = gain; }\n" +
+                "</evaluateParameters></node>\n<connect " + from + " toNode=\"" + id +
+                "\" toInput=\"src\"/>\n";
+        from = "fromNode=\"" + id + "\" fromOutput=\"dst\"";
+    }
+    return text + "<connect " + from + " toImage=\"dst\"/>\n</graph>\n";
+}
+
+std::vector<PassTexts> passTexts(const pbGraphInfo& info) {
+    std::vector<PassTexts> passes(info.nodes.size());
+    for (std::size_t i = 0; i < passes.size(); ++i)
+        generateNodeShaders(info, i, passes[i].vertex, passes[i].fragment, hostChannelOrder);
+    return passes;
+}
+
+template<class Value>
+void store(Picture& picture, std::size_t index, Value value) {
+    reinterpret_cast<Value*>(picture.pixels.data())[index] = value;
+}
+
+Picture makeNoise(const ChainSize& size) {
+    Picture picture = pbhost::makePicture(size.width, size.height, size.depth);
+    std::minstd_rand random;
+    for (std::size_t i = 0; i < picture.pixels.size() / pbhost::bytesPerChannel(size.depth); ++i) {
+        const unsigned value = random() % 32769;
+        if (size.depth == Depth::Bits8)
+            store(picture, i, static_cast<std::uint8_t>(value));
+        else if (size.depth == Depth::Bits16)
+            store(picture, i, static_cast<std::uint16_t>(value));
+        else
+            store(picture, i, static_cast<float>(value) / 16384);
+    }
+    return picture;
+}
+
+void describe(ImageSlot& slot, Picture& picture) {
+    slot.componentBytes = pbhost::bytesPerChannel(picture.depth);
+    slot.channels = pbhost::channelsPerPixel;
+    slot.width = picture.width;
+    slot.height = picture.height;
+    slot.rowPixels = picture.width;
+    slot.pixels = picture.pixels.data();
+}
+
+void engineFrame(pbGraph& graph, Picture& input, Picture& output) {
+    FrameDescription frame;
+    describe(frame, output);
+    describe(frame.images[0], input);
+    frame.images[0].imageIndex = 0;
+    graph.render(frame);
+    graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(frame);
+    graph.resetNodes();
+}
+
+} // namespace
+
+void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
+    pbGraphInfo info;
+    readGraphText(chainText(size.passes), info);
+    pbGraph graph(info, hostChannelOrder);
+    static_cast<ImageNode*>(graph.imageNodeAt(0))->slot = 0;
+    Picture input = makeNoise(size);
+    std::vector<Picture> outputs(3, pbhost::makePicture(size.width, size.height, size.depth));
+    const SamePeer same(passTexts(info), gain);
+    const BestPeer best(passTexts(info), gain, input);
+    // A driver may put work off; whoever ordered it shall wait for it.
+    PairedTiming timing({[&] {
+                             engineFrame(graph, input, outputs[0]);
+                             glFinish();
+                         },
+                         [&] {
+                             same.frame(input, outputs[1]);
+                             glFinish();
+                         },
+                         [&] {
+                             best.frame(input, outputs[2]);
+                             glFinish();
+                         }});
+    timing.round(); // warms up, and fills the outputs
+    if (outputs[0].pixels != outputs[1].pixels || outputs[0].pixels != outputs[2].pixels ||
+        outputs[0].pixels == std::vector<std::byte>(outputs[0].pixels.size()) ||
+        glGetError() != GL_NO_ERROR)
+        return state.SkipWithError("the engine and its peers give different pictures");
+    for ([[maybe_unused]] auto iteration : state)
+        state.SetIterationTime(timing.round());
+    state.counters["engine_ms"] = timing.medianMilliseconds(0);
+    state.counters["same_ms"] = timing.medianMilliseconds(1);
+    state.counters["best_ms"] = timing.medianMilliseconds(2);
+    state.counters["ratio_same"] = timing.medianRatio(0, 1);
+    state.counters["ratio_best"] = timing.medianRatio(0, 2);
+}
+
+Depth depthOfBits(std::int64_t bits) {
+    return bits == 8 ? Depth::Bits8 : bits == 16 ? Depth::Bits16 : Depth::Bits32;
+}
+
+} // namespace bench

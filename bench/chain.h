@@ -1,0 +1,28 @@
+// A chain of passes as the engine runs it, and its benchmark against the two peers.
+//
+// Each pass runs the same small kernel on the result of the one before. Needs a running command and
+// the device's context current.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include "pbhost/picture.h"
+
+namespace bench {
+
+struct ChainSize {
+    std::size_t passes;
+    unsigned width; // pixels
+    unsigned height;
+    pbhost::Depth depth;
+};
+
+// The whole of a benchmark with manual time, which is the engine's. Counters: the medians
+// `engine_ms`, `same_ms` and `best_ms`, and how many times as long as each peer the engine takes
+// (`ratio_same`, `ratio_best`). Fails when the three pictures differ in a byte.
+void runChainBenchmark(benchmark::State& state, const ChainSize& size);
+
+// Of 8, 16 or 32 bits per channel.
+pbhost::Depth depthOfBits(std::int64_t bits);
+
+} // namespace bench

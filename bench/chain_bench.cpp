@@ -1,0 +1,26 @@
+// Frames of a graph with more and more passes: the time grows with them and with nothing else.
+
+#include "bench/chain.h"
+#include "bench/gl_main.h"
+
+namespace {
+
+constexpr int rounds = 18;
+
+void chain(benchmark::State& state) {
+    bench::runChainBenchmark(state, {static_cast<std::size_t>(state.range(0)), 1920, 1080,
+                                     bench::depthOfBits(state.range(1))});
+}
+
+BENCHMARK(chain)
+    ->ArgNames({"passes", "bits"})
+    ->ArgsProduct({{1, 4, 16}, {8, 32}})
+    ->Iterations(rounds)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return bench::runWithOpenGl(argc, argv);
+}

@@ -1,0 +1,210 @@
+#include "bench/frame_peers.h"
+
+#include <GL/glew.h>
+#include <GL/glu.h>
+
+#include <algorithm>
+#include <array>
+
+#include "engine/pixel_format.h"
+#include "engine/program_builder.h"
+
+namespace bench {
+
+namespace {
+
+using pbhost::Depth;
+using pbhost::Picture;
+
+const DepthFormat& formatOf(const Picture& picture) {
+    return depthFormat(pbhost::bytesPerChannel(picture.depth));
+}
+
+void scaleChannels(const Picture& picture, float scale) {
+    if (picture.depth != Depth::Bits16)
+        return;
+    for (const GLenum channel : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE})
+        glPixelTransferf(channel, scale);
+}
+
+void specifyStorage(const RenderTexture& target, const Picture& picture, GLenum format) {
+    const DepthFormat& depth = formatOf(picture);
+    glBindTexture(GL_TEXTURE_2D, target.texture.get());
+    glTexImage2D(GL_TEXTURE_2D, 0, depth.internalFormat, static_cast<GLsizei>(picture.width),
+                 static_cast<GLsizei>(picture.height), 0, format, depth.type, nullptr);
+}
+
+void shrinkStorage(const RenderTexture& target) {
+    glBindTexture(GL_TEXTURE_2D, target.texture.get());
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 1, 1, 0, GL_BGRA, GL_UNSIGNED_BYTE, nullptr);
+}
+
+void setFilter(const RenderTexture& target, GLint filter) {
+    glBindTexture(GL_TEXTURE_2D, target.texture.get());
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
+}
+
+void sendPixels(const Picture& input) {
+    scaleChannels(input, 2.0F);
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(input.width),
+                    static_cast<GLsizei>(input.height), GL_RGBA, formatOf(input).type,
+                    input.pixels.data());
+    scaleChannels(input, 1.0F);
+}
+
+void fetchPixels(Picture& output) {
+    scaleChannels(output, 0.5F);
+    glReadPixels(0, 0, static_cast<GLsizei>(output.width), static_cast<GLsizei>(output.height),
+                 GL_RGBA, formatOf(output).type, output.pixels.data());
+    scaleChannels(output, 1.0F);
+}
+
+void setMatrices(const Picture& output) {
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluOrtho2D(0, output.width, 0, output.height);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+}
+
+void drawQuad(const Picture& output) {
+    glBegin(GL_POLYGON);
+    glVertex2d(0, 0);
+    glVertex2d(0, output.height);
+    glVertex2d(output.width, output.height);
+    glVertex2d(output.width, 0);
+    glEnd();
+}
+
+} // namespace
+
+SamePeer::SamePeer(const std::vector<PassTexts>& passes, float gain)
+    : image_(RenderTexture::create()), gain_(gain) {
+    for (const PassTexts& texts : passes)
+        passes_.push_back(
+            {buildProgram("same", texts.vertex, texts.fragment), RenderTexture::create()});
+}
+
+void SamePeer::clearImage() const {
+    glUseProgram(0);
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, image_.framebuffer.get());
+    glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT, GL_TEXTURE_2D,
+                              image_.texture.get(), 0);
+    glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
+    glDisable(GL_DEPTH_TEST);
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+}
+
+void SamePeer::upload(const Picture& input) const {
+    specifyStorage(image_, input, GL_RGBA);
+    clearImage();
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(input.width));
+    sendPixels(input);
+}
+
+void SamePeer::sendUniforms(const Pass& pass, const RenderTexture& source,
+                            const Picture& output) const {
+    const GLuint program = pass.program.get();
+    glUniform2f(glGetUniformLocation(program, "tvek_outputPixelSize"), 1, 1);
+    glUniform2f(glGetUniformLocation(program, "tvek_compSize"), static_cast<float>(output.width),
+                static_cast<float>(output.height));
+    glUniform2f(glGetUniformLocation(program, "tvek_downsamplingRate"), 1, 1);
+    glUniform1f(glGetUniformLocation(program, "tveg_gain"), gain_);
+    glActiveTexture(GL_TEXTURE1);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, source.texture.get());
+    glUniform1i(glGetUniformLocation(program, "src"), 1);
+    glActiveTexture(GL_TEXTURE0);
+    constexpr std::array<float, 2> pixelSize = {1, 1};
+    glUniform2fv(glGetUniformLocation(program, "tvek_texturePixelSize"), 1, pixelSize.data());
+}
+
+void SamePeer::runPass(const Pass& pass, const RenderTexture& source, const Picture& output) const {
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, pass.target.framebuffer.get());
+    glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
+    glUseProgram(pass.program.get());
+    sendUniforms(pass, source, output);
+    setFilter(source, GL_NEAREST);
+    specifyStorage(pass.target, output, GL_BGRA);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_BLEND);
+    glDisable(GL_LIGHTING);
+    glViewport(0, 0, static_cast<GLsizei>(output.width), static_cast<GLsizei>(output.height));
+    setMatrices(output);
+    glColor4d(1, 1, 1, 1);
+    drawQuad(output);
+    glFlush();
+    setFilter(source, GL_LINEAR);
+    glUseProgram(0);
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+}
+
+void SamePeer::frame(const Picture& input, Picture& output) const {
+    upload(input);
+    const RenderTexture* source = &image_;
+    for (const Pass& pass : passes_) {
+        runPass(pass, *source, output);
+        source = &pass.target;
+    }
+    glUseProgram(passes_.back().program.get());
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, source->framebuffer.get());
+    glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
+    glReadBuffer(GL_COLOR_ATTACHMENT0_EXT);
+    glPixelStorei(GL_PACK_ROW_LENGTH, static_cast<GLint>(output.width));
+    fetchPixels(output);
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    glUseProgram(0);
+    clearImage();
+    shrinkStorage(image_);
+    for (const Pass& pass : passes_)
+        shrinkStorage(pass.target);
+}
+
+BestPeer::BestPeer(const std::vector<PassTexts>& passes, float gain, const Picture& format)
+    : image_(RenderTexture::create()) {
+    specifyStorage(image_, format, GL_RGBA);
+    setFilter(image_, GL_NEAREST);
+    for (std::size_t i = 0; i < std::min<std::size_t>(passes.size(), 2); ++i) {
+        targets_.push_back(RenderTexture::create());
+        specifyStorage(targets_[i], format, GL_BGRA);
+        setFilter(targets_[i], GL_NEAREST);
+    }
+    for (const PassTexts& texts : passes) {
+        programs_.push_back(buildProgram("best", texts.vertex, texts.fragment));
+        const GLuint program = programs_.back().get();
+        glUseProgram(program);
+        glUniform2f(glGetUniformLocation(program, "tvek_compSize"),
+                    static_cast<float>(format.width), static_cast<float>(format.height));
+        glUniform2f(glGetUniformLocation(program, "tvek_downsamplingRate"), 1, 1);
+        glUniform1f(glGetUniformLocation(program, "tveg_gain"), gain);
+        glUniform1i(glGetUniformLocation(program, "src"), 1);
+    }
+    glUseProgram(0);
+    glViewport(0, 0, static_cast<GLsizei>(format.width), static_cast<GLsizei>(format.height));
+    setMatrices(format);
+}
+
+// Viewport, matrices and row lengths stand from before: the engine and the other peer set the same.
+void BestPeer::frame(const Picture& input, Picture& output) const {
+    glActiveTexture(GL_TEXTURE1);
+    glBindTexture(GL_TEXTURE_2D, image_.texture.get());
+    sendPixels(input);
+    for (std::size_t i = 0; i < programs_.size(); ++i) {
+        const RenderTexture& target = targets_[i % targets_.size()];
+        if (i > 0)
+            glBindTexture(GL_TEXTURE_2D, targets_[(i - 1) % targets_.size()].texture.get());
+        glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, target.framebuffer.get());
+        glUseProgram(programs_[i].get());
+        drawQuad(output);
+    }
+    fetchPixels(output);
+    glUseProgram(0);
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+    glActiveTexture(GL_TEXTURE0);
+}
+
+} // namespace bench

@@ -1,0 +1,59 @@
+#include "bench/gl_main.h"
+
+#include <GL/glew.h>
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <iostream>
+#include <string_view>
+
+#include "pbhost/engine_session.h"
+#include "pbhost/failure.h"
+
+namespace bench {
+
+namespace {
+
+bool takeFlag(int& argc, char** argv, std::string_view flag) {
+    char** const end = argv + argc;
+    char** const rest = std::remove(argv + 1, end, flag);
+    argc = static_cast<int>(rest - argv);
+    return rest != end;
+}
+
+void keepLargeBlocks() {
+    constexpr int large = 1 << 30;
+    mallopt(M_MMAP_THRESHOLD, large);
+    mallopt(M_TRIM_THRESHOLD, large);
+    mallopt(M_TOP_PAD, 64 << 20);
+}
+
+void nameDriver(const char* key, GLenum name) {
+    benchmark::AddCustomContext(key, reinterpret_cast<const char*>(glGetString(name)));
+}
+
+} // namespace
+
+int runWithOpenGl(int argc, char** argv) {
+    const bool keepsLargeBlocks = takeFlag(argc, argv, "--keep-large-blocks");
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    if (keepsLargeBlocks)
+        keepLargeBlocks();
+    try {
+        const pbhost::EngineSession session;
+        nameDriver("GL_RENDERER", GL_RENDERER);
+        nameDriver("GL_VERSION", GL_VERSION);
+        benchmark::AddCustomContext("large blocks", keepsLargeBlocks ? "kept" : "given back");
+        benchmark::RunSpecifiedBenchmarks();
+    } catch (const pbhost::Failure& failure) {
+        std::cerr << failure.what() << '\n';
+        return 1;
+    }
+    benchmark::Shutdown();
+    return 0;
+}
+
+} // namespace bench

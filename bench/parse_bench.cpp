@@ -1,0 +1,88 @@
+// The readers of kernels and graphs: how many bytes of ordinary text they take in a second, and
+// that twice as much hostile text takes them twice as long.
+
+#include <benchmark/benchmark.h>
+
+#include "bench/kernel_texts.h"
+#include "bench/paired_timing.h"
+#include "engine/channel_order.h"
+#include "engine/glsl_generator.h"
+#include "pbhost/command.h"
+#include "pixelbender/graph_reader.h"
+#include "pixelbender/pbk_parser.h"
+
+namespace {
+
+constexpr std::size_t megabyte = 1'000'000;
+constexpr int rounds = 10;
+
+void translateKernel(const std::string& text) {
+    pbKernelInfo kernel;
+    PBKParser(text, kernel).parseKernel();
+    NarrowString vertexText;
+    NarrowString fragmentText;
+    generateKernelShaders(kernel, vertexText, fragmentText, hostChannelOrder);
+    benchmark::DoNotOptimize(fragmentText.data());
+}
+
+void readGraph(const std::string& text) {
+    pbGraphInfo graph;
+    benchmark::DoNotOptimize(readGraphText(text, graph));
+}
+
+void kernel(benchmark::State& state) {
+    const pbhost::Command command;
+    const std::string text = bench::realisticKernel(static_cast<std::size_t>(state.range(0)));
+    for ([[maybe_unused]] auto iteration : state)
+        translateKernel(text);
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+    state.SetComplexityN(static_cast<std::int64_t>(text.size()));
+}
+
+// Times one megabyte and two in turn; the time shown is that of one.
+void compareLengths(benchmark::State& state, const bench::HostileText& hostile,
+                    void (*read)(const std::string&)) {
+    const pbhost::Command command;
+    const std::string once = hostile.make(megabyte);
+    const std::string twice = hostile.make(2 * megabyte);
+    bench::PairedTiming timing({[&] { read(once); }, [&] { read(twice); }});
+    for ([[maybe_unused]] auto iteration : state)
+        state.SetIterationTime(timing.round());
+    state.SetLabel(hostile.name);
+    state.counters["ms_1MB"] = timing.medianMilliseconds(0);
+    state.counters["ms_2MB"] = timing.medianMilliseconds(1);
+    state.counters["ratio"] = timing.medianRatio(1, 0);
+}
+
+void hostileKernel(benchmark::State& state) {
+    compareLengths(state, bench::hostileKernels.at(static_cast<std::size_t>(state.range(0))),
+                   translateKernel);
+}
+
+void hostileGraph(benchmark::State& state) {
+    compareLengths(state, bench::hostileGraphs.at(static_cast<std::size_t>(state.range(0))),
+                   readGraph);
+}
+
+BENCHMARK(kernel)
+    ->Arg(10'000)
+    ->Arg(100'000)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMicrosecond)
+    ->Complexity(benchmark::oN);
+
+BENCHMARK(hostileKernel)
+    ->DenseRange(0, std::ssize(bench::hostileKernels) - 1)
+    ->Iterations(rounds)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+BENCHMARK(hostileGraph)
+    ->DenseRange(0, std::ssize(bench::hostileGraphs) - 1)
+    ->Iterations(rounds)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+BENCHMARK_MAIN();

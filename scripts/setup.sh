@@ -1,0 +1,55 @@
+# Sourced by run and test: installs the packages that are missing, configures, builds.
+# Quiet when there is nothing to do.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# Prints the packages of packages.txt that are not installed.
+missing_packages() {
+    local wanted installed
+    wanted=$(cat "$root/packages.txt")
+    # shellcheck disable=SC2086  # one word a package
+    installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
+        sed -n 's/^installed //p' | sed 's/:.*//')
+    comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
+}
+
+install_packages() {
+    local missing sudo=
+    missing=$(missing_packages)
+    [ -n "$missing" ] || return 0
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "These packages are missing, and installing them needs root or sudo:" >&2
+            # shellcheck disable=SC2086
+            echo $missing >&2
+            return 1
+        }
+        sudo=sudo
+    fi
+    echo "Installing:" $missing
+    $sudo apt-get update -qq
+    # shellcheck disable=SC2086
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends $missing \
+        >/dev/null
+}
+
+# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds.
+build() {
+    local folder=$root/$1 log
+    shift
+    local options="$*"
+    if [ ! -f "$folder/build.ninja" ] || [ "$(cat "$folder/options" 2>/dev/null)" != "$options" ]; then
+        mkdir -p "$folder"
+        log=$folder/configure.log
+        if ! cmake -S "$root" -B "$folder" -G Ninja "$@" >"$log" 2>&1; then
+            cat "$log" >&2
+            return 1
+        fi
+        printf '%s' "$options" >"$folder/options"
+    fi
+    log=$folder/build.log
+    if ! cmake --build "$folder" >"$log" 2>&1; then
+        cat "$log" >&2
+        return 1
+    fi
+}

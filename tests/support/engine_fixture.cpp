@@ -1,0 +1,198 @@
+#include "tests/support/engine_fixture.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "engine/channel_order.h"
+#include "gpu/features.h"
+#include "pixelbender/graph_reader.h"
+#include "pixelbender/pbk_parser.h"
+#include "support/report.h"
+
+namespace {
+
+constexpr std::uint8_t guardByte = 0xA5;
+constexpr unsigned paddingPixels = 3;
+
+std::array<std::string, 3> messages;
+
+float white(unsigned componentBytes) {
+    return componentBytes == 1 ? 255.0F : componentBytes == 2 ? 32768.0F : 1.0F;
+}
+
+// Where red, green, blue and alpha stand in a pixel.
+constexpr std::array<std::size_t, 4> channelPlaces = {1, 2, 3, 0};
+
+} // namespace
+
+HostImage::HostImage(unsigned imageWidth, unsigned imageHeight, unsigned imageComponentBytes)
+    : width(imageWidth), height(imageHeight), componentBytes(imageComponentBytes),
+      rowPixels_(imageWidth + paddingPixels),
+      bytes_(std::size_t{rowPixels_} * imageHeight * 4 * imageComponentBytes, guardByte) {}
+
+HostImage::HostImage(unsigned imageWidth, unsigned imageHeight, unsigned imageComponentBytes,
+                     const std::function<Pixel(unsigned x, unsigned y)>& paint)
+    : HostImage(imageWidth, imageHeight, imageComponentBytes) {
+    for (unsigned y = 0; y < height; ++y)
+        for (unsigned x = 0; x < width; ++x)
+            set(x, y, paint(x, y));
+}
+
+std::size_t HostImage::offset(unsigned x, unsigned y) const {
+    return (std::size_t{rowPixels_} * y + x) * 4 * componentBytes;
+}
+
+ImageSlot HostImage::slot(std::int32_t imageIndex, std::int32_t originX, std::int32_t originY) {
+    ImageSlot slot;
+    slot.imageIndex = imageIndex;
+    slot.componentBytes = componentBytes;
+    slot.channels = 4;
+    slot.originX = originX;
+    slot.originY = originY;
+    slot.width = width;
+    slot.height = height;
+    slot.rowPixels = rowPixels_;
+    slot.pixels = bytes_.data();
+    return slot;
+}
+
+Pixel HostImage::at(unsigned x, unsigned y) const {
+    Pixel pixel{};
+    for (std::size_t k = 0; k < 4; ++k) {
+        const std::uint8_t* from = &bytes_[offset(x, y) + channelPlaces[k] * componentBytes];
+        std::uint16_t wide = 0;
+        if (componentBytes == 4) {
+            std::memcpy(&pixel[k], from, 4);
+            continue;
+        }
+        std::memcpy(&wide, from, componentBytes);
+        pixel[k] = static_cast<float>(wide) / white(componentBytes);
+    }
+    return pixel;
+}
+
+void HostImage::set(unsigned x, unsigned y, const Pixel& pixel) {
+    for (std::size_t k = 0; k < 4; ++k) {
+        std::uint8_t* to = &bytes_[offset(x, y) + channelPlaces[k] * componentBytes];
+        const auto wide = static_cast<std::uint16_t>(
+            componentBytes == 4 ? 0 : std::lround(pixel[k] * white(componentBytes)));
+        if (componentBytes == 4)
+            std::memcpy(to, &pixel[k], 4);
+        else
+            std::memcpy(to, &wide, componentBytes);
+    }
+}
+
+bool HostImage::isPaddingIntact() const {
+    for (unsigned y = 0; y < height; ++y) {
+        const auto start = bytes_.begin() + static_cast<std::ptrdiff_t>(offset(width, y));
+        const auto end = start + static_cast<std::ptrdiff_t>(4 * componentBytes * paddingPixels);
+        if (std::any_of(start, end, [](std::uint8_t byte) { return byte != guardByte; }))
+            return false;
+    }
+    return true;
+}
+
+EngineTest::EngineTest() {
+    setDeviceName("EngineTest");
+    createDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
+    current_ = std::make_unique<ContextSwitch>(device_);
+    glewInit();
+    EXPECT_STREQ(missingFeature(), nullptr) << "the engine cannot be tested here";
+    messages = {};
+    setReportHandler([](const char* text) { messages[0] += text; }, ChannelTrace);
+    setReportHandler([](const char* text) { messages[1] += text; }, ChannelInfo);
+    setReportHandler([](const char* text) { messages[2] += text; }, ChannelErrorLog);
+}
+
+EngineTest::~EngineTest() {
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    for (const int channel : {ChannelTrace, ChannelInfo, ChannelErrorLog})
+        setReportHandler(nullptr, channel);
+    current_.reset();
+    destroyDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
+}
+
+std::unique_ptr<pbGraph> EngineTest::kernelGraph(const std::string& text) {
+    pbKernelInfo kernel;
+    PBKParser(text, kernel).parseKernel();
+    return makeObject<pbGraph>(kernel, hostChannelOrder);
+}
+
+std::unique_ptr<pbGraph> EngineTest::fileGraph(const std::string& text) {
+    pbGraphInfo info;
+    readGraphText(text, info);
+    return makeObject<pbGraph>(info, hostChannelOrder);
+}
+
+std::string EngineTest::kernelText(const std::string& declarations, const std::string& body) {
+    return "<languageVersion : 1.0;>\nkernel Test < namespace: \"t\"; vendor: \"v\"; version: 1; "
+           ">\n{"
+           "input image4 src; output pixel4 dst;\n" +
+           declarations + "\nvoid evaluatePixel() {" + body + "}\n}\n";
+}
+
+void EngineTest::renderFrame(pbGraph& graph, FrameDescription frame, HostImage& output) {
+    ASSERT_TRUE(isRunnable(graph));
+    for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i)
+        static_cast<ImageNode*>(graph.imageNodeAt(i))->slot = i;
+    graph.render(frame);
+    FrameDescription target;
+    static_cast<ImageSlot&>(target) = output.slot(-1);
+    graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(target);
+    graph.resetNodes();
+    EXPECT_TRUE(output.isPaddingIntact());
+}
+
+HostImage EngineTest::renderImages(pbGraph& graph, std::vector<HostImage>& images) {
+    const HostImage& first = images.front();
+    HostImage output(first.width, first.height, first.componentBytes);
+    FrameDescription frame = frameFor(output);
+    for (std::size_t i = 0; i < images.size(); ++i)
+        frame.images[i] = images[i].slot(static_cast<std::int32_t>(i));
+    renderFrame(graph, frame, output);
+    return output;
+}
+
+std::string EngineTest::info() {
+    return messages[1];
+}
+
+std::string EngineTest::log() {
+    return messages[2];
+}
+
+std::string EngineTest::trace() {
+    return messages[0];
+}
+
+FrameDescription frameFor(HostImage& output) {
+    FrameDescription frame;
+    static_cast<ImageSlot&>(frame) = output.slot(-1);
+    frame.pixels = nullptr;
+    return frame;
+}
+
+float largestError(const HostImage& image,
+                   const std::function<Pixel(unsigned x, unsigned y)>& expected) {
+    float largest = 0;
+    for (unsigned y = 0; y < image.height; ++y)
+        for (unsigned x = 0; x < image.width; ++x) {
+            const Pixel wanted = expected(x, y);
+            const Pixel got = image.at(x, y);
+            for (std::size_t k = 0; k < 4; ++k)
+                largest = std::max(largest, std::abs(wanted[k] - got[k]));
+        }
+    return largest;
+}
+
+Pixel testPattern(unsigned x, unsigned y, unsigned seed) {
+    const auto channel = [&](unsigned k) {
+        return static_cast<float>((x * 37 + y * 101 + k * 59 + seed * 83 + x * y * 7) % 256) /
+               255.0F;
+    };
+    return {channel(0), channel(1), channel(2), channel(3)};
+}
