@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int rounds = 18;
+constexpr int rounds = 30;
 
 void chain(benchmark::State& state) {
     bench::runChainBenchmark(state, {static_cast<std::size_t>(state.range(0)), 1920, 1080,

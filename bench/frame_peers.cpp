@@ -114,7 +114,6 @@ void SamePeer::sendUniforms(const Pass& pass, const RenderTexture& source,
     glUniform2f(glGetUniformLocation(program, "tvek_downsamplingRate"), 1, 1);
     glUniform1f(glGetUniformLocation(program, "tveg_gain"), gain_);
     glActiveTexture(GL_TEXTURE1);
-    glEnable(GL_TEXTURE_2D);
     glBindTexture(GL_TEXTURE_2D, source.texture.get());
     glUniform1i(glGetUniformLocation(program, "src"), 1);
     glActiveTexture(GL_TEXTURE0);

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "pixelbender/xml_guard.h"
+
 namespace bench {
 
 namespace {
@@ -86,7 +88,7 @@ const std::array<HostileText, 7> hostileKernels = {{
      }},
 }};
 
-const std::array<HostileText, 5> hostileGraphs = {{
+const std::array<HostileText, 6> hostileGraphs = {{
     {"open tags", [](std::size_t bytes) { return repeated("<a>", bytes); }},
     {"attributes of one tag",
      [](std::size_t bytes) {
@@ -94,6 +96,13 @@ const std::array<HostileText, 5> hostileGraphs = {{
          for (int i = 0; text.size() < bytes; ++i)
              text += " a" + std::to_string(i) + "=\"\"";
          return text + "/>";
+     }},
+    {"tags full of attributes",
+     [](std::size_t bytes) {
+         std::string tag = "<a";
+         for (int i = 0; i < maxXmlAttributes; ++i)
+             tag += " a" + std::to_string(i) + "=\"\"";
+         return openGraph(repeated(tag + "/>", bytes));
      }},
     {"entities", [](std::size_t bytes) { return openGraph(repeated("&amp;", bytes)); }},
     {"bytes 0xEF", [](std::size_t bytes) { return openGraph(repeated("\xEF", bytes)); }},

@@ -18,6 +18,6 @@ struct HostileText {
 };
 
 extern const std::array<HostileText, 7> hostileKernels;
-extern const std::array<HostileText, 5> hostileGraphs;
+extern const std::array<HostileText, 6> hostileGraphs;
 
 } // namespace bench

@@ -1,6 +1,7 @@
 #include "pbhost/compile_messages.h"
 
-#include <regex>
+#include <algorithm>
+#include <charconv>
 #include <set>
 
 namespace pbhost {
@@ -9,24 +10,47 @@ namespace {
 
 struct Place {
     std::size_t line; // from 1
-    std::string message;
+    std::string_view message;
 };
 
 // Drivers write "0:12(3): error: …", "0(12) : error …" or "ERROR: 0:12: …".
-std::optional<Place> findPlace(const std::string& logLine) {
-    static const std::regex form(R"(^(?:ERROR: |WARNING: )?\d+(?::(\d+)|\((\d+)\))[^ ]* ?:? ?(.*)$)");
-    std::smatch parts;
-    if (!std::regex_match(logLine, parts, form))
+std::optional<Place> findPlace(std::string_view logLine) {
+    for (const std::string_view grade : {"ERROR: ", "WARNING: "})
+        if (logLine.starts_with(grade))
+            logLine.remove_prefix(grade.size());
+    const char* const end = logLine.data() + logLine.size();
+    unsigned text = 0; // a shader has only one
+    const auto [colon, textError] = std::from_chars(logLine.data(), end, text);
+    if (textError != std::errc() || colon == end || (*colon != ':' && *colon != '('))
         return std::nullopt;
-    const std::string digits = parts[1].matched ? parts[1].str() : parts[2].str();
-    if (digits.size() > 9)
+    Place place{};
+    const auto [behind, lineError] = std::from_chars(colon + 1, end, place.line);
+    if (lineError != std::errc())
         return std::nullopt;
-    return Place{std::stoul(digits), parts[3].str()};
+    logLine.remove_prefix(static_cast<std::size_t>(behind - logLine.data()));
+    logLine.remove_prefix(std::min(logLine.find(' '), logLine.size()));
+    place.message = logLine.substr(std::min(logLine.find_first_not_of(" :"), logLine.size()));
+    return place;
 }
 
-std::string trimmed(std::string_view line) {
+// A line as the terminal can show it, without the blanks in front: what was given as a kernel may be
+// anything.
+std::string shown(std::string_view line) {
+    constexpr std::size_t longest = 200;
     const std::size_t start = line.find_first_not_of(" \t\r");
-    return std::string(start == std::string_view::npos ? std::string_view() : line.substr(start));
+    std::string text(start == std::string_view::npos ? std::string_view() : line.substr(start));
+    const auto isControl = [](unsigned char c) { return c < ' ' || c == 127; };
+    std::replace_if(text.begin(), text.end(), isControl, ' ');
+    return text.size() <= longest ? text : text.substr(0, longest) + "...";
+}
+
+bool isWarning(std::string_view logLine) {
+    return std::min(logLine.find("warning"), logLine.find("WARNING")) <
+           std::min(logLine.find("error"), logLine.find("ERROR"));
+}
+
+bool isError(std::string_view logLine) {
+    return !logLine.empty() && !isWarning(logLine);
 }
 
 const char* stageName(char stage) {
@@ -39,8 +63,13 @@ public:
         std::vector<std::string_view> source;
         if (texts && failure.stage != 'l')
             source = splitLines(failure.stage == 'v' ? texts->vertex : texts->fragment);
-        for (const std::string_view line : splitLines(failure.log))
-            addLine(failure, std::string(line), source);
+        // Drivers warn about the text round the kernel, too. That helps nobody, unless the log is
+        // so full of it that no error had room.
+        const auto lines = splitLines(failure.log);
+        const bool hasError = std::any_of(lines.begin(), lines.end(), isError);
+        for (const std::string_view line : lines)
+            if (!hasError || isError(line))
+                addLine(failure, shown(line), source);
     }
 
     std::string text;
@@ -50,11 +79,13 @@ private:
                  const std::vector<std::string_view>& source) {
         const auto place = findPlace(line);
         const bool hasSource = place && place->line >= 1 && place->line <= source.size();
-        const std::string quoted = hasSource ? trimmed(source[place->line - 1]) : "";
-        const std::string key = failure.name + '\n' + (place ? place->message : line) + '\n' + quoted;
+        const std::string quoted = hasSource ? shown(source[place->line - 1]) : "";
+        std::string key = failure.name + '\n';
+        key.append(place ? place->message : line).append("\n").append(quoted);
         if (line.empty() || !seen_.insert(key).second)
             return;
-        text.append("  ").append(failure.name).append(", ").append(stageName(failure.stage));
+        text.append("  ").append(failure.name).append(failure.name.empty() ? "" : ", ");
+        text.append(stageName(failure.stage));
         text.append(": ").append(line).append("\n");
         if (!quoted.empty())
             text.append("      ").append(quoted).append("\n");

@@ -13,6 +13,7 @@
 #include "pbhost/compile_messages.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
+#include "pbhost/hints.h"
 #include "pbhost/reports.h"
 
 namespace pbhost {
@@ -55,18 +56,26 @@ std::vector<CompileFailure> failuresIn(const Reports& reports) {
     return failures;
 }
 
-[[noreturn]] void throwCompileFailure(const std::string& path,
+[[noreturn]] void throwCompileFailure(const std::string& path, const std::string& hints,
                                       const std::vector<CompileFailure>& failures,
                                       const FindTexts& findTexts) {
     throw Failure(ExitCode::BadKernel,
-                  path + ": does not compile. The driver says:\n" + describe(failures, findTexts) +
+                  path + ": does not compile.\n" + hints + "The OpenGL driver says:\n" +
+                      describe(failures, findTexts) +
                       "  (lines are those of the generated text; to see it: pbhost translate " +
                       path + ")");
 }
 
-void requireRunnable(const std::string& path, const pbGraph& graph, const Reports& reports) {
-    if (!isRunnable(graph))
-        throw Failure(ExitCode::BadKernel, path + ": cannot be run: " + joined(reports.info()));
+void requireRunnable(const std::string& path, const std::string& hints, const pbGraph& graph,
+                     const Reports& reports) {
+    if (isRunnable(graph))
+        return;
+    const std::string reason = joined(reports.info());
+    std::string message = path + ": cannot be run:";
+    for (const std::string_view line : splitLines(reason))
+        if (!line.empty())
+            message.append(" ").append(line);
+    throw Failure(ExitCode::BadKernel, message + "\n" + hints);
 }
 
 LoadedGraph loadKernel(const std::string& path) {
@@ -74,10 +83,11 @@ LoadedGraph loadKernel(const std::string& path) {
     readKernelFile(path, kernel);
     const Reports reports;
     LoadedGraph loaded{makeObject<pbGraph>(kernel, hostChannelOrder), ""};
-    requireRunnable(path, *loaded.graph, reports);
+    const std::string hints = hintsFor(kernel);
+    requireRunnable(path, hints, *loaded.graph, reports);
     const auto failures = failuresIn(reports);
     if (!failures.empty())
-        throwCompileFailure(path, failures, [&](const std::string&) {
+        throwCompileFailure(path, hints, failures, [&](const std::string&) {
             return std::optional(kernelTexts(kernel, hostChannelOrder));
         });
     return loaded;
@@ -88,7 +98,8 @@ LoadedGraph loadGraph(const std::string& path) {
     readGraphFile(path, info);
     const Reports reports;
     LoadedGraph loaded{makeObject<pbGraph>(info, hostChannelOrder), ""};
-    requireRunnable(path, *loaded.graph, reports);
+    const std::string hints = hintsFor(info);
+    requireRunnable(path, hints, *loaded.graph, reports);
     const FindTexts findTexts = [&](const std::string& id) {
         return nodeTexts(info, id, hostChannelOrder);
     };
@@ -96,7 +107,7 @@ LoadedGraph loadGraph(const std::string& path) {
     const auto failures = failuresIn(reports);
     if (std::any_of(failures.begin(), failures.end(),
                     [&](const CompileFailure& failure) { return findTexts(failure.name); }))
-        throwCompileFailure(path, failures, findTexts);
+        throwCompileFailure(path, hints, failures, findTexts);
     for (const pbgNodeInfo& node : info.nodes)
         if (kernelOfNode(info, node) == nullptr)
             loaded.warnings.append(path + ": node \"").append(nameText(node.id)).append(
@@ -116,8 +127,8 @@ EngineSession::EngineSession() {
         current_.reset();
         destroyDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
         throw Failure(ExitCode::RenderFailed,
-                      std::string("OpenGL cannot be used here: this machine's driver lacks ") +
-                          missing);
+                      std::string("OpenGL cannot be used here: the driver lacks ") + missing +
+                          " (a software driver for EGL will do)");
     }
 }
 

@@ -78,7 +78,9 @@ void addTranslate(CLI::App& app) {
     verb->add_option("--node", request->node, "The id of a graph's node");
     verb->add_option("--stage", request->stage, "Write exactly this text: vertex or fragment")
         ->check(CLI::IsMember({"vertex", "fragment"}));
-    verb->add_option("--order", request->order, "Channel order index, 0 to 23")
+    verb->add_option("--order", request->order,
+                     "Index of the channel order of the textures, 0 to 23; 18 is alpha, "
+                     "red, green, blue")
         ->capture_default_str()
         ->check(CLI::Range(0, 23));
     verb->callback([request] {
@@ -104,8 +106,13 @@ int complain(ExitCode code, const std::string& message) {
 
 int run(int argc, char** argv) {
     CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
-    app.require_subcommand(1);
-    app.footer("Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
+    app.require_subcommand(0, 1); // with none, the parser would name no mistyped verb
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return std::string("pbhost: ") + error.what() +
+               "\nTo see what is understood: pbhost --help, " + "pbhost VERB --help\n";
+    });
+    app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set radius=6\n"
+               "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
                "picture.");
     addRender(app);
     addTranslate(app);
@@ -116,7 +123,10 @@ int run(int argc, char** argv) {
         const int code = app.exit(error);
         return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
     }
-    return 0;
+    if (!app.get_subcommands().empty())
+        return 0;
+    std::cerr << app.help();
+    return static_cast<int>(ExitCode::Usage);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "pbhost/parameter_setting.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 
@@ -47,14 +48,15 @@ ValueForm formOf(const pbParameter& parameter) {
     }
 }
 
-// The whole text as a number; nothing when it is none, or out of range.
+// The whole text as a number; nothing when it is none, or not within the range.
 template <class Number>
 std::optional<Number> parseWhole(std::string_view text) {
     Number number{};
     if (text.starts_with('+'))
         text.remove_prefix(1);
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc() || result.ptr != text.data() + text.size())
+    if (result.ec != std::errc() || result.ptr != text.data() + text.size() ||
+        !std::isfinite(number))
         return std::nullopt;
     return number;
 }

@@ -42,18 +42,21 @@ Picture makeOutput(const RenderRequest& request, const std::vector<Picture>& inp
     }
 }
 
+std::string countOf(std::size_t pictures) {
+    return std::to_string(pictures) + (pictures == 1 ? " picture" : " pictures");
+}
+
 void checkInputs(const RenderRequest& request, const pbGraph& graph) {
     const auto wanted = static_cast<std::size_t>(graph.imageNodeCount());
     const std::size_t given = request.inputs.size();
     constexpr std::size_t mostImages = std::tuple_size_v<decltype(FrameDescription::images)>;
     if (given > std::min(std::max<std::size_t>(wanted, 1), mostImages))
-        throw Failure(ExitCode::Usage, request.file + ": takes " + std::to_string(wanted) +
-                                           (wanted == 1 ? " picture, " : " pictures, ") +
+        throw Failure(ExitCode::Usage, request.file + ": takes " + countOf(wanted) + ", " +
                                            std::to_string(given) + " are given" +
                                            (wanted > mostImages ? ", and 4 can be fed" : ""));
     if (given < wanted)
-        std::cerr << "pbhost: note: " << request.file << " takes " << wanted << " pictures, "
-                  << given << " given; the others are transparent\n";
+        std::cerr << "pbhost: note: " << request.file << " takes " << countOf(wanted) << ", "
+                  << given << " given; a missing one is transparent\n";
 }
 
 void describe(ImageSlot& slot, Picture& picture) {

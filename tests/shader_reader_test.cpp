@@ -74,7 +74,8 @@ TEST_F(ShaderReaderTest, findsTokens) {
 }
 
 TEST_F(ShaderReaderTest, takesAnOpenCommentAsOneToken) {
-    for (const std::string source : {"/* a\n", "// a", "/* '", "/*\x03 */ a"}) {
+    const Texts sources = {"/* a\n", "// a", "/* '", "/*\x03 */ a", std::string("/*\0*/ a", 7)};
+    for (const std::string& source : sources) {
         ShaderReader reader(source);
         TokenList list;
         reader.parse(list);

@@ -5,8 +5,8 @@
 
 namespace {
 
-// Where TinyXML gives up, the guard may go on: it then only counts what nobody will see. What it must
-// never do is pass over an element that TinyXML enters, or close one that TinyXML does not.
+// Where TinyXML gives up, the guard may go on: it then only counts what nobody will see. What it
+// must never do is pass over an element that TinyXML enters, or close one that TinyXML does not.
 class XmlGuard {
 public:
     XmlGuard(std::string_view text, int nestingLimit, int attributeLimit)
@@ -16,7 +16,9 @@ public:
     bool isWithinLimits();
 
 private:
-    static bool isNameStart(unsigned char c) { return c >= 127 || std::isalpha(c) != 0 || c == '_'; }
+    static bool isNameStart(unsigned char c) {
+        return c >= 127 || std::isalpha(c) != 0 || c == '_';
+    }
     static bool isNamePart(unsigned char c) {
         return isNameStart(c) || std::isdigit(c) != 0 || c == '-' || c == '.' || c == ':';
     }
@@ -79,8 +81,8 @@ void XmlGuard::skipPast(std::string_view end) {
     at_ = found == std::string_view::npos ? text_.size() : found + end.size();
 }
 
-// Character data, up to its end mark: whatever follows the lead byte of a sequence is taken with it,
-// the end mark included.
+// Character data, up to its end mark: whatever follows the lead byte of a sequence is taken with
+// it, the end mark included.
 void XmlGuard::skipText(char end) {
     while (!isAtEnd() && current() != static_cast<unsigned char>(end)) {
         const unsigned char lead = current();
@@ -186,7 +188,8 @@ bool XmlGuard::isWithinLimits() {
             skipText('<');
         } else if (depth_ > 0 && startsWith("</")) {
             closeElement();
-        } else if (at_ + 1 < text_.size() && isNameStart(static_cast<unsigned char>(text_[at_ + 1]))) {
+        } else if (at_ + 1 < text_.size() &&
+                   isNameStart(static_cast<unsigned char>(text_[at_ + 1]))) {
             if (!openElement())
                 return false;
         } else {
