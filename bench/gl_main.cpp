@@ -2,7 +2,6 @@
 
 #include <GL/glew.h>
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <iostream>
@@ -10,6 +9,7 @@
 
 #include "pbhost/engine_session.h"
 #include "pbhost/failure.h"
+#include "pbhost/large_blocks.h"
 
 namespace bench {
 
@@ -20,13 +20,6 @@ bool takeFlag(int& argc, char** argv, std::string_view flag) {
     char** const rest = std::remove(argv + 1, end, flag);
     argc = static_cast<int>(rest - argv);
     return rest != end;
-}
-
-void keepLargeBlocks() {
-    constexpr int large = 1 << 30;
-    mallopt(M_MMAP_THRESHOLD, large);
-    mallopt(M_TRIM_THRESHOLD, large);
-    mallopt(M_TOP_PAD, 64 << 20);
 }
 
 void nameDriver(const char* key, GLenum name) {
@@ -41,7 +34,7 @@ int runWithOpenGl(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     if (keepsLargeBlocks)
-        keepLargeBlocks();
+        pbhost::keepLargeBlocks();
     try {
         const pbhost::EngineSession session;
         nameDriver("GL_RENDERER", GL_RENDERER);

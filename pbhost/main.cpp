@@ -1,7 +1,5 @@
 // pbhost: applies Pixel Bender kernels and graphs to pictures, and shows what becomes of them.
 
-#include <malloc.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
@@ -9,6 +7,7 @@
 
 #include "pbhost/command.h"
 #include "pbhost/failure.h"
+#include "pbhost/large_blocks.h"
 #include "pbhost/model_verb.h"
 #include "pbhost/render_verb.h"
 #include "pbhost/translate_verb.h"
@@ -17,15 +16,6 @@ namespace {
 
 using pbhost::ExitCode;
 using pbhost::Failure;
-
-// A software driver takes a texture's memory anew for each frame. Kept by the C library, the memory
-// need not come from the system again, a page fault for each 4 KB.
-void keepLargeBlocks() {
-    constexpr int large = 1 << 30;
-    mallopt(M_MMAP_THRESHOLD, large);
-    mallopt(M_TRIM_THRESHOLD, large);
-    mallopt(M_TOP_PAD, 64 << 20);
-}
 
 void writeOut(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -132,7 +122,7 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    keepLargeBlocks();
+    pbhost::keepLargeBlocks();
     try {
         return run(argc, argv);
     } catch (const Failure& failure) {
