@@ -1,7 +1,7 @@
 // The substitute host's memory: handles, counted and checked.
 //
 // The host's callbacks carry no context, so there is one memory for the process. Every misuse of a
-// handle (one that is not live, a lock too few or too many) is kept as a fault for the owner of the
+// handle (one that is not live, an unlock too many) is kept as a fault for the owner of the
 // host to look at; it never crashes the process.
 #pragma once
 

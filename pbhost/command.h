@@ -1,8 +1,8 @@
 // A running command on the substitute host: what models and graphs need to live.
 #pragma once
 
-#include "hostkit/host.h"
 #include "host/command_scope.h"
+#include "hostkit/host.h"
 
 namespace pbhost {
 

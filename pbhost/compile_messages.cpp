@@ -33,14 +33,12 @@ std::optional<Place> findPlace(std::string_view logLine) {
     return place;
 }
 
-// A line as the terminal can show it, without the blanks in front: what was given as a kernel may be
+// A line short enough to show, without the blanks in front: what was given as a kernel may be
 // anything.
 std::string shown(std::string_view line) {
     constexpr std::size_t longest = 200;
     const std::size_t start = line.find_first_not_of(" \t\r");
     std::string text(start == std::string_view::npos ? std::string_view() : line.substr(start));
-    const auto isControl = [](unsigned char c) { return c < ' ' || c == 127; };
-    std::replace_if(text.begin(), text.end(), isControl, ' ');
     return text.size() <= longest ? text : text.substr(0, longest) + "...";
 }
 
@@ -97,11 +95,13 @@ private:
 } // namespace
 
 CompileFailure readErrorLogEntry(const std::string& entry) {
-    // "name(v)\n", then the log.
-    const std::size_t lineEnd = entry.find('\n');
-    if (lineEnd == std::string::npos || lineEnd < 3)
+    // The name, the tag of the stage, the log. A node's id may hold anything, line ends included.
+    std::size_t end = std::string::npos;
+    for (const char* tag : {"(v)\n", "(f)\n", "(l)\n"})
+        end = std::min(end, entry.find(tag));
+    if (end == std::string::npos)
         return {"", 'l', entry};
-    return {entry.substr(0, lineEnd - 3), entry[lineEnd - 2], entry.substr(lineEnd + 1)};
+    return {entry.substr(0, end), entry[end + 1], entry.substr(end + 4)};
 }
 
 std::string describe(const std::vector<CompileFailure>& failures, const FindTexts& findTexts) {

@@ -1,5 +1,6 @@
-// Makes of the driver's log of a failed program something that a person can act on: each message with
-// the line that it speaks of, and no message twice only because both stages hold the same text.
+// Makes of the driver's log of a failed program something that a person can act on: each message
+// with the line that it speaks of, and no message twice only because both stages hold the same
+// text.
 #pragma once
 
 #include <functional>

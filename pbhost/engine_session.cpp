@@ -110,9 +110,11 @@ LoadedGraph loadGraph(const std::string& path) {
         throwCompileFailure(path, hints, failures, findTexts);
     for (const pbgNodeInfo& node : info.nodes)
         if (kernelOfNode(info, node) == nullptr)
-            loaded.warnings.append(path + ": node \"").append(nameText(node.id)).append(
-                "\": the graph has no kernel \"").append(nameText(node.name)).append("\"\n");
-    loaded.warnings = joined(reports.info()) + loaded.warnings;
+            loaded.warnings.append("pbhost: " + path + ": node \"")
+                .append(nameText(node.id))
+                .append("\": the graph has no kernel \"")
+                .append(nameText(node.name))
+                .append("\"\n");
     return loaded;
 }
 
@@ -122,6 +124,7 @@ EngineSession::EngineSession() {
     setDeviceName("Tvelmarondine");
     createDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
     current_ = std::make_unique<ContextSwitch>(device_);
+    reportVersion();
     glewInit(); // its result says nothing here: it misses a display that nobody needs
     if (const char* missing = missingFeature(); missing != nullptr) {
         current_.reset();

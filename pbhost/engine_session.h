@@ -1,7 +1,5 @@
-// The engine, ready to build and run graphs: a running command and the OpenGL device, current for as
-// long as the session stands.
-//
-// Serves until the module stands between the program and the engine.
+// The engine, ready to build and run graphs: a running command and the OpenGL device, current for
+// as long as the session stands.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,7 @@
 // pbhost: applies Pixel Bender kernels and graphs to pictures, and shows what becomes of them.
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstdio>
 #include <iostream>
 #include <new>
@@ -9,6 +10,7 @@
 #include "pbhost/failure.h"
 #include "pbhost/large_blocks.h"
 #include "pbhost/model_verb.h"
+#include "pbhost/printable.h"
 #include "pbhost/render_verb.h"
 #include "pbhost/translate_verb.h"
 
@@ -26,9 +28,11 @@ void writeOut(const std::string& text) {
 std::pair<unsigned, unsigned> parseSize(const std::string& text) {
     unsigned width = 0;
     unsigned height = 0;
-    int used = 0;
-    if (std::sscanf(text.c_str(), "%5ux%5u%n", &width, &height, &used) != 2 ||
-        static_cast<std::size_t>(used) != text.size() || width == 0 || height == 0)
+    const char* const end = text.data() + text.size();
+    const auto [middle, widthError] = std::from_chars(text.data(), end, width);
+    const bool hasWidth = widthError == std::errc() && middle != end && *middle == 'x';
+    const auto [last, heightError] = std::from_chars(hasWidth ? middle + 1 : end, end, height);
+    if (heightError != std::errc() || last != end || width == 0 || height == 0)
         throw Failure(ExitCode::Usage, "--size " + text + ": write WIDTHxHEIGHT, in pixels");
     return {width, height};
 }
@@ -90,7 +94,7 @@ void addModel(CLI::App& app) {
 }
 
 int complain(ExitCode code, const std::string& message) {
-    std::cerr << "pbhost: " << message << (message.ends_with('\n') ? "" : "\n");
+    std::cerr << "pbhost: " << pbhost::printable(message) << (message.ends_with('\n') ? "" : "\n");
     return static_cast<int>(code);
 }
 

@@ -20,7 +20,7 @@ Json asJson(const pbVariable& variable) {
     return {{"type", elementTypeName(variable.type)}, {"name", asText(variable.name)}};
 }
 
-template <class Item>
+template<class Item>
 Json asArray(const HostVector<Item>& items, Json (*convert)(const Item&)) {
     Json array = Json::array();
     for (const Item& item : items)
@@ -53,8 +53,7 @@ Json parameterAsJson(const pbParameter& parameter) {
     json["aeUIControl"] = pbUIControlNames[parameter.aeUIControl];
     json["displayName"] = asText(parameter.displayName);
     json["aeDisplayName"] = asText(parameter.aeDisplayName);
-    json["aePointRelativeDefaultValue"] = {
-        {"isSet", point.isSet}, {"x", point.x}, {"y", point.y}};
+    json["aePointRelativeDefaultValue"] = {{"isSet", point.isSet}, {"x", point.x}, {"y", point.y}};
     json["enumValues"] = std::string(parameter.enumValues.view());
     json["aePopupString"] = std::string(parameter.aePopupString.view());
     return json;
@@ -91,8 +90,7 @@ Json nodeAsJson(const pbgNodeInfo& node) {
 }
 
 Json connectionAsJson(const pbConnection& connection) {
-    constexpr std::array<const char*, 4> kinds = {"", "ImageToNode", "NodeToNode",
-                                                  "ToOutputImage"};
+    constexpr std::array<const char*, 4> kinds = {"", "ImageToNode", "NodeToNode", "ToOutputImage"};
     return {{"from", asText(connection.from)},
             {"fromOutput", asText(connection.fromOutput)},
             {"to", asText(connection.to)},

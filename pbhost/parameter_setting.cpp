@@ -49,10 +49,10 @@ ValueForm formOf(const pbParameter& parameter) {
 }
 
 // The whole text as a number; nothing when it is none, or not within the range.
-template <class Number>
+template<class Number>
 std::optional<Number> parseWhole(std::string_view text) {
     Number number{};
-    if (text.starts_with('+'))
+    if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
     if (result.ec != std::errc() || result.ptr != text.data() + text.size() ||
@@ -61,7 +61,7 @@ std::optional<Number> parseWhole(std::string_view text) {
     return number;
 }
 
-template <class Number>
+template<class Number>
 Number requireNumber(const std::string& name, const std::string& text, const char* what) {
     const auto number = parseWhole<Number>(text);
     if (!number)
@@ -74,7 +74,8 @@ bool requireTruth(const std::string& name, const std::string& text) {
         return true;
     if (text == "false" || text == "0")
         return false;
-    throw Failure(ExitCode::Usage, "--set " + name + ": \"" + text + "\" is neither true nor false");
+    throw Failure(ExitCode::Usage,
+                  "--set " + name + ": \"" + text + "\" is neither true nor false");
 }
 
 pbValue readValue(const ParameterSetting& setting, pbScalarKind kind) {
@@ -91,21 +92,29 @@ pbValue readValue(const ParameterSetting& setting, pbScalarKind kind) {
     return value;
 }
 
-// In a graph the parameters bear the prefix of its name space.
-bool hasName(const GraphParameter& parameter, const std::string& name) {
+// The name that the file gives the parameter. In a graph it bears the prefix of the graph's name
+// space by now, which has the same length in both of its forms.
+std::string_view nameInFile(const GraphParameter& parameter, bool isGraph) {
+    static const std::size_t prefixLength = std::string_view("tveg_").size();
     const std::string_view whole = parameter.parameter.wholeName;
-    return whole == name || whole == graphParameterName(name);
+    return isGraph ? whole.substr(prefixLength) : whole;
 }
 
-std::string listOfNames(const pbGraph& graph) {
+std::string listOfNames(const pbGraph& graph, bool isGraph) {
     std::string list;
-    for (const auto& parameter : graph.parameters) {
-        std::string_view name = parameter->parameter.wholeName;
-        if (name.starts_with("tveg_") || name.starts_with("_tveg"))
-            name.remove_prefix(5);
-        list.append(list.empty() ? "" : ", ").append(name);
-    }
+    for (const auto& parameter : graph.parameters)
+        list.append(list.empty() ? "" : ", ").append(nameInFile(*parameter, isGraph));
     return list.empty() ? "it has none" : "it has " + list;
+}
+
+// By the whole name, or by as much of it as the model shows.
+GraphParameter& findParameter(const pbGraph& graph, bool isGraph, const std::string& name) {
+    for (const std::size_t length : {std::string_view::npos, pbName().size() - 1})
+        for (const auto& parameter : graph.parameters)
+            if (nameInFile(*parameter, isGraph).substr(0, length) == name)
+                return *parameter;
+    throw Failure(ExitCode::Usage,
+                  "--set " + name + ": no such parameter; " + listOfNames(graph, isGraph));
 }
 
 } // namespace
@@ -113,8 +122,9 @@ std::string listOfNames(const pbGraph& graph) {
 ParameterSetting parseSetting(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0)
-        throw Failure(ExitCode::Usage, "--set " + text + ": write NAME=VALUE, or NAME=V,V,V for a "
-                                                         "parameter of several numbers");
+        throw Failure(ExitCode::Usage, "--set " + text +
+                                           ": write NAME=VALUE, or NAME=V,V,V for a "
+                                           "parameter of several numbers");
     ParameterSetting setting{text.substr(0, equals), {}};
     std::size_t start = equals + 1;
     for (std::size_t comma = 0; comma != std::string::npos; start = comma + 1) {
@@ -124,28 +134,20 @@ ParameterSetting parseSetting(const std::string& text) {
     return setting;
 }
 
-void applySetting(const pbGraph& graph, const ParameterSetting& setting) {
-    for (const auto& parameter : graph.parameters) {
-        if (!hasName(*parameter, setting.name))
-            continue;
-        const ValueForm form = formOf(parameter->parameter);
-        const auto count = static_cast<std::size_t>(form.count);
-        if (form.kind == pbScalarNone)
-            throw Failure(ExitCode::Usage, "--set " + setting.name + ": a parameter of type " +
-                                               elementTypeName(parameter->parameter.type) +
-                                               " takes no value");
-        if (setting.values.size() != count)
-            throw Failure(ExitCode::Usage, "--set " + setting.name + ": takes " +
-                                               std::to_string(count) +
-                                               (count == 1 ? " value, " : " values, ") +
-                                               std::to_string(setting.values.size()) +
-                                               (setting.values.size() == 1 ? " is" : " are") +
-                                               " given");
-        parameter->value = readValue(setting, form.kind);
-        return;
-    }
-    throw Failure(ExitCode::Usage,
-                  "--set " + setting.name + ": no such parameter; " + listOfNames(graph));
+void applySetting(const pbGraph& graph, bool isGraph, const ParameterSetting& setting) {
+    GraphParameter& parameter = findParameter(graph, isGraph, setting.name);
+    const ValueForm form = formOf(parameter.parameter);
+    const std::size_t given = setting.values.size();
+    if (form.kind == pbScalarNone)
+        throw Failure(ExitCode::Usage, "--set " + setting.name + ": a parameter of type " +
+                                           elementTypeName(parameter.parameter.type) +
+                                           " takes no value");
+    if (given != static_cast<std::size_t>(form.count))
+        throw Failure(ExitCode::Usage,
+                      "--set " + setting.name + ": takes " + std::to_string(form.count) +
+                          (form.count == 1 ? " value, " : " values, ") + std::to_string(given) +
+                          (given == 1 ? " is given" : " are given"));
+    parameter.value = readValue(setting, form.kind);
 }
 
 void placeRelativePoints(const pbGraph& graph, unsigned width, unsigned height) {

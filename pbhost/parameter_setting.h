@@ -19,7 +19,7 @@ ParameterSetting parseSetting(const std::string& text);
 
 // The name is the file's own. Throws Failure (Usage) for a name that the graph does not have, with
 // the names that it has, and for values that do not fit the parameter.
-void applySetting(const pbGraph& graph, const ParameterSetting& setting);
+void applySetting(const pbGraph& graph, bool isGraph, const ParameterSetting& setting);
 
 // Gives each point whose default is a part of the picture its place, in pixels.
 void placeRelativePoints(const pbGraph& graph, unsigned width, unsigned height);

@@ -4,9 +4,11 @@
 #include <iostream>
 
 #include "engine/image_node.h"
+#include "pbhost/effect_file.h"
 #include "pbhost/engine_session.h"
 #include "pbhost/failure.h"
 #include "pbhost/parameter_setting.h"
+#include "pbhost/printable.h"
 
 namespace pbhost {
 
@@ -34,7 +36,8 @@ Picture makeOutput(const RenderRequest& request, const std::vector<Picture>& inp
     unsigned height = inputs.empty() ? defaultHeight : inputs.front().height;
     if (request.size)
         std::tie(width, height) = *request.size;
-    const Depth depth = inputs.empty() ? request.depth.value_or(Depth::Bits8) : inputs.front().depth;
+    const Depth depth =
+        inputs.empty() ? request.depth.value_or(Depth::Bits8) : inputs.front().depth;
     try {
         return makePicture(width, height, depth);
     } catch (const PictureError& error) {
@@ -77,6 +80,13 @@ void requireTextureSize(const FrameDescription& frame) {
                           " pixels a side that this machine's OpenGL can take");
 }
 
+// The errors are a list; a kernel may have left others in front.
+void requireMemory() {
+    for (GLenum error = glGetError(); error != GL_NO_ERROR; error = glGetError())
+        if (error == GL_OUT_OF_MEMORY)
+            throw Failure(ExitCode::RenderFailed, "the picture does not fit in OpenGL's memory");
+}
+
 } // namespace
 
 void renderPictures(pbGraph& graph, std::vector<Picture>& inputs, Picture& output) {
@@ -96,8 +106,7 @@ void renderPictures(pbGraph& graph, std::vector<Picture>& inputs, Picture& outpu
     graph.render(frame);
     graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(target);
     graph.resetNodes();
-    if (glGetError() == GL_OUT_OF_MEMORY)
-        throw Failure(ExitCode::RenderFailed, "the picture does not fit in OpenGL's memory");
+    requireMemory();
 }
 
 void render(const RenderRequest& request) {
@@ -106,14 +115,14 @@ void render(const RenderRequest& request) {
         settings.push_back(parseSetting(text));
     EngineSession session;
     const LoadedGraph loaded = session.load(request.file);
-    std::cerr << loaded.warnings;
+    std::cerr << printable(loaded.warnings);
     pbGraph& graph = *loaded.graph;
     checkInputs(request, graph);
     std::vector<Picture> inputs = readInputs(request);
     Picture output = makeOutput(request, inputs);
     placeRelativePoints(graph, output.width, output.height);
     for (const ParameterSetting& setting : settings)
-        applySetting(graph, setting);
+        applySetting(graph, isGraphFile(request.file), setting);
     renderPictures(graph, inputs, output);
     try {
         writePicture(request.output, output);

@@ -15,8 +15,8 @@ struct RenderRequest {
     std::string file; // .pbk or .pbg
     std::vector<std::string> inputs;
     std::string output;
-    std::vector<std::string> settings; // NAME=V[,V...]
-    std::optional<Depth> depth;        // default: the first picture's
+    std::vector<std::string> settings;                 // NAME=V[,V...]
+    std::optional<Depth> depth;                        // default: the first picture's
     std::optional<std::pair<unsigned, unsigned>> size; // pixels; default: the first picture's
 };
 

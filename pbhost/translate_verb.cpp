@@ -3,6 +3,7 @@
 #include "engine/glsl_generator.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
+#include "pbhost/printable.h"
 
 namespace pbhost {
 
@@ -36,14 +37,15 @@ std::string listNodes(const std::string& file, const pbGraphInfo& graph) {
         list.append("  ").append(nameText(node.id)).append("  ").append(nameText(node.name));
         list += kernelOfNode(graph, node) == nullptr ? "  (the graph has no such kernel)\n" : "\n";
     }
-    return list;
+    return printable(list);
 }
 
 std::string translateNode(const TranslateRequest& request, const pbGraphInfo& graph) {
     const auto texts = nodeTexts(graph, request.node, request.order);
     if (!texts)
-        throw Failure(ExitCode::BadKernel,
-                      request.file + ": no node \"" + request.node + "\" with a kernel");
+        throw Failure(ExitCode::BadKernel, request.file + ": no node \"" + request.node +
+                                               "\" with a kernel\n" +
+                                               listNodes(request.file, graph));
     return show(*texts, request.stage);
 }
 
@@ -79,8 +81,8 @@ std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view
 std::string translate(const TranslateRequest& request) {
     if (!isGraphFile(request.file)) {
         if (!request.node.empty())
-            throw Failure(ExitCode::Usage, "--node goes with a graph (.pbg); " + request.file +
-                                               " is a kernel");
+            throw Failure(ExitCode::Usage,
+                          "--node goes with a graph (.pbg); " + request.file + " is a kernel");
         pbKernelInfo kernel;
         readKernelFile(request.file, kernel);
         return show(kernelTexts(kernel, request.order), request.stage);

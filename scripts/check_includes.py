@@ -16,7 +16,7 @@ MAY_INCLUDE = {
     "src/gpu": ["src/platform", "src/support"],
     "src/engine": ["src/pixelbender", "src/gpu", "src/support"],
     "hostkit": ["src/sdk"],
-    # Until the module stands between them, pbhost drives the engine itself.
+    # pbhost drives the engine itself.
     "pbhost": ["hostkit", "src/host", "src/pixelbender", "src/engine", "src/gpu", "src/support"],
 }
 # Of `host`, support sees the frame of the running command and nothing else.

@@ -110,6 +110,17 @@ TEST_F(Engine, PlacesAnImageAtItsOrigin) {
         }
 }
 
+// A sampler is found by its whole name, however long; otherwise it would read the target itself.
+TEST_F(Engine, FindsAnInputOfAnyName) {
+    const std::string name(70, 's');
+    const auto graph = kernelGraph("kernel K { input image4 " + name +
+                                   "; output pixel4 dst; void evaluatePixel() { dst = sample(" +
+                                   name + ", outCoord()); } }");
+    std::vector<HostImage> images{pattern(9, 5, 1)};
+    const HostImage result = renderImages(*graph, images);
+    EXPECT_EQ(largestError(result, [&](unsigned x, unsigned y) { return testPattern(x, y); }), 0);
+}
+
 // An output that lies at an origin in the frame gets its part of it.
 TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
     const auto graph = kernelGraph(copy_);
@@ -127,6 +138,17 @@ TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
     EXPECT_EQ(largestError(part, [](unsigned x, unsigned y) { return testPattern(x + 5, y + 8); }),
               0);
     EXPECT_TRUE(part.isPaddingIntact());
+
+    // Rows that are shorter than the width: no row may run into the next, or past the last.
+    graph->render(frame);
+    HostImage narrow(4, 30, 1);
+    static_cast<ImageSlot&>(target) = narrow.slot(-1);
+    target.width = 40;
+    target.rowPixels = 4;
+    target.height = 10;
+    graph->nodes[0]->readBack(target);
+    graph->resetNodes();
+    EXPECT_EQ(narrow.at(0, 6), HostImage(4, 30, 1).at(0, 6)); // the third pixel behind row 9
 }
 
 // Kernels see full-size coordinates, whatever the downsampling; sampling finds the same place

@@ -13,6 +13,13 @@ struct Span {
     std::int64_t length;
 };
 
+// Far above what any host has in memory, and safe to reckon with.
+constexpr std::uint32_t largestSize = 1U << 24;
+
+bool isSize(std::uint32_t pixels) {
+    return pixels > 0 && pixels <= largestSize;
+}
+
 Span clip(std::int32_t origin, std::uint32_t length, std::uint32_t frameLength) {
     const std::int64_t skipped = std::max<std::int64_t>(0, -std::int64_t{origin});
     const std::int64_t offset = std::max<std::int64_t>(0, origin);
@@ -25,7 +32,7 @@ void upload(const ImageSlot& image, const FrameDescription& frame) {
     glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(image.rowPixels));
     if (format.components != 4)
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    const Span columns = clip(image.originX, image.width, frame.width);
+    const Span columns = clip(image.originX, std::min(image.width, image.rowPixels), frame.width);
     const Span rows = clip(image.originY, image.height, frame.height);
     if (columns.length <= 0 || rows.length <= 0 || image.pixels == nullptr)
         return;
@@ -47,7 +54,8 @@ const ImageSlot* ImageNode::findImage(const FrameDescription& frame) const {
     for (const ImageSlot& image : frame.images) {
         const bool isOurs = image.imageIndex == slot && image.imageIndex >= 0;
         const bool hasFormat = image.componentBytes != 0 && image.channels != 0;
-        if (isOurs && hasFormat && image.width > 0 && image.height > 0 && image.rowPixels > 0)
+        if (isOurs && hasFormat && isSize(image.width) && isSize(image.height) &&
+            isSize(image.rowPixels))
             return &image;
     }
     return nullptr;
@@ -72,9 +80,8 @@ void ImageNode::readBack(const FrameDescription& target) {
     // The texture has the frame's size, which may be larger than the output: only as much is read
     // as the output can hold.
     readFramebuffer(target_.framebuffer,
-                    {0, 0, std::min(target.width, target.rowPixels), target.height,
-                     target.rowPixels, format, depth.type, target.pixels,
-                     depth.componentBytes == 2 && format == GL_ABGR_EXT});
+                    {0, 0, target.width, target.height, target.rowPixels, format, depth.type,
+                     target.pixels, depth.componentBytes == 2 && format == GL_ABGR_EXT});
 }
 
 void ImageNode::reset() {

@@ -26,6 +26,7 @@ void Node::takeKernel(const pbKernelInfo& kernel) {
         Connection& connection = connections.emplace_back();
         const std::size_t length = std::min(input.wholeName.size(), connection.name.size() - 1);
         std::copy_n(input.wholeName.begin(), length, connection.name.begin());
+        connection.wholeName = input.wholeName;
     }
 }
 
@@ -64,10 +65,11 @@ void Node::sendInputs(const FrameDescription& frame) const {
         const Connection& connection = connections[i];
         const auto unit = static_cast<GLuint>(i + 1); // unit 0 is the target's own
         if (connection.source != nullptr) {
-            connection.source->bindInput(program, connection.name.data(), unit);
+            connection.source->bindInput(program, connection.wholeName.c_str(), unit);
             sizes[i] = connection.source->pixelSize(frame);
         } else {
-            bindTexture(graph->transparentTexture.get(), program, connection.name.data(), unit);
+            bindTexture(graph->transparentTexture.get(), program, connection.wholeName.c_str(),
+                        unit);
             sizes[i] = {1.0F, 1.0F};
         }
     }

@@ -21,6 +21,7 @@ class NodeBase;
 struct Connection {
     NodeBase* source = nullptr;  // null: nothing feeds it; not owned
     std::array<char, 64> name{}; // of the input in the kernel, at most 63 bytes
+    NarrowString wholeName;      // the same, as the shader has it
 };
 
 using PixelSize = std::array<float, 2>; // pixel aspect ratio and 1

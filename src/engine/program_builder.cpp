@@ -53,17 +53,16 @@ void reportCompileFailure(std::string_view name, const Stage& stage, GLuint shad
 }
 
 void addStage(GLuint program, std::string_view name, const Stage& stage, const NarrowString& text) {
-    const GLuint shader = glCreateShader(stage.type);
+    const GlShader shader = GlShader::create(stage.type);
     const GLchar* source = text.c_str();
-    glShaderSource(shader, 1, &source, nullptr);
-    glCompileShader(shader);
+    glShaderSource(shader.get(), 1, &source, nullptr);
+    glCompileShader(shader.get());
     GLint isCompiled = GL_FALSE;
-    glGetShaderiv(shader, GL_COMPILE_STATUS, &isCompiled);
+    glGetShaderiv(shader.get(), GL_COMPILE_STATUS, &isCompiled);
     if (isCompiled == GL_TRUE)
-        glAttachShader(program, shader);
+        glAttachShader(program, shader.get());
     else
-        reportCompileFailure(name, stage, shader, text);
-    glDeleteShader(shader);
+        reportCompileFailure(name, stage, shader.get(), text);
 }
 
 void link(GLuint program, std::string_view name) {

@@ -2,6 +2,7 @@
 
 #include <GL/glew.h>
 
+#include <algorithm>
 #include <array>
 
 #include "engine/pixel_format.h"
@@ -89,8 +90,9 @@ void readFramebuffer(const GlFramebuffer& framebuffer, const PixelRead& read) {
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
     {
         const ChannelScale scale(read.halve ? 0.5F : 1.0F);
-        glReadPixels(read.x, read.y, static_cast<GLsizei>(read.width),
-                     static_cast<GLsizei>(read.height), read.format, read.type, read.pixels);
+        const std::uint32_t width = std::min(read.width, read.rowPixels);
+        glReadPixels(read.x, read.y, static_cast<GLsizei>(width), static_cast<GLsizei>(read.height),
+                     read.format, read.type, read.pixels);
     }
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }

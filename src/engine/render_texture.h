@@ -53,4 +53,5 @@ struct PixelRead {
     bool halve; // scale by 0.5
 };
 
+// Never writes outside rowPixels by height.
 void readFramebuffer(const GlFramebuffer& framebuffer, const PixelRead& read);

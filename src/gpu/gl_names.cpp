@@ -29,3 +29,11 @@ unsigned int ProgramKind::generate() {
 void ProgramKind::destroy(unsigned int name) {
     glDeleteProgram(name);
 }
+
+unsigned int ShaderKind::generate(unsigned int stage) {
+    return glCreateShader(stage);
+}
+
+void ShaderKind::destroy(unsigned int name) {
+    glDeleteShader(name);
+}

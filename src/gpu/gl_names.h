@@ -10,7 +10,10 @@ template<class Kind>
 class GlName {
 public:
     GlName() = default;
-    static GlName create() { return GlName(Kind::generate()); }
+    template<class... Arguments>
+    static GlName create(Arguments... arguments) {
+        return GlName(Kind::generate(arguments...));
+    }
     GlName(GlName&& other) noexcept : name(std::exchange(other.name, 0)) {}
     GlName& operator=(GlName&& other) noexcept {
         GlName taken(std::move(other));
@@ -42,7 +45,13 @@ struct ProgramKind {
     static unsigned int generate();
     static void destroy(unsigned int name);
 };
+// Once attached, a shader lives on in its program without its name.
+struct ShaderKind {
+    static unsigned int generate(unsigned int stage); // GL_VERTEX_SHADER or GL_FRAGMENT_SHADER
+    static void destroy(unsigned int name);
+};
 
 using GlTexture = GlName<TextureKind>;
 using GlFramebuffer = GlName<FramebufferKind>;
 using GlProgram = GlName<ProgramKind>;
+using GlShader = GlName<ShaderKind>;
