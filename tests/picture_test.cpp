@@ -6,360 +6,211 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <bit>
+#include <array>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <limits>
-#include <random>
 #include <string>
 
 namespace fs = std::filesystem;
 using pbhost::Depth;
 using pbhost::Picture;
-using pbhost::PictureError;
 using pbhost::readPicture;
 using pbhost::writePicture;
-
-extern "C" {
-[[gnu::weak]] void __lsan_disable();
-[[gnu::weak]] void __lsan_enable();
-}
 
 namespace {
 
 class PictureTest : public testing::Test {
 protected:
-    void SetUp() override {
+    PictureTest() {
         std::string pattern = (fs::temp_directory_path() / "picture_test.XXXXXX").string();
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
         folder = pattern;
     }
-    void TearDown() override { fs::remove_all(folder); }
+    ~PictureTest() override { fs::remove_all(folder); }
 
     // A file as another program would leave it.
-    void writeFile(const fs::path& path, const OIIO::ImageSpec& spec, const void* pixels) {
+    template<class Value>
+    fs::path writeFile(const char* name, const OIIO::ImageSpec& spec,
+                       const std::vector<Value>& pixels) {
+        const fs::path path = folder / name;
         const auto output = OIIO::ImageOutput::create(path.string());
-        ASSERT_TRUE(output && output->open(path.string(), spec)) << OIIO::geterror();
-        ASSERT_TRUE(output->write_image(spec.format, pixels)) << output->geterror();
-        ASSERT_TRUE(output->close()) << output->geterror();
+        EXPECT_TRUE(output && output->open(path.string(), spec)) << OIIO::geterror();
+        EXPECT_TRUE(output->write_image(OIIO::BaseTypeFromC<Value>::value, pixels.data()));
+        EXPECT_TRUE(output->close()) << output->geterror();
+        return path;
     }
-    std::size_t fileCount() const {
-        return std::size_t(std::distance(fs::directory_iterator(folder), {}));
-    }
+    auto fileCount() const { return std::distance(fs::directory_iterator(folder), {}); }
 
     fs::path folder;
 };
 
-// What is allocated meanwhile may leak. The library's PNG reader jumps past a string when a file
-// ends early.
-class LeaksAllowed {
-public:
-    explicit LeaksAllowed(bool isMeant) : isActive(isMeant && __lsan_disable != nullptr) {
-        if (isActive)
-            __lsan_disable();
+// All channels in memory order; 1 is white.
+std::vector<double> valuesOf(const Picture& picture) {
+    std::vector<double> values;
+    for (unsigned i = 0; i < picture.width * picture.height * 4; ++i) {
+        const unsigned bytes = pbhost::bytesPerChannel(picture.depth), row = picture.width * 4;
+        std::uint16_t whole = 0;
+        float real = 0;
+        std::memcpy(bytes == 4 ? static_cast<void*>(&real) : &whole,
+                    picture.row(i / row) + i % row * bytes, bytes);
+        values.push_back(bytes == 4 ? double{real} : whole / (bytes == 1 ? 255.0 : 32768.0));
     }
-    LeaksAllowed(const LeaksAllowed&) = delete;
-    LeaksAllowed& operator=(const LeaksAllowed&) = delete;
-    ~LeaksAllowed() {
-        if (isActive)
-            __lsan_enable();
-    }
-
-private:
-    bool isActive;
-};
-
-template<typename Value>
-Value channelAt(const Picture& picture, unsigned x, unsigned y, unsigned channel) {
-    Value value;
-    std::memcpy(&value, picture.row(y) + (x * 4 + channel) * sizeof(Value), sizeof(Value));
-    return value;
+    return values;
 }
 
-double valueAt(const Picture& picture, unsigned x, unsigned y, unsigned channel) {
-    switch (picture.depth) {
-    case Depth::Bits8:
-        return channelAt<std::uint8_t>(picture, x, y, channel) / 255.0;
-    case Depth::Bits16:
-        return channelAt<std::uint16_t>(picture, x, y, channel) / 32768.0;
-    default:
-        return channelAt<float>(picture, x, y, channel);
-    }
-}
-
-// Any legal value in any channel, alpha 0 over a colour included, and rows of an odd length.
-Picture noise(unsigned width, unsigned height, Depth depth) {
+// Another slope in each channel, alpha 0 over a colour included, and rows of an odd length.
+Picture slopes(unsigned width, unsigned height, Depth depth) {
     Picture picture = pbhost::makePicture(width, height, depth);
-    std::mt19937 random(7);
+    const unsigned bytes = pbhost::bytesPerChannel(depth);
     picture.rowBytes += 3;
-    picture.pixels.assign(std::size_t{picture.rowBytes} * height, std::byte{0x5a});
-    for (unsigned y = 0; y < height; ++y)
-        for (unsigned i = 0; i < width * 4; ++i) {
-            const std::uint32_t bits = i % 16 == 0 ? 0 : random();
-            const std::uint8_t eight = bits & 255;
-            const std::uint16_t sixteen = bits % 32769;
-            const float real = float(bits) / 4294967296.0f;
-            const void* value = depth == Depth::Bits8    ? static_cast<const void*>(&eight)
-                                : depth == Depth::Bits16 ? static_cast<const void*>(&sixteen)
-                                                         : &real;
-            const unsigned bytes = pbhost::bytesPerChannel(depth);
-            std::memcpy(picture.row(y) + i * bytes, value, bytes);
-        }
+    picture.pixels.resize(std::size_t{picture.rowBytes} * height);
+    for (unsigned i = 0; i < width * height * 4; ++i) {
+        const unsigned x = i / 4 % width, y = i / 4 / width;
+        const float across = float(x) / float(width), down = float(y) / float(height);
+        const float real = std::array{across, 1 - down / 2, down, 1 - across}[i % 4];
+        const auto whole = std::uint32_t(real * (bytes == 1 ? 255 : 32768));
+        std::memcpy(picture.row(y) + (x * 4 + i % 4) * bytes,
+                    bytes == 4 ? static_cast<const void*>(&real) : &whole, bytes);
+    }
     return picture;
 }
 
 double worstDifference(const Picture& left, const Picture& right, bool hasAlpha) {
-    double worst = 0;
-    for (unsigned y = 0; y < left.height; ++y)
-        for (unsigned x = 0; x < left.width; ++x)
-            for (unsigned c = 0; c < 4; ++c) {
-                const double expected = c == 0 && !hasAlpha ? 1.0 : valueAt(left, x, y, c);
-                worst = std::max(worst, std::abs(expected - valueAt(right, x, y, c)));
-            }
+    const std::vector<double> expected = valuesOf(left), values = valuesOf(right);
+    double worst = expected.size() == values.size() ? 0 : 1;
+    for (std::size_t i = 0; i < std::min(expected.size(), values.size()); ++i)
+        worst = std::max(worst, std::abs((i % 4 > 0 || hasAlpha ? expected[i] : 1) - values[i]));
     return worst;
 }
 
-std::string messageOf(const auto& work) {
+void expectError(const std::string& start, const char* reason, const auto& work) {
     try {
         work();
-    } catch (const PictureError& error) {
-        return error.what();
+        ADD_FAILURE() << "no error; expected: " << start;
+    } catch (const pbhost::PictureError& error) {
+        const std::string message = error.what();
+        EXPECT_TRUE(message.starts_with(start)) << message;
+        EXPECT_NE(message.find(reason), std::string::npos) << message;
+        EXPECT_EQ(message.find(".pbhost-"), std::string::npos) << message;
     }
-    return {};
 }
 
 } // namespace
 
 TEST_F(PictureTest, WhatIsWrittenIsReadAgain) {
-    const struct {
-        const char* name;
-        Depth depth, fileDepth;
-        double tolerance;
-        bool hasAlpha;
-    } cases[] = {
+    const std::tuple<const char*, Depth, Depth, double, bool> cases[] = {
+        // the file, the picture's depth and the file's, tolerance, whether the file has alpha
         {"a.png", Depth::Bits8, Depth::Bits8, 0, true},
         {"b.PNG", Depth::Bits16, Depth::Bits16, 1 / 32768.0, true},
         {"c.png", Depth::Bits32, Depth::Bits16, 1 / 32768.0, true},
         {"d.tif", Depth::Bits8, Depth::Bits8, 0, true},
-        {"e.tif", Depth::Bits16, Depth::Bits16, 1 / 32768.0, true},
-        {"f.tif", Depth::Bits32, Depth::Bits32, 0, true},
-        {"g.exr", Depth::Bits8, Depth::Bits32, 0.5 / 255, true},
-        {"h.exr", Depth::Bits16, Depth::Bits32, 1 / 65536.0, true},
-        {"i.exr", Depth::Bits32, Depth::Bits32, 0, true},
-        {"j.tga", Depth::Bits8, Depth::Bits8, 0, true},
-        {"k.sgi", Depth::Bits16, Depth::Bits16, 1 / 32768.0, true},
-        {"l.ppm", Depth::Bits8, Depth::Bits8, 0, false},
-        {"m.bmp", Depth::Bits16, Depth::Bits8, 0.51 / 255, true},
+        {"e.exr", Depth::Bits8, Depth::Bits32, 0.5 / 255, true},
+        {"f.exr", Depth::Bits16, Depth::Bits32, 1 / 65536.0, true},
+        {"g.jpg", Depth::Bits8, Depth::Bits8, 8 / 255.0, false},
+        {"h.bmp", Depth::Bits16, Depth::Bits8, 0.51 / 255, true},
     };
-    for (const auto& test : cases)
+    for (const auto& [name, depth, fileDepth, tolerance, hasAlpha] : cases)
         for (const auto& [width, height] : {std::pair{37u, 23u}, {1u, 1u}}) {
-            SCOPED_TRACE(std::string(test.name) + " " + std::to_string(width));
-            const Picture picture = noise(width, height, test.depth);
-            writePicture(folder / test.name, picture);
-            const Picture again = readPicture(folder / test.name);
-            EXPECT_EQ(again.depth, test.fileDepth);
-            ASSERT_EQ(std::pair(again.width, again.height), std::pair(width, height));
-            EXPECT_EQ(again.rowBytes, width * pbhost::bytesPerPixel(test.fileDepth));
-            EXPECT_LE(worstDifference(picture, again, test.hasAlpha), test.tolerance);
-            const Picture same = readPicture(folder / test.name, test.depth);
-            EXPECT_LE(worstDifference(picture, same, test.hasAlpha), test.tolerance);
+            SCOPED_TRACE(std::string(name) + " " + std::to_string(width));
+            const Picture picture = slopes(width, height, depth);
+            writePicture(folder / name, picture);
+            const Picture again = readPicture(folder / name);
+            EXPECT_EQ(again.depth, fileDepth);
+            EXPECT_EQ(std::pair(again.width, again.height), std::pair(width, height));
+            EXPECT_LE(worstDifference(picture, again, hasAlpha), tolerance);
+            const Picture same = readPicture(folder / name, depth);
+            EXPECT_LE(worstDifference(picture, same, hasAlpha), tolerance);
         }
-    EXPECT_EQ(fileCount(), std::size(cases));
-}
-
-TEST_F(PictureTest, JpegLosesAlphaAndLittleElse) {
-    Picture picture = pbhost::makePicture(64, 64, Depth::Bits8);
-    for (unsigned y = 0; y < 64; ++y)
-        for (unsigned x = 0; x < 64; ++x) {
-            const std::byte pixel[4] = {std::byte(x), std::byte(200), std::byte(2 * x),
-                                        std::byte(3 * y)};
-            std::memcpy(picture.row(y) + x * 4, pixel, 4);
-        }
-    writePicture(folder / "x.jpg", picture);
-    EXPECT_LE(worstDifference(picture, readPicture(folder / "x.jpg"), false), 8 / 255.0);
+    EXPECT_EQ(std::size_t(fileCount()), std::size(cases));
 }
 
 TEST_F(PictureTest, FloatsKeepTheirBits) {
-    using Limits = std::numeric_limits<float>;
-    const float values[8] = {std::bit_cast<float>(0x7fc12345u),
-                             Limits::infinity(),
-                             -Limits::infinity(),
-                             -2.5f,
-                             Limits::denorm_min(),
-                             -0.0f,
-                             Limits::max(),
-                             1e-20f};
+    // A NaN with a message, both infinities, -2.5, the smallest, -0, the largest, 1e-20.
+    const std::uint32_t bits[8] = {0x7fc12345, 0x7f800000, 0xff800000, 0xc0200000,
+                                   1,          0x80000000, 0x7f7fffff, 0x1e3ce508};
     Picture picture = pbhost::makePicture(2, 1, Depth::Bits32);
-    std::memcpy(picture.pixels.data(), values, sizeof values);
+    std::memcpy(picture.pixels.data(), bits, sizeof bits);
     for (const char* name : {"x.exr", "x.tif"}) {
         writePicture(folder / name, picture);
         EXPECT_EQ(readPicture(folder / name).pixels, picture.pixels) << name;
     }
 }
 
-TEST_F(PictureTest, HalvesAreReadExactly) {
-    const std::uint16_t halves[8] = {0x3555, 0x7bff, 0xae66, 0, 0x3c00, 1, 0xfc00, 0x3800};
-    const float values[8] = {0.333251953125f,
-                             65504,
-                             -0.0999755859375f,
-                             0,
-                             1,
-                             0x1p-24f,
-                             -std::numeric_limits<float>::infinity(),
-                             0.5f};
-    writeFile(folder / "x.exr", OIIO::ImageSpec(2, 1, 4, OIIO::TypeDesc::HALF), halves);
-    const Picture picture = readPicture(folder / "x.exr");
-    ASSERT_EQ(picture.depth, Depth::Bits32);
-    for (unsigned i = 0; i < 8; ++i) // the file's red, green, blue, alpha
-        EXPECT_EQ(channelAt<float>(picture, i / 4, 0, (i % 4 + 1) % 4), values[i]) << i;
-}
-
 TEST_F(PictureTest, ChannelsFindTheirPlaces) {
-    const struct {
-        const char* name;
-        std::vector<std::string> channels;
-        std::vector<std::uint16_t> file;
-        std::array<unsigned, 4> host; // alpha, red, green, blue
-    } cases[] = {
+    using Numbers = std::vector<std::uint16_t>;
+    const std::tuple<const char*, std::vector<std::string>, Numbers, Numbers> cases[] = {
+        // the file's channels and values; the picture's alpha, red, green, blue
         {"grey.png", {"Y"}, {30000}, {32768, 15000, 15000, 15000}},
         {"greyAlpha.png", {"Y", "A"}, {65535, 0}, {0, 32768, 32768, 32768}},
         {"colour.png", {"R", "G", "B"}, {0, 65535, 2000}, {32768, 0, 32768, 1000}},
-        {"all.tif", {"R", "G", "B", "A"}, {2, 4, 65535, 6}, {3, 1, 2, 32768}},
         {"more.tif", {"R", "G", "B", "A", "Z"}, {2, 4, 6, 8, 10}, {4, 1, 2, 3}},
     };
-    for (const auto& test : cases) {
-        OIIO::ImageSpec spec(1, 1, int(test.channels.size()), OIIO::TypeDesc::UINT16);
-        spec.channelnames = test.channels;
+    for (const auto& [name, channels, values, expected] : cases) {
+        OIIO::ImageSpec spec(1, 1, int(channels.size()), OIIO::TypeDesc::UINT16);
+        spec.channelnames = channels;
         spec.attribute("oiio:UnassociatedAlpha", 1);
-        writeFile(folder / test.name, spec, test.file.data());
-        const Picture picture = readPicture(folder / test.name);
-        ASSERT_EQ(picture.depth, Depth::Bits16);
-        for (unsigned c = 0; c < 4; ++c)
-            EXPECT_EQ(channelAt<std::uint16_t>(picture, 0, 0, c), test.host[c])
-                << test.name << " channel " << c;
+        const Picture picture = readPicture(writeFile(name, spec, values));
+        ASSERT_EQ(picture.pixels.size(), 8u) << name;
+        EXPECT_EQ(std::memcmp(picture.pixels.data(), expected.data(), 8), 0) << name;
     }
 }
 
-TEST_F(PictureTest, DepthsConvertByTheirWhite) {
-    Picture picture = pbhost::makePicture(2, 1, Depth::Bits16);
-    const std::uint16_t values[8] = {32768, 16384, 6554, 0, 0, 32768, 1, 32767};
-    std::memcpy(picture.pixels.data(), values, sizeof values);
-    writePicture(folder / "16.png", picture);
-    picture = readPicture(folder / "16.png", Depth::Bits8);
-    const std::uint8_t bytes[8] = {255, 128, 51, 0, 0, 255, 0, 255};
-    ASSERT_EQ(picture.pixels.size(), 8u);
-    for (unsigned i = 0; i < 8; ++i)
-        EXPECT_EQ(int(picture.pixels[i]), bytes[i]) << i;
-    writePicture(folder / "8.png", picture);
-    const Picture wide = readPicture(folder / "8.png", Depth::Bits16);
-    const Picture real = readPicture(folder / "8.png", Depth::Bits32);
-    for (unsigned i = 0; i < 8; ++i) {
-        EXPECT_NEAR(valueAt(wide, i / 4, 0, i % 4), bytes[i] / 255.0, 0.5 / 32768) << i;
-        EXPECT_NEAR(valueAt(real, i / 4, 0, i % 4), bytes[i] / 255.0, 1e-7) << i;
-    }
-}
-
-// The file holds columns -1 to 1 and rows 1 to 2 of a display of 3 by 2 pixels.
+// Halves, in columns -1 and 0 and row 1 of a display of 2 by 2 pixels.
 TEST_F(PictureTest, OpenExrPixelsLieInTheDisplayWindow) {
-    OIIO::ImageSpec spec(3, 2, 5, OIIO::TypeDesc::FLOAT);
+    OIIO::ImageSpec spec(2, 1, 5, OIIO::TypeDesc::HALF);
     spec.channelnames = {"Z", "B", "A", "R", "G"};
     spec.alpha_channel = 2;
     spec.x = -1;
     spec.y = 1;
-    spec.full_width = 3;
-    spec.full_height = 2;
-    std::vector<float> pixels;
-    for (int y = 1; y <= 2; ++y)
-        for (int x = -1; x <= 1; ++x)
-            for (float channel : {9.0f, 3.0f, 0.5f, 1.0f, 2.0f})
-                pixels.push_back(channel + 10 * float(x) + 100 * float(y));
-    writeFile(folder / "x.exr", spec, pixels.data());
-    const Picture picture = readPicture(folder / "x.exr");
-    ASSERT_EQ(std::pair(picture.width, picture.height), std::pair(3u, 2u));
-    const float host[4] = {0.5f, 1, 2, 3};
-    for (unsigned y = 0; y < 2; ++y)
-        for (unsigned x = 0; x < 3; ++x)
-            for (unsigned c = 0; c < 4; ++c)
-                EXPECT_EQ(channelAt<float>(picture, x, y, c),
-                          y == 1 && x < 2 ? host[c] + 10 * float(x) + 100 : 0.0f)
-                    << x << "," << y << " channel " << c;
+    spec.full_width = spec.full_height = 2;
+    const std::vector<float> values = {9, 9, 9, 9, 9, 9, 65504, 0.5F, -1, 0x1p-24F};
+    const std::vector<double> expected = {0,   0,  0,       0,     0, 0, 0, 0, //
+                                          0.5, -1, 0x1p-24, 65504, 0, 0, 0, 0};
+    EXPECT_EQ(valuesOf(readPicture(writeFile("x.exr", spec, values))), expected);
 }
 
 TEST_F(PictureTest, UnreadableFilesSayWhy) {
-    writePicture(folder / "whole.png", noise(64, 64, Depth::Bits8));
-    writePicture(folder / "whole.jpg", noise(64, 64, Depth::Bits8));
-    for (const char* extension : {"png", "jpg"}) {
-        const fs::path cut = folder / (std::string("cut.") + extension);
-        fs::copy_file(folder / (std::string("whole.") + extension), cut);
-        fs::resize_file(cut, fs::file_size(cut) / 2);
+    for (const char* name : {"cut.png", "cut.jpg"}) {
+        writePicture(folder / name, slopes(64, 64, Depth::Bits8));
+        fs::resize_file(folder / name, fs::file_size(folder / name) / 2);
     }
     std::ofstream(folder / "text.png") << "this is a text, not a picture\n";
-    std::ofstream(folder / "empty.tif").flush();
     std::ofstream(folder / "vast.ppm") << "P6 200000 200000 255\n012";
-    fs::create_directory(folder / "folder.png");
-    const struct {
-        const char* name;
-        const char* reason;
-    } cases[] = {
-        {"missing.png", "no such file"}, {"folder.png", "folder"}, {"cut.png", "end of file"},
-        {"cut.jpg", "Premature end"},    {"text.png", ""},         {"empty.tif", ""},
+    const std::pair<const char*, const char*> cases[] = {
+        {"missing.png", "no such file"}, {"cut.png", "end of file"},
+        {"cut.jpg", "Premature end"},    {"text.png", ""},
         {"vast.ppm", "200000"},
     };
-    for (const auto& test : cases) {
-        const LeaksAllowed scope(test.name == std::string("cut.png"));
-        const std::string message = messageOf([&] { readPicture(folder / test.name); });
-        EXPECT_NE(message.find("cannot read '" + (folder / test.name).string() + "': "),
-                  std::string::npos)
-            << test.name << ": " << message;
-        EXPECT_NE(message.find(test.reason), std::string::npos) << test.name << ": " << message;
+    for (const auto& [name, reason] : cases) {
+        const fs::path path = folder / name;
+        expectError("cannot read '" + path.string() + "': ", reason, [&] { readPicture(path); });
     }
 }
 
-TEST_F(PictureTest, FailedWriteLeavesTheOldFile) {
-    const Picture old = noise(5, 4, Depth::Bits8);
-    fs::create_directory(folder / "folder.png");
-    Picture lacking = noise(5, 4, Depth::Bits8);
-    lacking.pixels.pop_back();
-    lacking.rowBytes += 1;
-    const Picture large = noise(100, 100, Depth::Bits8);
-    const struct {
-        const char* name;
-        const Picture& picture;
-        const char* reason;
-    } cases[] = {
-        {"a.png", lacking, "fewer pixels"},
-        {"b.png", Picture{}, "empty"},
-        {"c.xyz", old, "'.xyz'"},
-        {"d.zfile", old, ""},
-        {"nowhere/e.png", old, "no folder"},
-        {"folder.png", old, "folder"},
-        {"g.png", large, "File too large"},
-        {"h.jpg", large, "File too large"},
-        {"i.exr", large, "File too large"},
-        {"j.sgi", large, "damaged"},
-    };
-    // A stand-in for a full disk: no file may grow beyond 4000 bytes.
+// A stand-in for a full disk: no file may grow beyond 1000 bytes.
+TEST_F(PictureTest, AFailedWriteLeavesTheOldFile) {
+    const Picture large = slopes(500, 500, Depth::Bits16);
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before;
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    for (const auto& test : cases) {
-        const fs::path path = folder / test.name;
+    const rlimit small{1000, before.rlim_max};
+    const std::pair<const char*, const char*> cases[] = {
+        {"a.xyz", "'.xyz'"},
+        {"b.png", "File too large"},
+        {"c.exr", "File too large"},
+        {"d.sgi", "damaged"}, // its writer notices nothing
+    };
+    for (const auto& [name, reason] : cases) {
+        const fs::path path = folder / name;
         std::ofstream(path) << "old content";
-        const std::size_t files = fileCount();
-        const rlimit small{4000, before.rlim_max};
+        const auto files = fileCount();
         ::setrlimit(RLIMIT_FSIZE, &small);
-        const std::string message = messageOf([&] { writePicture(path, test.picture); });
+        expectError("cannot write '" + path.string() + "': ", reason,
+                    [&] { writePicture(path, large); });
         ::setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_NE(message.find("cannot write '" + path.string() + "': "), std::string::npos)
-            << message;
-        EXPECT_NE(message.find(test.reason), std::string::npos) << message;
-        EXPECT_EQ(message.find(".pbhost-"), std::string::npos) << message;
-        EXPECT_EQ(fileCount(), files) << test.name;
-        std::string content;
-        if (std::getline(std::ifstream(path), content)) {
-            EXPECT_EQ(content, "old content");
-        }
+        EXPECT_EQ(fileCount(), files) << name;
+        EXPECT_EQ(fs::file_size(path), std::strlen("old content")) << name;
     }
 }

@@ -6,8 +6,10 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <set>
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "hostkit/suites.h"
 #include "support/jst.h"
@@ -38,15 +40,6 @@ long thrownBy(const auto& work) {
     return 0;
 }
 
-std::vector<CommandScope*> scopesFromNewest() {
-    std::vector<CommandScope*> scopes;
-    for (CommandScope* scope = currentScope; scope != nullptr; scope = scope->older) {
-        EXPECT_EQ(scope->newer, scopes.empty() ? nullptr : scopes.back());
-        scopes.push_back(scope);
-    }
-    return scopes;
-}
-
 std::string heard; // from report handlers and from a host's memory
 
 } // namespace
@@ -59,13 +52,13 @@ TEST(CommandScopes, LeaveTheChainFromAnyPlace) {
         std::vector<CommandScope*> chain;
         for (int i = 0; i < 3; ++i) {
             scopes.push_back(std::make_unique<CommandScope>(i, 20 + i, hosts[i].inData()));
-            chain.insert(chain.begin(), scopes.back().get());
+            chain.push_back(scopes.back().get());
         }
         for (const std::size_t leaving : order) {
-            EXPECT_EQ(scopesFromNewest(), chain);
             // Whoever is newest now, its record and its suites are what all code sees.
-            EXPECT_EQ(currentInData(), hosts[chain[0]->selector].inData());
-            EXPECT_EQ(currentSuites(), &chain[0]->context->suites);
+            ASSERT_EQ(currentScope, chain.back());
+            EXPECT_EQ(currentInData(), hosts[currentScope->selector].inData());
+            EXPECT_EQ(currentSuites(), &currentScope->context->suites);
             std::erase(chain, scopes[leaving].get());
             scopes[leaving].reset();
         }
@@ -82,25 +75,13 @@ TEST_F(Support, AScopeWithoutContextHidesTheOuterHeap) {
         memory::setHandlesLeft(hasRecord ? 0 : memory::noLimit);
         const CommandScope scope(1, 0, hasRecord ? host.inData() : nullptr);
         memory::setHandlesLeft(memory::noLimit);
-        EXPECT_EQ(currentInData(), nullptr);
-        EXPECT_EQ(currentSuites(), nullptr);
-        EXPECT_EQ(allocate(8), nullptr);
-        EXPECT_EQ(allocateAligned(8, 16), nullptr);
+        EXPECT_TRUE(currentInData() == nullptr && currentSuites() == nullptr);
+        EXPECT_TRUE(allocate(8) == nullptr && allocateAligned(8, 16) == nullptr);
         EXPECT_EQ(handleSize(handleOf(outer)), 0);
         release(outer); // stays: the release below must find it alive
     }
     EXPECT_EQ(currentInData(), host.inData());
     release(outer);
-}
-
-TEST(SuiteTables, EachPairOfNameAndVersionHasOneSlot) {
-    std::set<std::pair<std::string, int>> pairs;
-    for (const SuiteSlot& slot : suiteSlots)
-        EXPECT_TRUE(slot.name == nullptr || pairs.emplace(slot.name, slot.version).second)
-            << slot.name << slot.version;
-    EXPECT_EQ(pairs.size(), 99U);
-    EXPECT_EQ(suiteSlotIndex("AEGP Utility Suite", 11), 109U); // the last one
-    EXPECT_EQ(suiteSlotIndex("PF World Suite", 2), suiteSlotCount);
 }
 
 TEST(SuiteTables, LendOnceAndGiveBackUnderTheSamePair) {
@@ -117,19 +98,18 @@ TEST(SuiteTables, LendOnceAndGiveBackUnderTheSamePair) {
                         table.interfaceSuite1(),     table.streamSuite9(), table.utilitySuite11(),
                         table.paramUtilsSuite1(),    table.worldSuite1()};
     }
-    const std::vector<std::pair<std::string, int>> reached = {
-        {"AEGP Dynamic Stream Suite", 5}, {"AEGP Effect Suite", 3}, {"AEGP Keyframe Suite", 4},
-        {"AEGP PF Interface Suite", 1},   {"AEGP Stream Suite", 9}, {"AEGP Utility Suite", 11},
-        {"PF Param Utils Suite", 1},      {"PF World Suite", 1},
-    };
     const std::vector<suites::Loan> loans = suites::loans();
-    ASSERT_EQ(loans.size(), reached.size());
-    for (std::size_t i = 0; i < reached.size(); ++i) {
-        const auto& [name, version] = reached[i];
-        EXPECT_EQ(std::pair(loans[i].name, loans[i].version), reached[i]);
-        EXPECT_EQ(borrowed[i], &suiteSlots[suiteSlotIndex(name, version)]) << name;
-        EXPECT_EQ(std::pair(loans[i].lent, loans[i].returned), std::pair(1UL, 1UL)) << name;
+    ASSERT_EQ(loans.size(), borrowed.size());
+    std::string lent;
+    for (std::size_t i = 0; i < loans.size(); ++i) {
+        const suites::Loan& loan = loans[i];
+        lent += loan.name + " " + std::to_string(loan.version) + "|";
+        EXPECT_EQ(borrowed[i], &suiteSlots[suiteSlotIndex(loan.name, loan.version)]) << lent;
+        EXPECT_EQ(std::pair(loan.lent, loan.returned), std::pair(1UL, 1UL)) << lent;
     }
+    EXPECT_EQ(lent, "AEGP Dynamic Stream Suite 5|AEGP Effect Suite 3|AEGP Keyframe Suite 4|"
+                    "AEGP PF Interface Suite 1|AEGP Stream Suite 9|AEGP Utility Suite 11|"
+                    "PF Param Utils Suite 1|PF World Suite 1|");
     EXPECT_EQ(suites::takeFaults(), std::vector<std::string>());
     suites::withdrawAll();
 }
@@ -151,42 +131,31 @@ TEST(SuiteTables, AMissingSuiteEndsTheCommandAndTheOthersGoBack) {
     EXPECT_EQ(std::pair(stream.lent, stream.returned), std::pair(2UL, 2UL)) << stream.name;
     EXPECT_EQ(suites::takeFaults(), std::vector<std::string>());
     suites::withdrawAll();
-
-    hostkit::Host bare;
-    bare.inData()->pica_basicP = nullptr;
-    EXPECT_EQ(thrownBy([&] { CommandScope(1, 0, bare.inData()); }), 516);
-    EXPECT_EQ(currentScope, nullptr);
-    EXPECT_EQ(memory::liveHandles(), 0U);
 }
 
 TEST(Heap, TalksToTheHostOfTheRunningCommand) {
     EXPECT_EQ(allocate(1), nullptr) << "no command runs";
-    hostkit::Host first;
-    auto scope = std::make_unique<CommandScope>(1, 0, first.inData());
+    hostkit::Host host;
+    auto scope = std::make_unique<CommandScope>(1, 0, host.inData());
     void* block = allocate(0);
     ASSERT_NE(block, nullptr);
-    EXPECT_EQ(handleSize(handleOf(block)), std::int64_t{sizeof(void*)});
-    EXPECT_EQ(*handleOf(block), static_cast<void**>(block) - 1);
     scope.reset();
     release(block); // nobody to give it to
     EXPECT_EQ(memory::liveHandles(), 1U);
 
+    heard.clear();
     PF_UtilCallbacks utils = memory::callbacks();
     utils.host_unlock_handle = [](PF_Handle) { heard += "unlock "; };
     utils.host_dispose_handle = [](PF_Handle handle) {
         heard += "dispose ";
         memory::callbacks().host_dispose_handle(handle);
     };
-    hostkit::Host second;
-    second.inData()->utils = &utils;
-    scope = std::make_unique<CommandScope>(2, 0, second.inData());
-    heard.clear();
+    host.inData()->utils = &utils;
+    scope = std::make_unique<CommandScope>(2, 0, host.inData());
     release(nullptr);
-    EXPECT_EQ(heard, "");
     release(block);
     EXPECT_EQ(heard, "unlock dispose ");
     scope.reset();
-    EXPECT_EQ(heard, "unlock dispose dispose ") << "the context goes while it is locked";
     EXPECT_EQ(memory::liveHandles(), 0U);
     EXPECT_EQ(memory::takeFaults(), std::vector<std::string>());
 }
@@ -232,66 +201,45 @@ TEST_F(Support, LackOfMemoryEndsTheCommandAndLeavesNothing) {
 
 TEST_F(Support, TextsAreDividedAndJoined) {
     const std::array<const char*, 3> splits[] = {
-        {"a,b", ",", "a|b"}, {",a", ",", "|a"},   {"a,", ",", "a|"},
-        {"", ",", ""},       {",,", ",", "||"},   {"abc", ",", "abc"},
-        {"abc", "", "abc"},  {"---", "--", "|-"}, {"a--b-c", "--", "a|b-c"},
-    };
+        {",a,", ",", "|a|"}, {"", ",", ""}, {"abc", "", "abc"}, {"a---b-c", "--", "a|-b-c"}};
     for (const auto& [text, delimiter, joined] : splits) {
         const JstArray pieces = JstString(text).split(delimiter);
         EXPECT_EQ(pieces.join("|").text(), joined);
         EXPECT_EQ(pieces.join(delimiter).text(), text);
     }
     EXPECT_EQ(JstString("").split(",").size(), 1U);
-    const std::tuple<std::uint32_t, std::uint32_t, const char*> parts[] = {
-        {2, 0, "cd"}, {3, 2, ""},     {0, 0, "abcd"},      {1, 3, "bc"},
-        {4, 0, ""},   {1, 99, "bcd"}, {99, UINT32_MAX, ""}};
-    for (const auto& [from, to, part] : parts)
-        EXPECT_EQ(JstString("ab").append("cd").substring(from, to).text(), part) << from;
     JstArray texts;
     texts.push("an element that its own array takes in once more");
     for (int i = 0; i < 9; ++i) // grows under the argument's feet
         texts.push(texts[0]);
     EXPECT_EQ(texts[9].text(), texts[0].text());
-    EXPECT_EQ(std::pair(texts.type(), texts[0].type()), std::pair(1, 3));
 }
 
 TEST_F(Support, TextIsConvertedAndReadsNoFurtherThanItsEnd) {
-    const std::pair<std::string, std::u16string> toUtf16[] = {
+    const std::pair<std::string, std::u16string> bothWays[] = {
         {"a\0b"s, u"a\0b"s},
         {"\xc2\x80\xdf\xbf\xe0\xa0\x80\xef\xbf\xbf", u"\x80\x7ff\x800\xffff"},
         {"\xf0\x90\x80\x80\xf4\x8f\xbf\xbf", u"\xd800\xdc00\xdbff\xdfff"},
-        {"a\x80\xbfz\xfe\xff!", u"az!"}, // none of these begins a sequence
-        {"a\xc3", u"a"},                 // cut off
-        {"\xf0\x9fz", u"z"},
-        {"\xfd\xbf\xbf\xbf\xbf", u""},
-        {"\xc3z", u"\xfa"},                            // what follows is taken as it comes
-        {"\xf8\x88\x80\x80\x80", u"\xdfc0\xdc00"},     // 5 bytes for 2 to the power of 21
-        {"\xfc\x84\x80\x80\x80\x80", u"\xd7c0\xdc00"}, // 6 bytes for 2 to the power of 26
     };
-    for (const auto& [narrow, wide] : toUtf16) {
-        // On the heap and full to the last byte, so that AddressSanitizer sees one read too many.
-        const std::vector<char> bytes(narrow.begin(), narrow.end());
-        EXPECT_EQ(std::u16string_view(toWide({bytes.data(), bytes.size()})), wide) << narrow;
+    for (const auto& [narrow, wide] : bothWays) {
+        EXPECT_EQ(std::u16string_view(toWide(narrow)), wide) << narrow;
+        EXPECT_EQ(std::string_view(toNarrow(wide)), narrow);
     }
-    const std::pair<std::u16string, std::string> toUtf8[] = {
-        {u"a\0\x80\x7ff\x800\xffff"s, "a\0\xc2\x80\xdf\xbf\xe0\xa0\x80\xef\xbf\xbf"s},
-        {u"\xd800\xdc00\xdbff\xdfff", "\xf0\x90\x80\x80\xf4\x8f\xbf\xbf"},
-        {u"\xd83dz!", "\xf0\x91\xa1\xba!"}, // the next unit is the second half, whatever it is
-        {u"\xdc00\x61", "\xf4\x82\x91\xa1"},
-        {u"a\xd83d", "a\xf0\x91\xa0\x80"},
+    // On the heap and full to the last unit, so that AddressSanitizer sees one read too many.
+    const std::pair<std::vector<char>, std::u16string> toUtf16[] = {
+        {{'a', '\x80', '\xbf', 'z', '\xfe', '!'}, u"az!"}, // none of these begins a sequence
+        {{'a', '\xc3'}, u"a"},                             // cut off
+        {{'\xc3', 'z'}, u"\xfa"},                          // taken as it comes
+        {{'\xf8', '\x88', '\x80', '\x80', '\x80'}, u"\xdfc0\xdc00"}, // 2 to the power of 21
     };
-    for (const auto& [wide, narrow] : toUtf8) {
-        const std::vector<char16_t> units(wide.begin(), wide.end());
+    for (const auto& [bytes, wide] : toUtf16)
+        EXPECT_EQ(std::u16string_view(toWide({bytes.data(), bytes.size()})), wide);
+    const std::pair<std::vector<char16_t>, std::string> toUtf8[] = {
+        {{u'\xd83d', 'z', '!'}, "\xf0\x91\xa1\xba!"}, // the next unit is the second half, anyway
+        {{'a', u'\xd83d'}, "a\xf0\x91\xa0\x80"},
+    };
+    for (const auto& [units, narrow] : toUtf8)
         EXPECT_EQ(std::string_view(toNarrow({units.data(), units.size()})), narrow);
-    }
-    for (int bits = 0; bits < 31; ++bits)
-        for (const std::uint32_t code : {1U << bits, (2U << bits) - 1}) {
-            std::array<char, 7> bytes{};
-            const int length = bits < 7 ? 1 : bits < 11 ? 2 : (bits - 1) / 5 + 1;
-            EXPECT_EQ(utf8Encode(code, nullptr), length) << code;
-            EXPECT_EQ(utf8Encode(code, bytes.data()), length);
-            EXPECT_EQ(utf8Decode(bytes.data()), code);
-        }
 }
 
 TEST(Reports, ReachTheHandlerOfTheirChannel) {
@@ -317,35 +265,24 @@ TEST(Reports, DebugOutputIsCutAndOnlyThereWhenWanted) {
     };
     EXPECT_EQ(printed("1", longest.c_str(), ""), longest);
     EXPECT_EQ(printed("1", (longest + "x").c_str(), ""), "_printf error ;Message too large\n");
-    EXPECT_EQ(printed("1", "%s%s", longest.c_str(), "yz"), longest);
-    EXPECT_EQ(printed("1", "%d \xc3\xa9 %s", 7, "100%"), "7 \xc3\xa9 100%");
     EXPECT_EQ(printed("", "%d", 7), "");
 }
 
 TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {
-    using Int = std::numeric_limits<std::int32_t>;
+    constexpr std::int32_t largestInteger = std::numeric_limits<std::int32_t>::max();
     constexpr float largest = std::numeric_limits<float>::max();
     const CommaLocale locale;
-    const auto scan = [](const char* text, auto scanNumber, auto value) { // value and what is left
-        const char* at = text;
-        const bool isFound = scanNumber(at, value);
-        EXPECT_EQ(isFound, at != text) << text;
-        return std::pair(value, std::string(at));
+    const auto scan = [](const char* text, auto scanNumber, auto value) {
+        const bool isFound = scanNumber(text, value);
+        return std::tuple(isFound, value, std::string(text)); // with what is left
     };
-    EXPECT_EQ(scan(" \t\n-12,5", scanInteger, 3), std::pair(-12, ",5"s));
-    EXPECT_EQ(scan("2147483648", scanInteger, 3), std::pair(Int::max(), ""s));
-    EXPECT_EQ(scan("-99999999999999999999x", scanInteger, 3), std::pair(Int::min(), "x"s));
-    EXPECT_EQ(scan(" -", scanInteger, 3), std::pair(3, " -"s));
-    EXPECT_EQ(scan(" -1.5e1,5", scanFloat, 3.0F), std::pair(-15.0F, ",5"s));
-    EXPECT_EQ(scan("-1e99", scanFloat, 3.0F), std::pair(-largest, ""s));
-    EXPECT_EQ(scan("1e-99", scanFloat, 3.0F), std::pair(0.0F, ""s));
-    EXPECT_EQ(scan(",5", scanFloat, 3.0F), std::pair(3.0F, ",5"s));
-    EXPECT_EQ(leadingInteger("12.9"), 12);
-    EXPECT_EQ(leadingInteger("2147483648", true), Int::min());
-    EXPECT_EQ(leadingInteger("99999999999999999999"), Int::max());
-    EXPECT_EQ(leadingInteger("x1"), 0);
-    EXPECT_EQ(leadingFloat("1.5e3"), 1.5F);
-    EXPECT_EQ(leadingFloat("1" + std::string(99, '0') + ".5"), largest);
+    EXPECT_EQ(scan(" \t\n-12,5", scanInteger, 3), std::tuple(true, -12, ",5"s));
+    EXPECT_EQ(scan("2147483648x", scanInteger, 3), std::tuple(true, largestInteger, "x"s));
+    EXPECT_EQ(scan(" -", scanInteger, 3), std::tuple(false, 3, " -"s));
+    EXPECT_EQ(scan(" -1.5e1,5", scanFloat, 3.0F), std::tuple(true, -15.0F, ",5"s));
+    EXPECT_EQ(scan("-1e99", scanFloat, 3.0F), std::tuple(true, -largest, ""s));
+    EXPECT_EQ(scan(",5", scanFloat, 3.0F), std::tuple(false, 3.0F, ",5"s));
+    EXPECT_EQ(leadingInteger("2147483648", true), -largestInteger - 1);
+    EXPECT_EQ(leadingInteger("99999999999999999999"), largestInteger);
     EXPECT_EQ(leadingFloat("0." + std::string(99, '0') + "1"), 0.0F);
-    EXPECT_EQ(leadingFloat(".x"), 0.0F);
 }

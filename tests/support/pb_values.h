@@ -1,8 +1,10 @@
-// Values to compare with: the components that a test names, everything behind them zero.
+// What a test compares a model with: values of the components that it names, everything behind them
+// zero, and names in one text.
 #pragma once
 
 #include <algorithm>
 #include <initializer_list>
+#include <string>
 
 #include "pixelbender/model.h"
 
@@ -27,4 +29,12 @@ inline pbValue bools(std::initializer_list<int> components) {
 // All sixteen slots, bit for bit.
 inline bool operator==(const pbValue& a, const pbValue& b) {
     return a.ints == b.ints;
+}
+
+// The names, with '|' in between.
+inline std::string joined(std::initializer_list<pbName> names) {
+    std::string text;
+    for (const pbName& name : names)
+        text.append(&name == names.begin() ? "" : "|").append(nameText(name));
+    return text;
 }
