@@ -2,7 +2,8 @@
 
 #include <GL/glew.h>
 
-#include "hostkit/memory.h"
+#include <sstream>
+
 #include "tests/support/engine_fixture.h"
 
 namespace {
@@ -24,29 +25,36 @@ public:
     }
     Document& node(const std::string& id, const std::string& kernelName,
                    const std::string& evaluateParameters = "") {
-        return add("<node id='" + id + "' name='" + kernelName + "'><evaluateParameters><![CDATA[" +
-                   evaluateParameters + "]]></evaluateParameters></node>");
+        return add("<node id='" + id + "' name='" + kernelName + "'><evaluateParameters>" +
+                   evaluateParameters + "</evaluateParameters></node>");
     }
-    // From an image when the source begins with '@'.
-    Document& connect(const std::string& from, const std::string& to, const std::string& input) {
-        return add("<connect " + source(from) + " toNode='" + to + "' toInput='" + input + "'/>");
-    }
-    Document& output(const std::string& from) {
-        return add("<connect " + source(from) + " toImage='result'/>");
+    // "id.a=source", "id.b=source" and "=source" for the output, with blanks between; "in" is the
+    // image.
+    Document& wire(const std::string& wires) {
+        std::istringstream words(wires);
+        for (std::string word; words >> word;) {
+            const std::size_t equals = word.find('=');
+            const std::string source = word.substr(equals + 1);
+            const std::string from =
+                source == "in" ? "fromImage='in'" : "fromNode='" + source + "' fromOutput='dst'";
+            const std::string to = equals == 0
+                                       ? "toImage='result'"
+                                       : "toNode='" + word.substr(0, equals - 2) + "' toInput='" +
+                                             word.substr(equals - 1, 1) + "'";
+            add("<connect " + from + " " + to + "/>");
+        }
+        return *this;
     }
     std::string text() const {
         return "<graph name='g'><inputImage type='image4' name='in'/>" + text_ + "</graph>";
     }
 
 private:
-    static std::string source(const std::string& from) {
-        return from[0] == '@' ? "fromImage='" + from.substr(1) + "'"
-                              : "fromNode='" + from + "' fromOutput='dst'";
-    }
-
     std::string text_;
 };
 
+const std::string addBody =
+    "dst = sampleNearest(a, outCoord()) + 2.0 * sampleNearest(b, outCoord());";
 const std::string copyBody = "dst = sampleNearest(a, outCoord());";
 
 class Graph : public EngineTest {
@@ -76,22 +84,14 @@ protected:
 TEST_F(Graph, ChainEqualsTheKernelsInTurn) {
     const std::string grow = "dst = sample(a, outCoord()) * 3.7 - 1.3;";
     const std::string bend = "pixel4 p = sample(a, outCoord()); dst = p * p + 0.1;";
-    const auto graph = fileGraph(Document()
-                                     .kernel("grow", "a", grow)
-                                     .kernel("bend", "a", bend)
-                                     .node("first", "grow")
-                                     .node("second", "bend")
-                                     .connect("@in", "first", "a")
-                                     .connect("first", "second", "a")
-                                     .output("second")
-                                     .text());
+    Document document;
+    document.kernel("grow", "a", grow).kernel("bend", "a", bend);
+    document.node("first", "grow").node("second", "bend");
+    const auto graph = fileGraph(document.wire("first.a=in second.a=first =second").text());
     const HostImage whole = render(*graph);
-    const auto growKernel = kernelGraph("kernel g {input image4 a; output pixel4 dst; "
-                                        "void evaluatePixel() {" +
-                                        grow + "}}");
-    const auto bendKernel = kernelGraph("kernel b {input image4 a; output pixel4 dst; "
-                                        "void evaluatePixel() {" +
-                                        bend + "}}");
+    const std::string head = "kernel k {input image4 a; output pixel4 dst; void evaluatePixel() {";
+    const auto growKernel = kernelGraph(head + grow + "}}");
+    const auto bendKernel = kernelGraph(head + bend + "}}");
     std::vector<HostImage> step{render(*growKernel)};
     const HostImage steps = renderImages(*bendKernel, step);
     EXPECT_EQ(largestError(whole, [&](unsigned x, unsigned y) { return steps.at(x, y); }), 0);
@@ -105,76 +105,53 @@ TEST_F(Graph, ChainEqualsTheKernelsInTurn) {
     EXPECT_EQ(info() + log(), "");
 }
 
-// Both branches read the same node; it and everything else is drawn once in a frame.
+// Both inputs read the same node; it and everything else is drawn once in a frame, and what the
+// output does not need is not drawn. The second connection to the output counts.
 TEST_F(Graph, DrawsANodeOnceHoweverManyReadIt) {
-    const auto graph = fileGraph(Document()
-                                     .kernel("copy", "a", copyBody)
-                                     .kernel("add", "ab",
-                                             "dst = sampleNearest(a, outCoord()) + "
-                                             "2.0 * sampleNearest(b, outCoord());")
-                                     .node("idle", "copy")
-                                     .node("n", "copy")
-                                     .node("sum", "add")
-                                     .connect("@in", "n", "a")
-                                     .connect("@in", "idle", "a")
-                                     .connect("n", "sum", "a")
-                                     .connect("n", "sum", "b")
-                                     .output("n")
-                                     .output("sum")
-                                     .text());
+    Document document;
+    document.kernel("copy", "a", copyBody).kernel("add", "ab", addBody);
+    document.node("idle", "copy").node("n", "copy").node("sum", "add");
+    document.wire("n.a=in idle.a=in sum.a=n sum.b=n =n =sum");
+    const auto graph = fileGraph(document.text());
     EXPECT_EQ(drawnPixels(*graph), 2U * 16 * 9);
     const HostImage result = render(*graph);
-    EXPECT_LE(largestError(result,
-                           [](unsigned x, unsigned y) {
-                               Pixel p = testPattern(x, y);
-                               for (float& channel : p)
-                                   channel *= 3;
-                               return p;
-                           }),
-              1e-6F);
+    const auto expected = [](unsigned x, unsigned y) {
+        const Pixel p = testPattern(x, y);
+        return Pixel{3 * p[0], 3 * p[1], 3 * p[2], 3 * p[3]};
+    };
+    EXPECT_LE(largestError(result, expected), 1e-6F);
 }
 
 // evaluateParameters feeds two nodes from one parameter; its name may be as long as it likes.
 TEST_F(Graph, ParametersReachEveryNode) {
     const std::string name = "aParameterWithANameOfMoreThanThirtyOneBytes";
-    const auto graph = fileGraph(
-        Document()
-            .add("<parameter name='" + name +
-                 "' type='float'>"
-                 "<metadata name='defaultValue' value='1.5e1'/></parameter>"
-                 "<parameter name='_bias' type='float2'><metadata name='displayName' value='B'/>"
-                 "<metadata name='defaultValue' value='0.25, -2'/></parameter>")
-            .kernel("scale", "a", "dst = k * sampleNearest(a, outCoord()) + float4(o, o);",
-                    "parameter float k; parameter float2 o;")
-            .node("one", "scale",
+    Document document;
+    document.add("<parameter name='" + name + "' type='float'>");
+    document.add("<metadata name='defaultValue' value='1.5e1'/></parameter>");
+    document.add("<parameter name='_bias' type='float2'><metadata name='displayName' value='B'/>"
+                 "<metadata name='defaultValue' value='0.25, -2'/></parameter>");
+    document.kernel("scale", "a", "dst = k * sampleNearest(a, outCoord()) + float4(o, o);",
+                    "parameter float k; parameter float2 o;");
+    document.node("one", "scale",
                   "void evaluateParameters() { one::k = " + name +
-                      " / 5.0; "
-                      "one::o = float2(0.0, 0.0); }")
-            .node("two", "scale", "void evaluateParameters() { two::k = 2.0; two::o = _bias; }")
-            .connect("@in", "one", "a")
-            .connect("one", "two", "a")
-            .output("two")
-            .text());
-    EXPECT_STREQ(graph->parameters[0]->parameter.displayName.data(),
-                 "aParameterWithANameOfMoreThanTh");
+                      " / 5.0; one::o = float2(0.0); }");
+    document.node("two", "scale", "void evaluateParameters() { two::k = 2.0; two::o = _bias; }");
+    const auto graph = fileGraph(document.wire("one.a=in two.a=one =two").text());
+    EXPECT_STREQ(graph->parameters[0]->parameter.displayName.data(), name.substr(0, 31).c_str());
     EXPECT_STREQ(graph->parameters[1]->parameter.displayName.data(), "B");
     EXPECT_STREQ(graph->parameters[1]->parameter.name.data(), "_tveg_bias");
     const HostImage result = render(*graph);
-    EXPECT_LE(largestError(
-                  result,
-                  [](unsigned x, unsigned y) {
-                      const Pixel p = testPattern(x, y);
-                      return Pixel{6 * p[0] + 0.25F, 6 * p[1] - 2, 6 * p[2] + 0.25F, 6 * p[3] - 2};
-                  }),
-              1e-5F)
-        << log();
+    const auto expected = [](unsigned x, unsigned y) {
+        const Pixel p = testPattern(x, y);
+        return Pixel{6 * p[0] + 0.25F, 6 * p[1] - 2, 6 * p[2] + 0.25F, 6 * p[3] - 2};
+    };
+    EXPECT_LE(largestError(result, expected), 1e-5F) << log();
 }
 
 // The input's image goes straight out when a connection says so. The texture has the frame's size,
 // which may exceed the output's: nothing outside the output may be written.
 TEST_F(Graph, AnImageAsOutputStaysInsideTheOutput) {
-    const auto graph = fileGraph(Document().output("@in").text());
-    ASSERT_TRUE(isRunnable(*graph));
+    const auto graph = fileGraph(Document().wire("=in").text());
     for (const unsigned depth : {1U, 2U, 4U}) {
         HostImage image(20, 30, depth, input);
         HostImage output(7, 5, depth);
@@ -184,148 +161,81 @@ TEST_F(Graph, AnImageAsOutputStaysInsideTheOutput) {
         frame.images[0] = image.slot(0);
         renderFrame(*graph, frame, output);
         // This road reads the four channels back in the opposite order.
-        EXPECT_LE(largestError(output,
-                               [](unsigned x, unsigned y) {
-                                   const Pixel p = testPattern(x, y);
-                                   return Pixel{p[1], p[0], p[3], p[2]};
-                               }),
-                  depth == 2 ? 1.01F / 32768 : 0)
-            << depth;
+        const auto reversed = [](unsigned x, unsigned y) {
+            const Pixel p = testPattern(x, y);
+            return Pixel{p[1], p[0], p[3], p[2]};
+        };
+        EXPECT_LE(largestError(output, reversed), depth == 2 ? 1.01F / 32768 : 0) << depth;
     }
 }
 
 // What nothing feeds is transparent, and never followed; what cannot be resolved is passed over.
 TEST_F(Graph, OpenInputsAreTransparent) {
-    const auto graph = fileGraph(Document()
-                                     .kernel("add", "ab",
-                                             "dst = sample(a, outCoord()) + "
-                                             "sample(b, outCoord() * 0.5) + 0.125;")
-                                     .node("n", "add")
-                                     .connect("nobody", "n", "a")
-                                     .connect("@in", "n", "nothing")
-                                     .connect("@in", "nobody", "a")
-                                     .output("n")
-                                     .text());
+    Document document;
+    document.kernel("add", "ab", addBody + "dst += 0.125;").node("n", "add");
+    const auto graph = fileGraph(document.wire("n.a=nobody n.x=in nobody.a=in =n").text());
     ASSERT_TRUE(isRunnable(*graph));
     const HostImage result = render(*graph);
-    EXPECT_EQ(largestError(result,
-                           [](unsigned, unsigned) {
-                               return Pixel{0.125F, 0.125F, 0.125F, 0.125F};
-                           }),
-              0);
+    const auto expected = [](unsigned, unsigned) { return Pixel{0.125F, 0.125F, 0.125F, 0.125F}; };
+    EXPECT_EQ(largestError(result, expected), 0);
 }
 
 TEST_F(Graph, RefusesWhatCannotRun) {
-    const std::string add = "dst = sample(a, outCoord()) + sample(b, outCoord());";
     const std::string cycle = "Cyclick Dependency detected.\ng\n";
-    const auto nodes =
-        Document().kernel("add", "ab", add).node("x", "add").node("y", "add").node("z", "add");
     struct Case {
-        const char* what;
-        std::string text;
+        const char* wires;
         std::string told;
         bool isRunnable;
     };
     const std::vector<Case> cases = {
-        {"no output", Document(nodes).text(), "No output node.\ng\n", false},
-        {"output from nowhere", Document(nodes).output("nobody").text(), "", false},
-        {"itself", Document(nodes).connect("x", "x", "b").output("x").text(), cycle, false},
-        {"through others",
-         Document(nodes).connect("x", "y", "a").connect("y", "x", "b").output("x").text(), cycle,
-         false},
-        {"a cycle behind the output",
-         Document(nodes)
-             .connect("x", "y", "a")
-             .connect("y", "x", "b")
-             .connect("x", "z", "a")
-             .output("z")
-             .text(),
-         cycle, false},
-        {"a cycle elsewhere",
-         Document(nodes).connect("x", "y", "a").connect("y", "x", "b").output("z").text(), "",
-         true},
-        {"too many inputs",
-         Document()
-             .kernel("many", "abcdefghi", "dst = float4(0.0);")
-             .node("n", "many")
-             .output("n")
-             .text(),
-         "Too many inputs.\ng\n", false},
-        {"no graph", "<notagraph/>", "No output node.\n\n", false},
+        {"x.a=in", "No output node.\ng\n", false},
+        {"=nobody", "", false},
+        {"x.b=x =x", cycle, false},
+        {"y.a=x x.b=y =x", cycle, false},
+        {"y.a=x x.b=y z.a=x =z", cycle, false}, // behind the output
+        {"y.a=x x.b=y =z", "", true},           // nowhere near it
+        {"=many", "Too many inputs.\ng\n", false},
     };
     std::string before;
     for (const Case& c : cases) {
-        const auto graph = fileGraph(c.text);
-        EXPECT_EQ(isRunnable(*graph), c.isRunnable) << c.what;
-        EXPECT_EQ(info().substr(before.size()), c.told) << c.what;
+        Document document;
+        document.kernel("add", "ab", addBody).node("x", "add").node("y", "add").node("z", "add");
+        if (c.told.starts_with("Too many"))
+            document.kernel("nine", "abcdefghi", "dst = float4(0.0);").node("many", "nine");
+        const auto graph = fileGraph(document.wire(c.wires).text());
+        EXPECT_EQ(isRunnable(*graph), c.isRunnable) << c.wires;
+        EXPECT_EQ(info().substr(before.size()), c.told) << c.wires;
         before = info();
     }
 }
 
 // Each node reads the one before it twice: a second look at any would never end.
 TEST_F(Graph, LaddersAndLongChainsRunAtOnce) {
-    Document ladder;
-    ladder.kernel("half", "ab",
-                  "dst = 0.5 * (sampleNearest(a, outCoord()) + "
-                  "sampleNearest(b, outCoord()));");
-    ladder.node("n0", "half").connect("@in", "n0", "a").connect("@in", "n0", "b");
-    for (int i = 1; i < 40; ++i) {
-        const std::string id = "n" + std::to_string(i);
-        const std::string last = "n" + std::to_string(i - 1);
-        ladder.node(id, "half").connect(last, id, "a").connect(last, id, "b");
+    for (const int length : {40, 1000}) {
+        const std::string kernel = length == 40 ? "half" : "copy";
+        Document document;
+        document.kernel("half", "ab", addBody + "dst *= 1.0 / 3.0;").kernel("copy", "a", copyBody);
+        std::string last = "in";
+        for (int i = 0; i < length; ++i) {
+            const std::string id = "n" + std::to_string(i);
+            document.node(id, kernel).wire(id + ".a=" + last + " " + id + ".b=" + last);
+            last = id;
+        }
+        const auto graph = fileGraph(document.wire("=" + last).text());
+        EXPECT_EQ(drawnPixels(*graph), static_cast<GLuint>(length) * 16 * 9);
+        const HostImage result = render(*graph);
+        EXPECT_LE(largestError(result, input), 1e-5F) << length;
     }
-    const auto graph = fileGraph(ladder.output("n39").text());
-    const HostImage result = render(*graph);
-    EXPECT_EQ(largestError(result, input), 0);
-
-    Document chain;
-    chain.kernel("copy", "a", copyBody).node("n0", "copy").connect("@in", "n0", "a");
-    for (int i = 1; i < 1000; ++i)
-        chain.node("n" + std::to_string(i), "copy")
-            .connect("n" + std::to_string(i - 1), "n" + std::to_string(i), "a");
-    const auto longGraph = fileGraph(chain.output("n999").text());
-    EXPECT_EQ(drawnPixels(*longGraph), 1000U * 16 * 9);
-}
-
-// A node without its kernel tells so by a program that fails, and the rest of the graph runs.
-TEST_F(Graph, ANodeWithoutAKernelLeavesTheGraphRunning) {
-    const auto graph = fileGraph(Document()
-                                     .kernel("copy", "a", copyBody)
-                                     .node("lost", "missing")
-                                     .node("n", "copy")
-                                     .connect("@in", "n", "a")
-                                     .output("n")
-                                     .text());
-    ASSERT_TRUE(isRunnable(*graph));
-    EXPECT_TRUE(graph->nodes[1]->connections.empty());
-    const HostImage result = render(*graph);
-    EXPECT_EQ(largestError(result, input), 0);
 }
 
 // At whichever allocation the host's memory ends, the command ends with its code and nothing is
 // kept.
 TEST_F(Graph, RunsOutOfMemoryInAnOrderlyWay) {
-    const std::string text = Document()
-                                 .add("<parameter name='aLongNameForAParameter' type='float'/>")
-                                 .kernel("copy", "a", copyBody)
-                                 .node("n", "copy")
-                                 .connect("@in", "n", "a")
-                                 .output("n")
-                                 .text();
-    const std::size_t live = hostkit::memory::liveHandles();
-    bool isBuilt = false;
-    for (std::uint64_t count = 0; !isBuilt; ++count) {
-        ASSERT_LT(count, 2000U);
-        hostkit::memory::setHandlesLeft(count);
-        try {
-            fileGraph(text);
-            isBuilt = true;
-        } catch (long code) {
-            EXPECT_EQ(code, 4);
-        }
-        hostkit::memory::setHandlesLeft(hostkit::memory::noLimit);
-        ASSERT_EQ(hostkit::memory::liveHandles(), live) << count;
-    }
+    Document document;
+    document.add("<parameter name='aLongNameForAParameter' type='float'/>");
+    document.kernel("copy", "a", copyBody).node("n", "copy");
+    const std::string text = document.wire("n.a=in =n").text();
+    EXPECT_GT(failEveryAllocation([&] { fileGraph(text); }), 20U);
 }
 
 } // namespace
