@@ -122,7 +122,7 @@ Selection selectChannels(const OIIO::ImageSpec& spec) {
     return {0, 1, 2, spec.nchannels > 3 ? 3 : -1};
 }
 
-Depth depthOfFile(OIIO::TypeDesc type) {
+Depth depthOfFile(const OIIO::TypeDesc& type) {
     if (type.is_floating_point())
         return Depth::Bits32;
     return type.size() == 1 ? Depth::Bits8 : Depth::Bits16;
@@ -372,7 +372,7 @@ Picture readPicture(const fs::path& path, std::optional<Depth> wanted) {
     const Depth depth = wanted.value_or(depthOfFile(spec.channelformat(selection.red)));
     const Window data{spec.x, spec.y, spec.width, spec.height};
     const Window display = displayWindow(spec, input->format_name());
-    const unsigned channels = std::max(unsigned(selection.count()), channelsPerPixel);
+    const std::uint64_t channels = std::max(unsigned(selection.count()), channelsPerPixel);
     for (const Window& window : {data, display})
         if (!isSizeSane(window.width, window.height, channels * bytesPerChannel(depth)))
             failRead(path, "a picture of " + sizeText(window.width, window.height) +

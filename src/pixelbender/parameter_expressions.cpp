@@ -21,14 +21,14 @@ private:
 
 bool EvaluateParametersParaser::parse(ShaderReader& reader, std::int32_t, ShaderReader::TokenKind,
                                       ShaderReader::State state, std::string_view token) {
-    const bool isEnd = token == "}" && reader.braceDepth == 0;
-    // Blank lines and indentation by tabs shrink away.
-    const bool isDropped = text.ends_with('\n') && (token == "\t" || token == "\n");
-    if (isEnd)
+    if (token == "}" && reader.braceDepth == 0) {
         text += token;
-    else if (isDropped)
+        return true;
+    }
+    // Blank lines and indentation by tabs shrink away.
+    if (text.ends_with('\n') && (token == "\t" || token == "\n"))
         return false;
-    else if (token == nodeId && state == ShaderReader::Preprocessor)
+    if (token == nodeId && state == ShaderReader::Preprocessor)
         text += ' ';
     else if (token == nodeId) // the qualifier goes, and the name behind it stays as it is
         text += reader.readIdentifier(";");
@@ -36,7 +36,7 @@ bool EvaluateParametersParaser::parse(ShaderReader& reader, std::int32_t, Shader
         text += graphParameterName(token);
     else
         text += token;
-    return isEnd;
+    return false;
 }
 
 } // namespace
