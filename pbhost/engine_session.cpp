@@ -115,6 +115,7 @@ LoadedGraph loadGraph(const std::string& path) {
                 .append("\": the graph has no kernel \"")
                 .append(nameText(node.name))
                 .append("\"\n");
+    loaded.warnings += joined(reports.info());
     return loaded;
 }
 

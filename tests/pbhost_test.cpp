@@ -209,12 +209,14 @@ TEST_F(Pbhost, CopiesEveryValueAtEveryDepth) {
         {"copy.pbk", Depth::Bits8, "8.png", ""},
         {"copy.pbk", Depth::Bits16, "16.png", ""},
         {"copy.pbk", Depth::Bits32, "32.exr", ""},
-        {"half.pbg", Depth::Bits8, "half.png", "node \"b\": the graph has no kernel \"Lost\""},
+        {"half.pbg", Depth::Bits8, "half.png",
+         "node \"b\": the graph has no kernel \"Lost\"\n!!!b vertex shader failed to compile\n"},
     };
     for (const auto& [file, depth, name, note] : cases) {
         pbhost::writePicture(name, paint(depth));
         const Result result = render({file, {name}, "to" + name, {}, {}, {}});
         EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.err.empty(), note.empty()) << result.err;
         EXPECT_NE(result.err.find(note), std::string::npos) << result.err;
         EXPECT_EQ(readPicture("to" + name).depth, depth);
         EXPECT_EQ(readPicture("to" + name).pixels, paint(depth).pixels) << name;
