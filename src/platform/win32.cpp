@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -10,8 +9,9 @@
 #include <map>
 #include <string>
 
-#include <iconv.h>
 #include <sys/auxv.h>
+
+#include "platform/utf16.h"
 
 struct HWND__ {
     std::string className;
@@ -27,28 +27,6 @@ struct Desktop {
 Desktop& desktop() {
     static Desktop theDesktop;
     return theDesktop;
-}
-
-std::string toUtf8(LPCWSTR text) {
-    constexpr bool isLittle = std::endian::native == std::endian::little;
-    const iconv_t converter = iconv_open("UTF-8", isLittle ? "UTF-16LE" : "UTF-16BE");
-    if (converter == reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr)
-        return {};
-    std::u16string source = text;
-    std::string result(source.size() * 3, '\0'); // one unit takes up to three bytes
-    char* in = reinterpret_cast<char*>(source.data());
-    std::size_t inBytes = source.size() * sizeof(WCHAR);
-    char* out = result.data();
-    std::size_t outBytes = result.size();
-    while (iconv(converter, &in, &inBytes, &out, &outBytes) == static_cast<std::size_t>(-1)) {
-        in += sizeof(WCHAR); // half of a surrogate pair
-        inBytes -= sizeof(WCHAR);
-        *out++ = '?';
-        --outBytes;
-    }
-    iconv_close(converter);
-    result.resize(result.size() - outBytes);
-    return result;
 }
 
 } // namespace
@@ -124,6 +102,6 @@ void OutputDebugStringW(LPCWSTR text) {
     const char* wish = std::getenv("TVELMARONDINE_DEBUG");
     if (text == nullptr || wish == nullptr || *wish == '\0')
         return;
-    const std::string narrow = toUtf8(text);
+    const std::string narrow = platform::toUtf8(text).text;
     std::fwrite(narrow.data(), 1, narrow.size(), stderr);
 }

@@ -16,6 +16,10 @@ void* allocate(std::size_t size) {
     if (handle == nullptr)
         return nullptr;
     auto* block = static_cast<PF_Handle*>(inData->utils->host_lock_handle(handle));
+    if (block == nullptr) {
+        inData->utils->host_dispose_handle(handle);
+        return nullptr;
+    }
     *block = handle;
     return block + 1;
 }
@@ -31,6 +35,10 @@ void release(void* payload) {
 
 PF_Handle handleOf(const void* payload) {
     return static_cast<const PF_Handle*>(payload)[-1];
+}
+
+void* payloadOf(PF_Handle handle) {
+    return static_cast<PF_Handle*>(*handle) + 1;
 }
 
 std::int64_t handleSize(PF_Handle handle) {

@@ -2,16 +2,13 @@
 
 #include <array>
 #include <cstdarg>
-#include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "platform/win32.h"
+#include "support/message_text.h"
 #include "support/utf.h"
 
 namespace {
-
-constexpr std::size_t messageSize = 1024;
 
 std::array<ReportHandler, 3> handlers{};
 
@@ -22,17 +19,17 @@ bool isChannel(int channel) {
 } // namespace
 
 void _printf(const char* format, ...) {
-    if (std::strlen(format) >= messageSize) {
+    MessageText text;
+    std::va_list arguments;
+    va_start(arguments, format);
+    const bool isExpanded = expandMessage(text, format, arguments);
+    va_end(arguments);
+    if (!isExpanded) {
         _printf("_printf error ;Message too large\n");
         return;
     }
-    std::array<char, messageSize> buffer{};
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
-    va_end(arguments);
     std::u16string wide;
-    appendWide(buffer.data(), wide);
+    appendWide(text.data(), wide);
     OutputDebugStringW(wide.c_str());
 }
 

@@ -34,6 +34,14 @@ std::uint32_t utf8Decode(std::string_view text) {
     return code;
 }
 
+std::string_view utf8Prefix(std::string_view text, std::size_t bytes) {
+    if (text.size() <= bytes)
+        return text;
+    while (bytes > 0 && utf8SequenceLength(static_cast<unsigned char>(text[bytes])) == 0)
+        --bytes;
+    return text.substr(0, bytes);
+}
+
 int utf8Encode(std::uint32_t code, char* buffer) {
     if (code < 128) {
         if (buffer != nullptr)

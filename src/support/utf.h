@@ -21,6 +21,9 @@ int utf8SequenceLength(unsigned char byte);
 // The code point at the start of text; invalidCodePoint when no whole sequence stands there.
 std::uint32_t utf8Decode(std::string_view text);
 
+// The start of a text, at most that many bytes long, without a part of a character at its end.
+std::string_view utf8Prefix(std::string_view text, std::size_t bytes);
+
 // Writes 1 to 6 bytes and returns their number; with a null buffer it only counts.
 int utf8Encode(std::uint32_t code, char* buffer);
 

@@ -1,0 +1,163 @@
+// Files and folders by their path: small value classes that live on the stack of a command.
+//
+// A path is UTF-8 text and stays as it was given; it becomes UTF-16 only for a call to the system.
+// A File owns its stream. Nothing is reported: a failure is false, an empty text or an empty list.
+// Only a lack of memory leaves as the allocator throws it; the stream is closed even then.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <string_view>
+
+#include "platform/win32_files.h"
+#include "support/jst.h"
+#include "support/text.h"
+#include "support/utf.h"
+
+namespace _JST {
+
+// How a File is open, or was last tried: closed, 'r' to read, 'w' to write a new file, 'e' to read
+// and write an existing one, 'a' to append.
+enum StreamMode : std::int32_t {
+    StreamClosed = 0,
+    StreamRead = 1,
+    StreamWrite = 2,
+    StreamEdit = 3,
+    StreamAppend = 4
+};
+
+// StreamClosed for every other character.
+StreamMode streamModeOf(char character);
+
+// Null when the file can't be opened; the mode is not StreamClosed.
+std::FILE* openStream(std::string_view path, StreamMode mode);
+
+// The bytes between the stream's position and the end that the file's status tells, as far as 32
+// bits can count them. An endless device has none.
+std::uint32_t bytesLeft(std::FILE* stream, std::string_view path);
+
+// Calls `take` with the whole path of each file, or of each folder, that lies in the folder itself,
+// in the system's order. "." and ".." are left out.
+void forEachEntry(std::string_view folder, bool areFoldersWanted,
+                  const std::function<void(const NarrowString& path)>& take);
+
+template<template<class> class Allocator>
+class _FileSys : public Object {
+public:
+    // Whether the system has a file or a folder under this path.
+    virtual bool exists() const {
+        struct _stat64 status {};
+        return !path_.empty() && _wstat64(widePath().c_str(), &status) == 0;
+    }
+
+    String<Allocator> path() const { return String<Allocator>(std::string_view(path_)); }
+
+    // What stands behind the last "/" or "\", or the whole path.
+    String<Allocator> name() const {
+        const std::string_view path = path_;
+        return String<Allocator>(path.substr(path.find_last_of("/\\") + 1));
+    }
+
+protected:
+    explicit _FileSys(const String<Allocator>& path) : path_(path.text()) {}
+
+    WideString widePath() const { return toWide(path_); }
+
+    typename String<Allocator>::Text path_;
+};
+
+template<template<class> class Allocator>
+class File : public _FileSys<Allocator> {
+public:
+    explicit File(const String<Allocator>& path) : _FileSys<Allocator>(path) {}
+    ~File() override { close(); }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    int type() const override { return 4; }
+
+    // Takes 'r', 'w', 'e' or 'a'. An open stream is closed first, whatever comes then.
+    bool open(char character) {
+        close();
+        const StreamMode mode = streamModeOf(character);
+        if (this->path_.empty() || mode == StreamClosed)
+            return false;
+        mode_ = mode;
+        stream_ = openStream(this->path_, mode);
+        return stream_ != nullptr;
+    }
+
+    // False when the system could not write all that it had taken; closed it is in any case.
+    bool close() {
+        if (stream_ == nullptr)
+            return true;
+        const bool isWritten = std::fclose(stream_) == 0;
+        stream_ = nullptr;
+        mode_ = StreamClosed;
+        return isWritten;
+    }
+
+    // The next bytes, 0 meaning all the rest; the text ends at the first zero byte among them.
+    String<Allocator> read(std::uint32_t count) {
+        if (stream_ == nullptr)
+            return String<Allocator>();
+        if (count == 0)
+            count = bytesLeft(stream_, this->path_);
+        typename String<Allocator>::Text buffer(count, '\0');
+        buffer.resize(std::fread(buffer.data(), 1, count, stream_));
+        return String<Allocator>(buffer.c_str());
+    }
+
+    // False for an empty text too: nothing was written.
+    bool write(const String<Allocator>& text) {
+        if (stream_ == nullptr || mode_ == StreamRead)
+            return false;
+        return std::fwrite(text.text().data(), text.text().size(), 1, stream_) == 1;
+    }
+
+    // Deletes the file, but not an open one.
+    bool remove() {
+        if (stream_ != nullptr || this->path_.empty())
+            return false;
+        return DeleteFileW(this->widePath().c_str()) != FALSE;
+    }
+
+private:
+    StreamMode mode_ = StreamClosed;
+    std::FILE* stream_ = nullptr;
+};
+
+template<template<class> class Allocator>
+class Folder : public _FileSys<Allocator> {
+public:
+    explicit Folder(const String<Allocator>& path) : _FileSys<Allocator>(path) {}
+
+    int type() const override { return 5; }
+
+    // Makes this one folder, no parents.
+    bool create() {
+        return !this->path_.empty() && CreateDirectoryW(this->widePath().c_str(), nullptr) != FALSE;
+    }
+
+    // Removes an empty folder.
+    bool remove() {
+        return !this->path_.empty() && RemoveDirectoryW(this->widePath().c_str()) != FALSE;
+    }
+
+    // Whole paths, in the system's order. Empty for a folder that can't be read; an empty path
+    // means the root here, as the separator behind it says.
+    Array<Allocator> listFiles() const { return list(false); }
+    Array<Allocator> listFolders() const { return list(true); }
+
+private:
+    Array<Allocator> list(bool areFoldersWanted) const {
+        Array<Allocator> paths;
+        forEachEntry(this->path_, areFoldersWanted, [&](const NarrowString& path) {
+            paths.push(String<Allocator>(std::string_view(path)));
+        });
+        return paths;
+    }
+};
+
+} // namespace _JST

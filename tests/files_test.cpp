@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "support/files.h"
+#include "tests/support/running_command.h"
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+namespace {
+
+using File = _JST::File<aeAllocator>;
+using Folder = _JST::Folder<aeAllocator>;
+using Names = std::set<std::string>; // the system's order is nobody's business
+
+std::ptrdiff_t openDescriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+}
+
+// Each test works in a folder of its own, and leaves nothing open.
+class Files : public RunningCommand {
+protected:
+    Files() { EXPECT_NE(mkdtemp(root_.data()), nullptr); }
+    ~Files() override {
+        fs::remove_all(root_);
+        EXPECT_EQ(openDescriptors(), descriptorsBefore_);
+    }
+
+    std::string in(const std::string& name) const { return root_ + "/" + name; }
+
+    std::string put(const std::string& name, const std::string& bytes = "") const {
+        std::ofstream(in(name), std::ios::binary) << bytes;
+        return in(name);
+    }
+
+    static std::string readAll(const std::string& path) {
+        File file(path.c_str());
+        EXPECT_TRUE(file.open('r')) << path;
+        return std::string(file.read(0).text());
+    }
+
+    // The names in a list; each path must lead to its entry.
+    static Names namesIn(const _JST::Array<aeAllocator>& list) {
+        Names names;
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            EXPECT_TRUE(File(list[i]).exists()) << list[i].text();
+            names.insert(fs::path(list[i].text()).filename().string());
+        }
+        EXPECT_EQ(names.size(), list.size());
+        return names;
+    }
+
+    std::string root_ = (fs::temp_directory_path() / "files_test.XXXXXX").string();
+    std::ptrdiff_t descriptorsBefore_ = openDescriptors();
+};
+
+} // namespace
+
+TEST_F(Files, TheNameStandsBehindTheLaterSeparator) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""}, {"a.pbk", "a.pbk"}, {"C:\\a/b\\c", "c"}, {"/a\\b/c", "c"}, {"a/b\\", ""}};
+    for (const auto& [path, name] : cases) {
+        EXPECT_EQ(File(path).name().text(), name);
+        EXPECT_EQ(Folder(path).path().text(), path);
+    }
+}
+
+TEST_F(Files, ModesDoWhatTheySay) {
+    File file(in("log.txt").c_str());
+    EXPECT_FALSE(file.open('r') || file.open('e') || file.open('x') || file.exists());
+    EXPECT_TRUE(file.close() && file.read(3).text().empty() && !file.write("closed"));
+    EXPECT_TRUE(file.open('w') && file.write("one\r\ntwo\n"));
+    EXPECT_FALSE(file.write("") || file.remove());
+    EXPECT_TRUE(file.open('a') && file.write("three")); // closed, and so written, in between
+    EXPECT_EQ(file.read(0).text(), "") << "only for writing";
+    EXPECT_TRUE(file.open('e') && file.write("ONE"));
+    EXPECT_EQ(file.read(0).text(), "\r\ntwo\nthree");
+    EXPECT_TRUE(file.open('r') && !file.write("never"));
+    EXPECT_EQ(file.read(4).text(), "ONE\r");
+    EXPECT_EQ(file.read(0).text(), "\ntwo\nthree") << "the rest begins at the stream's position";
+    EXPECT_EQ(file.read(0).text() + file.read(9).text(), "");
+    EXPECT_TRUE(file.open('r') && file.read(1000).text() == "ONE\r\ntwo\nthree");
+    EXPECT_FALSE(file.open('?') || file.write("no stream any more"));
+    EXPECT_EQ(readAll(put("zero", "12345\0 789"s)), "12345") << "a text ends at a zero byte";
+    EXPECT_TRUE(file.open('w') && file.close() && fs::is_empty(in("log.txt")));
+    EXPECT_TRUE(file.remove() && !file.exists() && !file.remove());
+}
+
+TEST_F(Files, WhatIsNoFileOpensNothingAndNeverWaits) {
+    EXPECT_EQ(mkfifo(in("pipe").c_str(), 0600), 0);
+    for (const std::string& path : {""s, root_, in("pipe"), in("none/file")})
+        for (const char mode : "rewa")
+            EXPECT_FALSE(File(path.c_str()).open(mode)) << path << " " << mode;
+    EXPECT_FALSE(File(std::string(1U << 20, '\\').c_str()).exists()) << "no path is that long";
+    EXPECT_EQ(readAll("/dev/zero"), "") << "has no size, and no end either";
+    File full("/dev/full");
+    EXPECT_TRUE(full.open('w') && full.write("text"));
+    EXPECT_FALSE(full.close()) << "the stream could not write what it had taken";
+    EXPECT_TRUE(full.close());
+}
+
+TEST_F(Files, FoldersAreMadeAndRemovedOneByOne) {
+    Folder none("");
+    EXPECT_FALSE(none.create() || none.remove() || none.exists() || File("").remove());
+    Folder outer(in("a").c_str());
+    Folder inner((root_ + "\\a\\b").c_str()); // either separator will do
+    EXPECT_FALSE(inner.create() || outer.remove());
+    EXPECT_TRUE(outer.create() && inner.create() && fs::is_directory(in("a/b")));
+    EXPECT_FALSE(outer.create() || outer.remove() || File(in("a/b").c_str()).remove());
+    EXPECT_FALSE(Folder(put("file").c_str()).remove());
+    EXPECT_TRUE(inner.remove() && outer.remove() && !outer.exists());
+}
+
+TEST_F(Files, AFolderListsAllThatCanBeNamed) {
+    const std::string folder = "\xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x8e\xa8";
+    EXPECT_TRUE(Folder(in(folder).c_str()).create() && fs::is_directory(in(folder)));
+    const Names files = {"\xf0\x9d\x84\x9e.pbk", std::string(255, 'n'), "README", ".hidden",
+                         "a\\b"};
+    put(folder + "/a\\b"); // only an existing file can have a backslash in its name
+    for (const std::string& name : files) {
+        File file(in(folder + "/" + name).c_str());
+        EXPECT_TRUE(file.open('w') && file.write(name.c_str()) && file.close()) << name;
+        EXPECT_EQ(fs::file_size(in(folder + "/" + name)), name.size());
+    }
+    put(folder + "/no \xff text"); // has no name in UTF-16
+    fs::create_directories(in(folder + "/sub.folder/deep"));
+    fs::create_directory_symlink(root_, in(folder + "/link"));
+    for (const std::string& path : {in(folder), in(folder) + "/", root_ + "\\" + folder + "\\"}) {
+        EXPECT_EQ(namesIn(Folder(path.c_str()).listFiles()), files) << path;
+        EXPECT_EQ(namesIn(Folder(path.c_str()).listFolders()), (Names{"sub.folder", "link"}));
+    }
+    EXPECT_EQ(Folder(root_.c_str()).listFolders()[0].text(), in(folder).c_str());
+    for (const char* other : {"none", "README"})
+        EXPECT_EQ(Folder(in(folder + "/" + other).c_str()).listFiles().size(), 0U);
+}
+
+TEST_F(Files, ABackslashInANameIsFoundBeforeASeparator) {
+    fs::create_directories(in("a/b"));
+    fs::create_directories(in("a\\b"));
+    for (const char* found : {"a\\b/new", "a/b/new"}) { // the first is gone in the second round
+        File file(in("a\\b/new").c_str());
+        EXPECT_TRUE(file.open('w') && file.close() && fs::exists(in(found))) << found;
+        EXPECT_EQ(namesIn(Folder(in("a\\b").c_str()).listFiles()), Names{"new"});
+        fs::remove_all(in("a\\b"));
+    }
+}
+
+TEST_F(Files, LackOfMemoryClosesWhatIsOpen) {
+    const std::string path = put("a name that is too long for the text itself.pbk", "a text, too");
+    const std::uint64_t allocations = failEveryAllocation([&] {
+        File file(path.c_str());
+        ASSERT_TRUE(file.exists() && file.open('r'));
+        ASSERT_EQ(std::string(file.read(0).text()), "a text, too");
+        ASSERT_EQ(Folder(root_.c_str()).listFiles().size(), 1U);
+    });
+    EXPECT_GT(allocations, 10U);
+}
