@@ -11,7 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "hostkit/ledger.h"
 #include "hostkit/suites.h"
+#include "sdk/aegp_suites.h"
 #include "support/jst.h"
 #include "support/numbers.h"
 #include "support/report.h"
@@ -20,6 +22,7 @@
 #include "tests/support/running_command.h"
 
 using namespace std::string_literals;
+namespace ledger = hostkit::ledger;
 namespace memory = hostkit::memory;
 namespace suites = hostkit::suites;
 
@@ -40,6 +43,12 @@ long thrownBy(const auto& work) {
     return 0;
 }
 
+// Another version of a suite has a slot of its own.
+struct OldKeyframeSuite {
+    static constexpr const char* name = "AEGP Keyframe Suite";
+    static constexpr A_long version = 3;
+};
+
 std::string heard; // from report handlers and from a host's memory
 
 } // namespace
@@ -47,17 +56,19 @@ std::string heard; // from report handlers and from a host's memory
 TEST(CommandScopes, LeaveTheChainFromAnyPlace) {
     std::array<std::size_t, 3> order = {0, 1, 2};
     do {
-        std::array<hostkit::Host, 3> hosts;
+        hostkit::Host host;
+        std::array<PF_InData, 3> records;
+        records.fill(*host.inData());
         std::vector<std::unique_ptr<CommandScope>> scopes;
         std::vector<CommandScope*> chain;
         for (int i = 0; i < 3; ++i) {
-            scopes.push_back(std::make_unique<CommandScope>(i, 20 + i, hosts[i].inData()));
+            scopes.push_back(std::make_unique<CommandScope>(i, 20 + i, &records[i]));
             chain.push_back(scopes.back().get());
         }
         for (const std::size_t leaving : order) {
             // Whoever is newest now, its record and its suites are what all code sees.
             ASSERT_EQ(currentScope, chain.back());
-            EXPECT_EQ(currentInData(), hosts[currentScope->selector].inData());
+            EXPECT_EQ(currentInData(), &records[currentScope->selector]);
             EXPECT_EQ(currentSuites(), &currentScope->context->suites);
             std::erase(chain, scopes[leaving].get());
             scopes[leaving].reset();
@@ -66,7 +77,7 @@ TEST(CommandScopes, LeaveTheChainFromAnyPlace) {
         EXPECT_EQ(currentPluginId, 22) << "the newest command's id stays behind";
     } while (std::next_permutation(order.begin(), order.end()));
     EXPECT_EQ(memory::liveHandles(), 0U);
-    EXPECT_EQ(memory::takeFaults(), std::vector<std::string>());
+    EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
 }
 
 TEST_F(Support, AScopeWithoutContextHidesTheOuterHeap) {
@@ -94,9 +105,9 @@ TEST(SuiteTables, LendOnceAndGiveBackUnderTheSamePair) {
         SuiteTable table(&suites::basicSuite());
         EXPECT_TRUE(suites::loans().empty()) << "suites are taken on first use";
         for (int round = 0; round < 2; ++round)
-            borrowed = {table.dynamicStreamSuite5(), table.effectSuite3(), table.keyframeSuite4(),
-                        table.interfaceSuite1(),     table.streamSuite9(), table.utilitySuite11(),
-                        table.paramUtilsSuite1(),    table.worldSuite1()};
+            borrowed = {table.suite<AEGP_DynamicStreamSuite5>(), table.suite<AEGP_EffectSuite3>(),
+                        table.suite<OldKeyframeSuite>(), table.suite<AEGP_KeyframeSuite4>(),
+                        table.suite<AEGP_UtilitySuite11>()};
     }
     const std::vector<suites::Loan> loans = suites::loans();
     ASSERT_EQ(loans.size(), borrowed.size());
@@ -107,10 +118,9 @@ TEST(SuiteTables, LendOnceAndGiveBackUnderTheSamePair) {
         EXPECT_EQ(borrowed[i], &suiteSlots[suiteSlotIndex(loan.name, loan.version)]) << lent;
         EXPECT_EQ(std::pair(loan.lent, loan.returned), std::pair(1UL, 1UL)) << lent;
     }
-    EXPECT_EQ(lent, "AEGP Dynamic Stream Suite 5|AEGP Effect Suite 3|AEGP Keyframe Suite 4|"
-                    "AEGP PF Interface Suite 1|AEGP Stream Suite 9|AEGP Utility Suite 11|"
-                    "PF Param Utils Suite 1|PF World Suite 1|");
-    EXPECT_EQ(suites::takeFaults(), std::vector<std::string>());
+    EXPECT_EQ(lent, "AEGP Dynamic Stream Suite 5|AEGP Effect Suite 3|AEGP Keyframe Suite 3|"
+                    "AEGP Keyframe Suite 4|AEGP Utility Suite 11|");
+    EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
     suites::withdrawAll();
 }
 
@@ -119,17 +129,17 @@ TEST(SuiteTables, AMissingSuiteEndsTheCommandAndTheOthersGoBack) {
     suites::withdrawAll();
     suites::offer("AEGP Stream Suite", 9, &suite);
     suites::offer("AEGP Effect Suite", 2, &suite); // another version is no replacement
-    suites::offer("PF World Suite", 1, nullptr);   // lent with success, but there is none
+    suites::offer("AEGP Keyframe Suite", 4, nullptr); // lent with success, but there is none
     const auto borrow = [](auto accessor) {
         SuiteTable table(&suites::basicSuite());
-        table.streamSuite9();
+        table.suite<AEGP_StreamSuite9>();
         (table.*accessor)();
     };
-    EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::effectSuite3); }), 516);
-    EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::worldSuite1); }), 516);
-    const suites::Loan stream = suites::loans()[0];
+    EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::suite<AEGP_EffectSuite3>); }), 516);
+    EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::suite<AEGP_KeyframeSuite4>); }), 516);
+    const suites::Loan stream = suites::loans().back();
     EXPECT_EQ(std::pair(stream.lent, stream.returned), std::pair(2UL, 2UL)) << stream.name;
-    EXPECT_EQ(suites::takeFaults(), std::vector<std::string>());
+    EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
     suites::withdrawAll();
 }
 
@@ -157,7 +167,24 @@ TEST(Heap, TalksToTheHostOfTheRunningCommand) {
     EXPECT_EQ(heard, "unlock dispose ");
     scope.reset();
     EXPECT_EQ(memory::liveHandles(), 0U);
-    EXPECT_EQ(memory::takeFaults(), std::vector<std::string>());
+    EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
+}
+
+TEST(Heap, GivesBackAHandleThatTheHostDoesNotLock) {
+    hostkit::Host host;
+    PF_UtilCallbacks utils = memory::callbacks();
+    host.inData()->utils = &utils;
+    const auto refuseToLock = [](PF_Handle) -> void* { return nullptr; };
+    {
+        const CommandScope scope(1, 0, host.inData());
+        utils.host_lock_handle = refuseToLock;
+        EXPECT_EQ(allocate(8), nullptr);
+        const CommandScope inner(2, 0, host.inData());
+        EXPECT_EQ(inner.context, nullptr);
+        EXPECT_EQ(memory::liveHandles(), 1U) << "more than the outer command's context";
+    }
+    EXPECT_EQ(memory::liveHandles(), 0U);
+    EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
 }
 
 TEST_F(Support, AlignedBlocksFitAndOverflowGivesNothing) {

@@ -12,9 +12,13 @@ CommandContext* makeContext(PF_InData* inData) {
     PF_Handle handle = utils.host_new_handle(sizeof(CommandContext));
     if (handle == nullptr)
         return nullptr;
+    void* memory = utils.host_lock_handle(handle);
+    if (memory == nullptr) {
+        utils.host_dispose_handle(handle);
+        return nullptr;
+    }
     try {
-        return new (utils.host_lock_handle(handle))
-            CommandContext{handle, inData, SuiteTable(inData->pica_basicP)};
+        return new (memory) CommandContext{handle, inData, SuiteTable(inData->pica_basicP)};
     } catch (...) {
         utils.host_dispose_handle(handle);
         throw;

@@ -31,6 +31,7 @@ class pbText {
 public:
     pbText& operator=(std::string_view source);
     std::string_view view() const { return text_ == nullptr ? std::string_view() : *text_; }
+    const char* c_str() const { return text_ == nullptr ? "" : text_->c_str(); }
 
 private:
     std::shared_ptr<const NarrowString> text_;

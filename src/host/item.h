@@ -1,0 +1,37 @@
+// What a layer shows, or a composition seen from outside. Its handle is the host's.
+#pragma once
+
+#include "host/memory.h"
+
+namespace AEO {
+
+class Item : public ObjectBase {
+public:
+    // Asks for the dimensions at once.
+    Item(SPBasicSuite* basic, AEGP_ItemH item) : item_(item), items_(basic) {
+        call(items_, &AEGP_ItemSuite13::AEGP_GetItemDimensions, item_, &width_, &height_);
+    }
+
+    A_long width() const { return width_; } // pixels; 0 when the host did not tell
+    A_long height() const { return height_; }
+
+    // Width of a pixel over its height; 0 over 1 when the host does not tell.
+    A_Ratio pixelAspect() {
+        A_Ratio ratio{0, 1};
+        call(items_, &AEGP_ItemSuite13::AEGP_GetItemPixelAspectRatio, item_, &ratio);
+        return ratio;
+    }
+
+    WideString name() {
+        return readWideText(items_.basic(), query(items_, &AEGP_ItemSuite13::AEGP_GetItemName,
+                                                  currentPluginId, item_));
+    }
+
+private:
+    AEGP_ItemH item_;
+    SuiteHolder<AEGP_ItemSuite13> items_;
+    A_long width_ = 0;
+    A_long height_ = 0;
+};
+
+} // namespace AEO

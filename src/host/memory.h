@@ -1,0 +1,39 @@
+// The owner of a memory handle, the form in which the host gives back text of variable length, and
+// the two readers of such text.
+#pragma once
+
+#include "host/object_base.h"
+#include "sdk/aegp_suites.h"
+#include "support/text.h"
+
+namespace AEO {
+
+class Memory : public ObjectBase {
+public:
+    // Takes over the handle, which may be null.
+    Memory(SPBasicSuite* basic, AEGP_MemHandle handle);
+    // A new handle; the name is for the host's own lists, the size in bytes.
+    Memory(SPBasicSuite* basic, const char* what, AEGP_MemSize size, AEGP_MemFlag flags);
+    // Frees the handle, locked or not. After an error the handle is in doubt: it stays with the
+    // host.
+    ~Memory() override;
+
+    AEGP_MemHandle handle() const { return handle_; }
+
+    // The address of the contents; null for a null handle, and when the host fails.
+    void* lock();
+    void unlock();
+    AEGP_MemSize size(); // bytes
+    void resize(const char* what, AEGP_MemSize size);
+
+private:
+    AEGP_MemHandle handle_ = nullptr;
+    SuiteHolder<AEGP_MemorySuite1> memories_;
+};
+
+// The zero-terminated text in a memory handle, which is freed. Empty for a null handle, and when
+// the host does not let it be read.
+NarrowString readText(SPBasicSuite* basic, AEGP_MemHandle handle);
+WideString readWideText(SPBasicSuite* basic, AEGP_MemHandle handle);
+
+} // namespace AEO

@@ -1,0 +1,32 @@
+// One parameter of the running effect, borrowed from the host at the time of the command: exactly
+// one at any moment, given back when another is read and when this object ends.
+#pragma once
+
+#include "sdk/pf_params.h"
+
+class ParamCheckout {
+public:
+    // Borrows parameter 0, the effect's own layer. The record must outlive this object.
+    explicit ParamCheckout(PF_InData* inData);
+    ~ParamCheckout();
+    ParamCheckout(const ParamCheckout&) = delete;
+    ParamCheckout& operator=(const ParamCheckout&) = delete;
+
+    // A copy of the parameter's definition with its value at the record's time; what it points at
+    // is lent only until the next parameter is read. All zero when the host refuses it. Reading the
+    // same parameter at the same time again costs no call.
+    PF_ParamDef read(A_long index);
+
+    // The host's code for the parameter that was read last.
+    PF_Err err() const { return err_; }
+
+private:
+    void checkOut(A_long index);
+    void checkIn();
+
+    PF_Err err_ = 0;
+    PF_InData* inData_;
+    PF_ParamDef param_ = PF_ParamDef();
+    A_long time_ = 0; // of the checkout, in units of the record
+    A_long index_ = 0;
+};

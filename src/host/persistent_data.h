@@ -1,0 +1,35 @@
+// Access to the host's preferences: sections of keys with values that outlive the program. Names
+// and texts are zero-terminated and narrow. Nothing here is owned but the loan of the suite.
+#pragma once
+
+#include "host/object_base.h"
+#include "sdk/aegp_suites.h"
+#include "support/text.h"
+
+namespace AEO {
+
+class PersistentData : public ObjectBase {
+public:
+    explicit PersistentData(SPBasicSuite* basic);
+
+    // The value as the host counts it: with its final zero, if the host counts that. Empty for a
+    // key that is not there; zero bytes, or empty, when the host fails.
+    NarrowString getString(const char* section, const char* key);
+
+    A_long numSections();
+    NarrowString sectionKey(A_long index); // cut at 255 bytes, as valueKey
+    bool doesKeyExist(const char* section, const char* key);
+    A_long numKeys(const char* section);
+    NarrowString valueKey(const char* section, A_long index);
+    // The host's own read: writes what fits into the buffer and gives the size of the whole.
+    A_u_long readString(const char* section, const char* key, const char* fallback,
+                        A_long bufferSize, char* buffer);
+    A_long getLong(const char* section, const char* key, A_long fallback);
+    void setString(const char* section, const char* key, const char* value);
+
+private:
+    AEGP_PersistentBlobH blob_ = nullptr; // the host's
+    SuiteHolder<AEGP_PersistentDataSuite1> preferences_;
+};
+
+} // namespace AEO

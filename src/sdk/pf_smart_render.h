@@ -1,0 +1,48 @@
+// The records behind `extra` of the two commands of a frame: first the effect says which pixels it
+// needs, then it takes them and writes the output.
+#pragma once
+
+#include "sdk/pf_params.h"
+
+struct PF_RenderRequest {
+    PF_LRect rect; // pixels of the frame in its present resolution
+    A_Boolean preserve_rgb_of_zero_alpha;
+};
+
+struct PF_CheckoutResult {
+    PF_LRect result_rect;     // what a checkout of these pixels will hold
+    PF_LRect max_result_rect; // what it could hold if all were asked for
+};
+
+struct PF_PreRenderInput {
+    PF_RenderRequest output_request;
+};
+
+struct PF_PreRenderOutput {
+    PF_LRect result_rect;
+    PF_LRect max_result_rect;
+};
+
+struct PF_PreRenderCallbacks {
+    // Announces that the pixels of a layer parameter (0: the effect's own layer) will be taken at
+    // the render under checkout_id.
+    PF_Err (*checkout_layer)(PF_ProgPtr effect, A_long index, A_long checkout_id,
+                             const PF_RenderRequest* request, A_long what_time, A_long time_step,
+                             A_u_long time_scale, PF_CheckoutResult* result);
+};
+
+struct PF_PreRenderExtra {
+    PF_PreRenderInput* input;
+    PF_PreRenderOutput* output;
+    PF_PreRenderCallbacks* cb;
+};
+
+struct PF_SmartRenderCallbacks {
+    // The worlds belong to the host and are good until the command ends.
+    PF_Err (*checkout_layer_pixels)(PF_ProgPtr effect, A_long checkout_id, PF_EffectWorld** pixels);
+    PF_Err (*checkout_output)(PF_ProgPtr effect, PF_EffectWorld** output);
+};
+
+struct PF_SmartRenderExtra {
+    PF_SmartRenderCallbacks* cb;
+};
