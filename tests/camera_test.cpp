@@ -1,0 +1,260 @@
+// The composition's camera on real OpenGL: points of the composition are drawn through it, and must
+// light the pixel that was worked out by hand. The viewport is as large as the composition.
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include "gpu/kgl_framebuffer.h"
+#include "hostkit/effect.h"
+#include "pbhost/camera_verb.h"
+#include "pbhost/picture.h"
+#include "tests/support/comma_locale.h"
+#include "tests/support/engine_fixture.h"
+#include "view/composition_camera.h"
+
+namespace {
+
+using Point = std::array<double, 3>;
+using Place = std::pair<int, int>; // column and row of a pixel, from the host's top left
+using Matrix = std::array<double, 16>;
+
+constexpr int width = 64;
+constexpr int height = 48;
+constexpr double zoom = 80;
+constexpr Place nowhere{-1, -1};
+
+class CameraTest : public EngineTest {
+protected:
+    CameraTest() {
+        layer.effects.push_back(std::make_unique<hostkit::Effect>(plugin, layer));
+        comp.defaultCameraDistance = zoom;
+        target->setSize(5 * width, 5 * height, GL_FLOAT);
+        glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, target->getName());
+        glViewport(0, 0, width, height);
+    }
+
+    hostkit::Layer& addCamera(const Point& position, const Point& rotation = {},
+                              AEGP_CameraType type = AEGP_CameraType_PERSPECTIVE) {
+        hostkit::Layer& camera = comp.addCamera("camera", zoom);
+        camera.cameraType = type;
+        place(camera, position, rotation);
+        return camera;
+    }
+
+    static void set(hostkit::Layer& on, AEGP_LayerStream which, const Point& value) {
+        on.stream(which)->constant.value.three_d = {value[0], value[1], value[2]};
+    }
+    static void place(hostkit::Layer& on, const Point& position, const Point& rotation) {
+        set(on, AEGP_LayerStream_POSITION, position);
+        set(on, AEGP_LayerStream_ROTATE_X, {rotation[0]});
+        set(on, AEGP_LayerStream_ROTATE_Y, {rotation[1]});
+        set(on, AEGP_LayerStream_ROTATION, {rotation[2]});
+    }
+
+    // The projection that comes of it, for points as row vectors.
+    Matrix load(const A_Time& time = {0, 1}) {
+        glMatrixMode(GL_MODELVIEW);
+        AEO::Interface interface(host.inData()->pica_basicP,
+                                 reinterpret_cast<PF_ProgPtr>(layer.effects[0].get()));
+        loadCompositionCamera(host.inData(), reinterpret_cast<AEGP_CompH>(&comp), interface, time);
+        GLint mode = 0;
+        glGetIntegerv(GL_MATRIX_MODE, &mode);
+        EXPECT_EQ(mode, GL_PROJECTION);
+        Matrix matrix{};
+        glGetDoublev(GL_PROJECTION_MATRIX, matrix.data());
+        return matrix;
+    }
+
+    // The pixel that a point of the composition lights.
+    Place lit(const Point& point, const A_Time& time = {0, 1}) {
+        load(time);
+        glClear(GL_COLOR_BUFFER_BIT);
+        glBegin(GL_POINTS);
+        glVertex3dv(point.data());
+        glEnd();
+        std::array<float, width * height> reds{};
+        glReadPixels(0, 0, width, height, GL_RED, GL_FLOAT, reds.data());
+        const auto found = std::find(reds.begin(), reds.end(), 1.0F) - reds.begin();
+        return found == width * height ? nowhere : Place(found % width, found / width);
+    }
+
+    hostkit::Plugin plugin{TVM_MODULE_PATH};
+    hostkit::Composition& comp = host.project.addComposition("comp", width, height);
+    hostkit::Layer& layer = comp.addLayer("layer", nullptr);
+    std::unique_ptr<kglRenderTarget> target =
+        makeObject<kglRenderTarget>(kglBufferKind::Texture, kglBufferKind::RenderBuffer);
+};
+
+TEST_F(CameraTest, WithoutACameraTheFrameFillsTheViewport) {
+    const std::tuple<Point, Place> cases[] = {
+        {{32.5, 24.5, 0}, {32, 24}},
+        {{32.5, 30.5, 0}, {32, 30}}, // further down
+        {{0.5, 0.5, 0}, {0, 0}},
+        {{63.5, 0.5, 0}, {63, 0}},
+        {{0.5, 47.5, 0}, {0, 47}},
+        {{63.5, 47.5, 0}, {63, 47}},
+        {{64.5, 24.5, 0}, nowhere},
+        {{53, 9, 80}, {42, 16}}, // 21 and -15 from the middle, halved at twice the distance
+        {{32.5, 24.5, 32000 - zoom}, {32, 24}},
+        {{32.5, 24.5, 34000 - zoom}, nowhere}, // behind the far plane
+        {{32.0125, 24.0125, 1.25 - zoom}, {32, 24}},
+        {{32.0125, 24.0125, 0.75 - zoom}, nowhere}, // before the near plane
+    };
+    for (const auto& [point, place] : cases)
+        EXPECT_EQ(lit(point), place) << point[0] << ", " << point[1] << ", " << point[2];
+    comp.pixelAspect = {2, 1}; // twice as much of the world from left to right
+    for (const auto& [x, column] : {std::pair{32.5, 32}, {95.0, 63}, {-31.0, 0}, {97.0, -1}})
+        EXPECT_EQ(lit({x, 24.5, 0}).first, column) << x;
+}
+
+// Every point lies 10.5 to the right of the camera's axis and 7.5 above it, at the distance at
+// which the zoom keeps its size; where an aspect or a scale stretches, so far that it gets there.
+TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
+    constexpr AEGP_CameraType perspective = AEGP_CameraType_PERSPECTIVE;
+    constexpr AEGP_CameraType orthographic = AEGP_CameraType_ORTHOGRAPHIC;
+    const struct {
+        AEGP_CameraType type;
+        Point rotation;
+        A_long pixelAspect;
+        double parentScale; // percent, of x; 0: no parent
+        Point point;
+    } cases[] = {
+        {perspective, {0, 0, 0}, 1, 0, {52.5, 22.5, 40}},
+        {perspective, {0, 90, 0}, 1, 0, {122, 22.5, -50.5}},  // looks along x; -z is right
+        {perspective, {90, 0, 0}, 1, 0, {52.5, -50, -47.5}},  // along -y
+        {perspective, {0, 0, 90}, 1, 0, {49.5, 40.5, 40}},    // y is right, x is up
+        {perspective, {0, 90, 90}, 1, 0, {122, 40.5, -47.5}}, // first about z
+        {perspective, {0, 0, 0}, 1, 200, {63, 22.5, 40}},     // half of 21
+        {perspective, {0, 0, 0}, 2, 0, {62.5, 22.5, 40}},     // the eye at 52; 21 over 2
+        {perspective, {0, 0, 0}, 2, 100, {94, 22.5, 40}},     // 42 over 2 and 2
+        {orthographic, {0, 0, 0}, 1, 0, {52.5, 22.5, 900}},   // at any distance
+        {orthographic, {0, 90, 0}, 1, 0, {122, 22.5, -50.5}},
+        {orthographic, {0, 0, 0}, 2, 0, {94, 22.5, 900}},
+        {orthographic, {0, 0, 0}, 1, 200, {63, 22.5, 40}},
+    };
+    hostkit::Layer& parent = comp.addLayer("parent", nullptr);
+    place(parent, {}, {});
+    for (const auto& each : cases) {
+        comp.pixelAspect = {each.pixelAspect, 1};
+        hostkit::Layer& camera = addCamera({42, 30, -40}, each.rotation, each.type);
+        set(parent, AEGP_LayerStream_SCALE, {each.parentScale, 100, 100});
+        set(camera, AEGP_LayerStream_POSITION, {each.parentScale == 200 ? 21.0 : 42, 30, -40});
+        camera.parent = each.parentScale == 0 ? nullptr : &parent;
+        EXPECT_EQ(lit(each.point), Place(42, 16)) << &each - cases;
+        comp.layers.pop_back();
+    }
+}
+
+TEST_F(CameraTest, TheCameraOfTheTimeCounts) {
+    hostkit::Layer& camera = addCamera({42, 30, -40});
+    camera.inSeconds = 2;
+    hostkit::Stream& zooms = *camera.stream(AEGP_LayerStream_ZOOM);
+    for (const double seconds : {0, 2})
+        zooms.keyframes[zooms.addKeyframe(seconds)].value.value.one_d = 40 + 40 * seconds;
+    EXPECT_EQ(lit({52.5, 22.5, 40}, {1, 1}).first, 45);      // by default 20.5 by 120/80
+    EXPECT_EQ(lit({52.5, 22.5, 40}, {3, 1}), Place(42, 16)); // second 1 of the camera
+}
+
+TEST_F(CameraTest, AParentMovesACameraAsItsOwnStreamsWould) {
+    hostkit::Layer& parent = comp.addLayer("parent", nullptr);
+    place(parent, {100, 50, 20}, {0, 0, 90});
+    hostkit::Layer& camera = addCamera({10, -20, -60}, {0, 30, 0});
+    camera.parent = &parent;
+    const Matrix parented = load();
+    camera.parent = nullptr;
+    place(camera, {120, 60, -40}, {0, 30, 0}); // x has become y, and y has become -x
+    set(camera, AEGP_LayerStream_ORIENTATION, {0, 0, 90});
+    const Matrix alone = load();
+    for (std::size_t i = 0; i < alone.size(); ++i)
+        EXPECT_NEAR(parented[i], alone[i], 1e-4) << i;
+    EXPECT_GT(std::abs(alone[1]), 1); // turned indeed
+}
+
+TEST_F(CameraTest, WhatCannotBeSeenThroughLeavesTheIdentity) {
+    const Matrix identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    comp.defaultCameraDistance = 0;
+    EXPECT_EQ(load(), identity);
+    hostkit::Layer& camera = addCamera({42, 30, -40}, {0, 30, 0});
+    EXPECT_NE(load(), identity);
+    set(camera, AEGP_LayerStream_ZOOM, {0});
+    EXPECT_EQ(load(), identity);
+    for (const auto& [type, den] : {std::pair{A_long{2}, 1U}, {AEGP_CameraType_ORTHOGRAPHIC, 0U}}) {
+        camera.cameraType = type;
+        comp.pixelAspect.den = den;
+        EXPECT_EQ(load(), identity) << type;
+    }
+}
+
+// The composition's frame at z 0 in white and at 40 in grey; from its middle x in red, y in green
+// and z in blue; in a viewport of five times its size.
+void writePicture(const std::filesystem::path& path) {
+    glViewport(0, 0, 5 * width, 5 * height);
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    for (const double z : {40, 0}) {
+        glColor3d(1 - z / 80, 1 - z / 80, 1 - z / 80);
+        glBegin(GL_LINE_LOOP);
+        for (const auto& [x, y] : {std::pair{0.1, 0.1}, {63.9, 0.1}, {63.9, 47.9}, {0.1, 47.9}})
+            glVertex3d(x, y, z);
+        glEnd();
+    }
+    glBegin(GL_LINES);
+    for (const Point& axis : {Point{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}) {
+        glColor3dv(axis.data());
+        for (const double length : {0, 15})
+            glVertex3d(32 + length * axis[0], 24 + length * axis[1], length * axis[2]);
+    }
+    glEnd();
+    auto picture = pbhost::makePicture(5 * width, 5 * height, pbhost::Depth::Bits8);
+    glReadPixels(0, 0, 5 * width, 5 * height, GL_BGRA, GL_UNSIGNED_INT_8_8_8_8,
+                 picture.pixels.data());
+    pbhost::writePicture(path, picture);
+}
+
+// With TVM_CAMERA_PICTURES=FOLDER there are pictures of that, for a look at them.
+TEST_F(CameraTest, FromTheLeftAboveTheAxesPointRightDownAndBack) {
+    for (const std::string kind : {"default", "perspective", "orthographic"}) {
+        if (kind != "default")
+            addCamera({9, 4, -80}, {-13, 16, 0}, kind == "orthographic" ? 1 : 0);
+        const auto [x, y] = lit({32, 24, 0});
+        EXPECT_GT(lit({47, 24, 0}).first, x + 10) << kind;
+        EXPECT_GT(lit({32, 39, 0}).second, y + 10) << kind;
+        if (const char* folder = std::getenv("TVM_CAMERA_PICTURES"))
+            writePicture(std::filesystem::path(folder) / (kind + ".png"));
+        glColor3d(1, 1, 1);
+        glViewport(0, 0, width, height);
+        if (kind == "default")
+            continue;
+        EXPECT_LT(lit({32, 24, 15}).first, x - 1) << kind;
+        EXPECT_LT(lit({32, 24, 15}).second, y - 1) << kind;
+        comp.layers.pop_back();
+    }
+}
+
+TEST(CameraVerb, WritesTheMatrixWithPointsInEveryLocale) {
+    const CommaLocale comma;
+    pbhost::CameraRequest request;
+    request.module = TVM_MODULE_PATH;
+    request.width = 64;
+    request.height = 48;
+    request.zoom = 64;
+    // 1 over half of 64/64; 1 over half of 48/64; the planes; the eye at z -64
+    const std::string start = "2.000000 0.000000 0.000000 0.000000\n"
+                              "0.000000 2.666667 0.000000 0.000000\n"
+                              "0.000000 0.000000 1.000061 1.000000\n"
+                              "-64.000000 -64.000000 62.00";
+    EXPECT_EQ(pbhost::cameraProjection(request).substr(0, start.size()), start);
+    request.kind = pbhost::CameraKind::Perspective;
+    EXPECT_EQ(pbhost::cameraProjection(request).substr(0, start.size()), start);
+    request.rotation[2] = 180;
+    request.isJson = true;
+    EXPECT_EQ(pbhost::cameraProjection(request).find("{\n  \"projection\": [\n"), 0U);
+}
+
+} // namespace
