@@ -1,10 +1,62 @@
 #include "hostkit/host.h"
 
+#include <stdexcept>
+
+#include "hostkit/calls.h"
+#include "hostkit/ledger.h"
 #include "hostkit/memory.h"
+#include "hostkit/memory_handles.h"
+#include "hostkit/references.h"
+#include "hostkit/suite_tables.h"
 #include "hostkit/suites.h"
 
 namespace hostkit {
 
-Host::Host() : inData_{&memory::callbacks(), &suites::basicSuite(), nullptr} {}
+namespace {
+
+Host* theHost = nullptr;
+
+template<class... Suites>
+void offerAll(const Suites&... tables) {
+    (suites::offer(Suites::name, Suites::version, &tables), ...);
+}
+
+void offerSuites() {
+    using namespace tables;
+    offerAll(memorySuite(), persistentDataSuite(), utilitySuite(), interfaceSuite(), effectSuite(),
+             streamSuite(), keyframeSuite(), dynamicStreamSuite(), markerSuite(), layerSuite(),
+             cameraSuite(), itemSuite(), compSuite(), paramUtilsSuite(), worldSuite(),
+             advAppSuite(), effectUiSuite());
+}
+
+} // namespace
+
+Host::Host(const std::filesystem::path& preferencesFile) : preferences(preferencesFile) {
+    if (theHost != nullptr)
+        throw std::logic_error("there is a host in this process already");
+    theHost = this;
+    calls::restart();
+    memory::restart();
+    suites::withdrawAll();
+    ledger::close();
+    dropMemoryHandles();
+    references::close();
+    offerSuites();
+    inData_.inter = tables::interactCallbacks();
+    inData_.utils = &memory::callbacks();
+    inData_.pica_basicP = &suites::basicSuite();
+}
+
+Host::~Host() {
+    // The effects say goodbye to their module, which calls this host once more.
+    project.compositions.clear();
+    theHost = nullptr;
+}
+
+Host& Host::current() {
+    if (theHost == nullptr)
+        throw std::logic_error("there is no host");
+    return *theHost;
+}
 
 } // namespace hostkit

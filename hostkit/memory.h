@@ -1,13 +1,12 @@
 // The substitute host's memory: handles, counted and checked.
 //
 // The host's callbacks carry no context, so there is one memory for the process. Every misuse of a
-// handle (one that is not live, an unlock too many) is kept as a fault for the owner of the
-// host to look at; it never crashes the process.
+// handle (one that is not live, an unlock too many) is a fault in the ledger; it never crashes the
+// process.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "sdk/pf_types.h"
@@ -27,7 +26,12 @@ std::uint64_t handlesMade();
 inline constexpr std::uint64_t noLimit = UINT64_MAX;
 void setHandlesLeft(std::uint64_t count);
 
-// What was done wrong since the last call, a sentence each; empties the list.
-std::vector<std::string> takeFaults();
+// What the host does with handles on its own account: no calls, and no limit.
+PF_Handle store(const std::vector<std::byte>& bytes);
+std::vector<std::byte> contents(PF_Handle handle); // of one that is not live: nothing, and a fault
+void drop(PF_Handle handle);
+
+// Frees every handle that is still live, and lifts the limit: a new host.
+void restart();
 
 } // namespace hostkit::memory

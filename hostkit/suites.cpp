@@ -1,49 +1,65 @@
 #include "hostkit/suites.h"
 
 #include <map>
-#include <utility>
+
+#include "hostkit/calls.h"
+#include "hostkit/ledger.h"
 
 namespace hostkit::suites {
 
 namespace {
 
-constexpr SPErr refused = 1;
+constexpr SPErr refusal = 1;
 
 struct Suite {
-    bool isOffered = false;
     const void* table = nullptr;
+    bool isRefused = false;
     std::uint64_t lent = 0;
     std::uint64_t returned = 0;
 };
 
-struct Suites {
-    std::map<std::pair<std::string, std::int32_t>, Suite> byName;
-    std::vector<std::string> faults;
-};
+using Suites = std::map<std::pair<std::string, std::int32_t>, Suite>;
 
 Suites& suites() {
     static Suites instance;
     return instance;
 }
 
+std::string describe(const std::string& name, std::int32_t version) {
+    return name + " " + std::to_string(version);
+}
+
 SPErr acquire(const char* name, std::int32_t version, const void** table) {
-    const auto found = suites().byName.find({name, version});
-    if (found == suites().byName.end() || !found->second.isOffered)
-        return refused;
-    ++found->second.lent;
-    *table = found->second.table;
+    constexpr const char* call = "AcquireSuite";
+    if (const PF_Err error = calls::enter(call); error != 0)
+        return error;
+    if (name == nullptr || table == nullptr) {
+        ledger::fault(std::string(call) + ": without a name, or without a place for the table");
+        return refusal;
+    }
+    const auto found = suites().find({name, version});
+    if (found == suites().end() || found->second.isRefused)
+        return refusal;
+    Suite& suite = found->second;
+    ++suite.lent;
+    ledger::lend(ledger::Kind::Suite, &suite, describe(name, version));
+    *table = suite.table;
     return 0;
 }
 
 SPErr release(const char* name, std::int32_t version) {
-    Suite& suite = suites().byName[{name, version}];
-    if (suite.returned < suite.lent) {
-        ++suite.returned;
-        return 0;
+    constexpr const char* call = "ReleaseSuite";
+    if (const PF_Err error = calls::enter(call); error != 0)
+        return error;
+    const auto found = suites().find({name == nullptr ? "" : name, version});
+    if (found == suites().end() || found->second.returned == found->second.lent) {
+        const std::string what = name == nullptr ? "(no name)" : describe(name, version);
+        ledger::fault(std::string(call) + ": " + what + " is not lent");
+        return refusal;
     }
-    suites().faults.push_back(std::string("ReleaseSuite of a suite that is not lent: ") + name +
-                              " " + std::to_string(version));
-    return refused;
+    ++found->second.returned;
+    ledger::giveBack(ledger::Kind::Suite, &found->second, call);
+    return 0;
 }
 
 } // namespace
@@ -54,25 +70,40 @@ SPBasicSuite& basicSuite() {
 }
 
 void offer(const std::string& name, std::int32_t version, const void* table) {
-    Suite& suite = suites().byName[{name, version}];
-    suite.isOffered = true;
-    suite.table = table;
+    suites()[{name, version}].table = table;
 }
 
 void withdrawAll() {
-    suites().byName.clear();
+    for (const auto& [key, suite] : suites())
+        for (std::uint64_t out = suite.lent - suite.returned; out > 0; --out)
+            ledger::giveBack(ledger::Kind::Suite, &suite, "withdrawAll");
+    suites().clear();
 }
 
 std::vector<Loan> loans() {
     std::vector<Loan> all;
-    for (const auto& [key, suite] : suites().byName)
+    for (const auto& [key, suite] : suites())
         if (suite.lent > 0)
             all.push_back({key.first, key.second, suite.lent, suite.returned});
     return all;
 }
 
-std::vector<std::string> takeFaults() {
-    return std::exchange(suites().faults, {});
+void refuse(const std::string& name, std::int32_t version) {
+    const auto found = suites().find({name, version});
+    if (found != suites().end())
+        found->second.isRefused = true;
+}
+
+void allowAll() {
+    for (auto& [key, suite] : suites())
+        suite.isRefused = false;
+}
+
+std::vector<std::pair<std::string, std::int32_t>> offered() {
+    std::vector<std::pair<std::string, std::int32_t>> all;
+    for (const auto& [key, suite] : suites())
+        all.push_back(key);
+    return all;
 }
 
 } // namespace hostkit::suites

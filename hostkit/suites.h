@@ -1,11 +1,13 @@
 // The substitute host's basic suite: lends registered tables by exact name and version, and knows
 // which of them are lent at the moment.
 //
-// One for the process, like the memory. A suite given back that is not lent is kept as a fault.
+// One for the process, like the memory. A suite that is given back twice, or under another version
+// than it was lent, is a fault in the ledger.
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sdk/sp_basic.h"
@@ -19,7 +21,7 @@ SPBasicSuite& basicSuite();
 // success: some hosts do that.
 void offer(const std::string& name, std::int32_t version, const void* table);
 
-// Takes all suites away again, and forgets what is lent.
+// Takes all suites away again, and forgets what is lent and what is refused.
 void withdrawAll();
 
 struct Loan {
@@ -32,7 +34,11 @@ struct Loan {
 // Every suite that was lent since the last `withdrawAll`, in the order of name and version.
 std::vector<Loan> loans();
 
-// What was done wrong since the last call, a sentence each; empties the list.
-std::vector<std::string> takeFaults();
+// From now on the suite is not lent, until `allowAll`.
+void refuse(const std::string& name, std::int32_t version);
+void allowAll();
+
+// Name and version of every suite that there is, refused ones too, in their order.
+std::vector<std::pair<std::string, std::int32_t>> offered();
 
 } // namespace hostkit::suites

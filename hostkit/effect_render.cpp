@@ -1,0 +1,142 @@
+// One frame: the two commands of smart rendering and the callbacks behind them.
+#include <stdexcept>
+#include <utility>
+
+#include "hostkit/call_frame.h"
+#include "hostkit/command_stack.h"
+#include "hostkit/effect.h"
+#include "hostkit/param_values.h"
+
+namespace hostkit {
+
+namespace {
+
+// The newest command, if it is that one of the effect and renders; else null, with a fault.
+ActiveCommand* renderingCommand(PF_ProgPtr effect, PF_Cmd number, const char* call) {
+    ActiveCommand* command = ActiveCommand::of(effect, call);
+    if (command == nullptr)
+        return nullptr;
+    if (command->number == number && command->effect().frame() != nullptr)
+        return command;
+    misuse(call, "not during " + commandName(command->number));
+    return nullptr;
+}
+
+Resolution resolutionOf(const ActiveCommand& command) {
+    return {command.inData.downsample_x, command.inData.downsample_y};
+}
+
+Layer* layerOfControl(Effect& effect, A_long index, double layerSeconds) {
+    return index == 0 ? effect.layer
+                      : chosenLayer(effect.control(index).at(layerSeconds), *effect.layer);
+}
+
+PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
+                     const PF_RenderRequest* request, A_long what_time, A_long, A_u_long time_scale,
+                     PF_CheckoutResult* result) {
+    constexpr const char* call = "checkout_layer";
+    return contractCall(call, [&] {
+        const ActiveCommand* command = renderingCommand(effect, PF_Cmd_SMART_PRE_RENDER, call);
+        if (command == nullptr)
+            return PF_Err_BAD_CALLBACK_PARAM;
+        if (request == nullptr || result == nullptr || time_scale == 0)
+            return misuse(call, "no request, no place for the result, or a time scale of 0");
+        Effect& owner = command->effect();
+        if (index < 0 || static_cast<std::size_t>(index) >= owner.definitions.size() ||
+            owner.definitions[index].param_type != PF_Param_LAYER)
+            return misuse(call, "control " + std::to_string(index) + " is no layer");
+        Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);
+        if (!owner.frame()->announced.emplace(checkout_id, layer).second)
+            return misuse(call, "id " + std::to_string(checkout_id) + " is announced already");
+        const PF_LRect whole = boundsOf(layer, resolutionOf(*command));
+        *result = {intersection(request->rect, whole), whole};
+        return PF_Err_NONE;
+    });
+}
+
+PF_Err checkoutLayerPixels(PF_ProgPtr effect, A_long checkout_id, PF_EffectWorld** pixels) {
+    constexpr const char* call = "checkout_layer_pixels";
+    return contractCall(call, [&] {
+        const ActiveCommand* command = renderingCommand(effect, PF_Cmd_SMART_RENDER, call);
+        if (command == nullptr)
+            return PF_Err_BAD_CALLBACK_PARAM;
+        if (pixels == nullptr)
+            return misuse(call, "no place for the world");
+        Frame& frame = *command->effect().frame();
+        const auto announced = frame.announced.find(checkout_id);
+        if (announced == frame.announced.end())
+            return misuse(call, "id " + std::to_string(checkout_id) + " was not announced");
+        std::unique_ptr<LentWorld>& world = frame.taken[checkout_id];
+        if (world == nullptr)
+            world = lendLayer(announced->second, resolutionOf(*command), frame.channelBytes);
+        *pixels = &world->record;
+        return PF_Err_NONE;
+    });
+}
+
+PF_Err checkoutOutput(PF_ProgPtr effect, PF_EffectWorld** output) {
+    constexpr const char* call = "checkout_output";
+    return contractCall(call, [&] {
+        const ActiveCommand* command = renderingCommand(effect, PF_Cmd_SMART_RENDER, call);
+        if (command == nullptr)
+            return PF_Err_BAD_CALLBACK_PARAM;
+        if (output == nullptr)
+            return misuse(call, "no place for the world");
+        *output = &command->effect().frame()->output.record;
+        return PF_Err_NONE;
+    });
+}
+
+void makeOutputOf(Frame& frame, Layer& layer, const PF_LRect& rect, World& reused) {
+    const int width = rect.right - rect.left;
+    const int height = rect.bottom - rect.top;
+    const bool fits = reused.width == width && reused.height == height &&
+                      reused.channelBytes == frame.channelBytes;
+    frame.output.own = fits ? std::move(reused) : makeOutput(width, height, frame.channelBytes);
+    frame.output.record = recordOf(frame.output.own);
+    frame.output.record.reserved0 = &layer;
+    frame.output.record.pix_aspect_ratio = frameItem(layer).pixelAspect;
+    frame.output.record.origin_x = rect.left;
+    frame.output.record.origin_y = rect.top;
+}
+
+} // namespace
+
+RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
+    Frame frame{{request.downsampleX, request.downsampleY}, channelBytes(), {}, {}, {}};
+    requireResolution(frame.resolution);
+    if (layer->source == nullptr || layer->source->pixels.channelBytes != frame.channelBytes)
+        throw std::logic_error("the layer of an effect has a source of the project's depth");
+    // A render in the middle of another one puts its own in front.
+    Frame* const outer = std::exchange(frame_, &frame);
+    RenderResult result = renderFrame(request, frame, reusedOutput);
+    frame_ = outer;
+    return result;
+}
+
+RenderResult Effect::renderFrame(const RenderRequest& request, Frame& frame, World& reusedOutput) {
+    const PF_LRect whole = boundsOf(layer, frame.resolution);
+    PF_PreRenderInput input{{request.region.value_or(whole), 0}};
+    PF_PreRenderOutput announced{};
+    PF_PreRenderCallbacks preCallbacks = {checkoutLayer};
+    PF_PreRenderExtra preExtra = {&input, &announced, &preCallbacks};
+    PF_InData inData = inDataAt(request.seconds, frame.resolution);
+    RenderResult result;
+    result.error = run(PF_Cmd_SMART_PRE_RENDER, inData, nullptr, &preExtra);
+    result.resultRect = announced.result_rect;
+    result.maxResultRect = announced.max_result_rect;
+    if (result.error != PF_Err_NONE)
+        return result;
+
+    const PF_LRect part = request.region ? intersection(announced.result_rect, whole) : whole;
+    makeOutputOf(frame, *layer, part, reusedOutput);
+    if (isEmpty(part))
+        return result; // nobody would see what it draws
+    PF_SmartRenderCallbacks callbacks = {checkoutLayerPixels, checkoutOutput};
+    PF_SmartRenderExtra extra = {&callbacks};
+    result.error = run(PF_Cmd_SMART_RENDER, inData, nullptr, &extra);
+    result.output = std::move(frame.output.own);
+    return result;
+}
+
+} // namespace hostkit

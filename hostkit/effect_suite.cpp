@@ -1,0 +1,116 @@
+// The effects of a layer, and the plug-ins that are loaded. A plug-in's key is its number in the
+// order in which the host loaded them.
+#include <algorithm>
+
+#include "hostkit/scene_call.h"
+#include "hostkit/suite_tables.h"
+
+namespace hostkit::tables {
+
+namespace {
+
+constexpr A_long effectIsActive = 1;
+
+Plugin& plugin(const SceneCall& call, AEGP_InstalledEffectKey key) {
+    for (Plugin* each : Living<Plugin>::all())
+        if (each->living.number() == key)
+            return *each;
+    call.refuse("no installed effect of the key " + std::to_string(key));
+}
+
+A_Err getLayerNumEffects(AEGP_LayerH layer, A_long* count) {
+    return serve("AEGP_GetLayerNumEffects", [&](const SceneCall& call) {
+        call.at(count) = static_cast<A_long>(call.layer(layer).effects.size());
+    });
+}
+
+A_Err getLayerEffectByIndex(AEGP_PluginID, AEGP_LayerH layer, A_long index,
+                            AEGP_EffectRefH* effect) {
+    return serve("AEGP_GetLayerEffectByIndex", [&](const SceneCall& call) {
+        AEGP_EffectRefH& lent = call.at(effect);
+        const auto& effects = call.layer(layer).effects;
+        lent = references::lendEffect(*effects[call.index(index, effects.size())]);
+    });
+}
+
+A_Err getInstalledKeyFromLayerEffect(AEGP_EffectRefH effect, AEGP_InstalledEffectKey* key) {
+    return serve("AEGP_GetInstalledKeyFromLayerEffect", [&](const SceneCall& call) {
+        call.at(key) = call.effect(effect).plugin->living.number();
+    });
+}
+
+A_Err getEffectFlags(AEGP_EffectRefH effect, A_long* flags) {
+    return serve("AEGP_GetEffectFlags", [&](const SceneCall& call) {
+        call.effect(effect);
+        call.at(flags) = effectIsActive;
+    });
+}
+
+A_Err disposeEffect(AEGP_EffectRefH effect) {
+    return serve("AEGP_DisposeEffect", [&](const SceneCall& call) {
+        if (!references::giveBack(effect, call.name))
+            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+    });
+}
+
+// An instance that cannot be set up does not stay on the layer.
+A_Err applyEffect(AEGP_PluginID, AEGP_LayerH layer, AEGP_InstalledEffectKey key,
+                  AEGP_EffectRefH* effect) {
+    return serve("AEGP_ApplyEffect", [&](const SceneCall& call) {
+        AEGP_EffectRefH& lent = call.at(effect);
+        auto& effects = call.layer(layer).effects;
+        effects.push_back(std::make_unique<Effect>(plugin(call, key), call.layer(layer)));
+        Effect* made = effects.back().get();
+        const PF_Err error = made->apply();
+        if (error == 0) {
+            lent = references::lendEffect(*made);
+            return;
+        }
+        const auto place = std::find_if(effects.begin(), effects.end(),
+                                        [made](const auto& each) { return each.get() == made; });
+        const std::unique_ptr<Effect> gone = std::move(*place);
+        effects.erase(place); // first: the effect may still ask for the list
+        throw Refusal{error};
+    });
+}
+
+A_Err getNumInstalledEffects(A_long* count) {
+    return serve("AEGP_GetNumInstalledEffects", [&](const SceneCall& call) {
+        call.at(count) = static_cast<A_long>(Living<Plugin>::all().size());
+    });
+}
+
+A_Err getNextInstalledEffect(AEGP_InstalledEffectKey key, AEGP_InstalledEffectKey* next) {
+    return serve("AEGP_GetNextInstalledEffect", [&](const SceneCall& call) {
+        if (key != 0)
+            plugin(call, key);
+        const auto& all = Living<Plugin>::all();
+        const auto found = std::find_if(all.begin(), all.end(), [key](const Plugin* each) {
+            return each->living.number() > key;
+        });
+        call.at(next) = found == all.end() ? 0 : (*found)->living.number();
+    });
+}
+
+A_Err getEffectMatchName(AEGP_InstalledEffectKey key,
+                         char matchName[AEGP_MAX_EFFECT_MATCH_NAME_SIZE]) {
+    return serve("AEGP_GetEffectMatchName", [&](const SceneCall& call) {
+        char& start = call.at(matchName);
+        const std::string found = plugin(call, key).pipl().text("eMNA");
+        const std::size_t length = found.copy(&start, AEGP_MAX_EFFECT_MATCH_NAME_SIZE - 1);
+        matchName[length] = '\0';
+    });
+}
+
+} // namespace
+
+const AEGP_EffectSuite3& effectSuite() {
+    static const AEGP_EffectSuite3 table = {
+        getLayerNumEffects,     getLayerEffectByIndex,  getInstalledKeyFromLayerEffect,
+        getEffectFlags,         disposeEffect,          applyEffect,
+        getNumInstalledEffects, getNextInstalledEffect, getEffectMatchName,
+    };
+    return table;
+}
+
+} // namespace hostkit::tables

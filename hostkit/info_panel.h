@@ -1,0 +1,25 @@
+// The Info panel: the short messages that effects show to the user, one to three lines each.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace hostkit {
+
+class InfoPanel {
+public:
+    using Lines = std::vector<std::string>; // UTF-8, without line ends at their ends
+
+    // Called for each message as it comes; a host without a listener only keeps them.
+    std::function<void(const Lines&)> onMessage;
+
+    void show(Lines lines);
+    const std::vector<Lines>& messages() const { return messages_; }
+    void clear() { messages_.clear(); }
+
+private:
+    std::vector<Lines> messages_;
+};
+
+} // namespace hostkit

@@ -1,0 +1,140 @@
+#include "hostkit/plugin.h"
+
+#include <dlfcn.h>
+
+#include <stdexcept>
+
+#include "hostkit/command_stack.h"
+#include "hostkit/effect.h"
+#include "hostkit/host.h"
+#include "hostkit/ledger.h"
+#include "hostkit/memory.h"
+#include "hostkit/suite_tables.h"
+#include "hostkit/suites.h"
+
+namespace hostkit {
+
+namespace {
+
+// What every use of the module needs must be there before its code is loaded.
+void requireProperties(const Pipl& pipl) {
+    for (const char* key : {"name", "wx86", "eMNA"})
+        pipl.text(key);
+    for (const char* key : {"eVER", "eGLO", "eGL2"})
+        pipl.number(key);
+}
+
+Pipl readResource(std::filesystem::path path) {
+    path.replace_extension(".pipl");
+    Pipl pipl = readPipl(path);
+    try {
+        requireProperties(pipl);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(path.string() + ": " + error.what());
+    }
+    return pipl;
+}
+
+EntryPoint loadEntry(const std::filesystem::path& path, const std::string& name) {
+    // The whole path: a bare name would be searched for in the system's folders.
+    void* library =
+        dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (library == nullptr)
+        throw std::runtime_error(path.string() + ": " + dlerror());
+    void* entry = dlsym(library, name.c_str());
+    if (entry == nullptr)
+        throw std::runtime_error(path.string() + ": it has no function " + name);
+    return reinterpret_cast<EntryPoint>(entry);
+}
+
+void compareFact(const Pipl& pipl, const char* key, A_u_long answered) {
+    if (pipl.number(key) != answered)
+        ledger::fault("PF_Cmd_GLOBAL_SETUP answered " + std::to_string(answered) + ", but " + key +
+                      " of the resource is " + std::to_string(pipl.number(key)));
+}
+
+} // namespace
+
+Plugin::Plugin(const std::filesystem::path& modulePath)
+    : pipl_(readResource(modulePath)), entry_(loadEntry(modulePath, pipl_.text("wx86"))) {}
+
+Plugin::~Plugin() {
+    for (const auto& composition : Host::current().project.compositions)
+        for (const auto& layer : composition->layers)
+            std::erase_if(layer->effects,
+                          [this](const auto& effect) { return effect->plugin == this; });
+    if (isSetUp_)
+        setDown();
+}
+
+PF_Err Plugin::setUp() {
+    PF_InData inData = *Host::current().inData();
+    PF_OutData outData{};
+    const PF_Err error = call(PF_Cmd_GLOBAL_SETUP, inData, outData, nullptr, nullptr, nullptr);
+    if (error != PF_Err_NONE)
+        return error;
+    compareFact(pipl_, "eVER", outData.my_version);
+    compareFact(pipl_, "eGLO", static_cast<A_u_long>(outData.out_flags));
+    compareFact(pipl_, "eGL2", static_cast<A_u_long>(outData.out_flags2));
+    return error;
+}
+
+PF_Err Plugin::setDown() {
+    return send(PF_Cmd_GLOBAL_SETDOWN);
+}
+
+PF_Err Plugin::about() {
+    return send(PF_Cmd_ABOUT);
+}
+
+std::string Plugin::lastCommand() const {
+    return commandName(lastCommand_);
+}
+
+PF_Err Plugin::send(PF_Cmd command) {
+    PF_InData inData = *Host::current().inData();
+    PF_OutData outData{};
+    return call(command, inData, outData, nullptr, nullptr, nullptr);
+}
+
+PF_Err Plugin::call(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_ParamDef** params,
+                    PF_LayerDef* output, void* extra) {
+    inData.inter = tables::interactCallbacks();
+    inData.utils = &memory::callbacks();
+    inData.pica_basicP = &suites::basicSuite();
+    inData.global_data = globalData_;
+    outData.global_data = globalData_;
+    lastCommand_ = command;
+    const ActiveCommand active(command, inData);
+    const PF_Err error = enter(command, inData, outData, params, output, extra);
+    takeOverGlobalData(command, outData);
+    return error;
+}
+
+PF_Err Plugin::enter(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_ParamDef** params,
+                     PF_LayerDef* output, void* extra) const {
+    try {
+        return entry_(command, &inData, &outData, params, output, extra);
+    } catch (...) {
+        ledger::fault(commandName(command) + " let an exception out of the module");
+        return PF_Err_INTERNAL_STRUCT_DAMAGED;
+    }
+}
+
+void Plugin::takeOverGlobalData(PF_Cmd command, const PF_OutData& outData) {
+    switch (command) {
+    case PF_Cmd_GLOBAL_SETUP:
+        globalData_ = outData.global_data;
+        isSetUp_ = true;
+        break;
+    case PF_Cmd_GLOBAL_SETDOWN:
+        globalData_ = nullptr;
+        isSetUp_ = false;
+        break;
+    default:
+        if (outData.global_data != globalData_)
+            ledger::fault(commandName(command) + " changed the handle of the global data");
+    }
+}
+
+} // namespace hostkit

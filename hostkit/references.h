@@ -1,0 +1,60 @@
+// What the opaque references of the scene suites point at: one record for each loan, so that the
+// ledger can tell a reference that is gone from one that is lent anew.
+//
+// A record stays allocated when it is given back (marked as dead), so that a use after its end is a
+// fault and no crash; all go with the host.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "hostkit/effect.h"
+#include "hostkit/streams.h"
+
+struct AEGP_StreamRef {
+    std::weak_ptr<hostkit::Stream> stream;
+    std::vector<hostkit::StreamValue> valuesOut; // lent through this reference
+};
+
+struct AEGP_EffectRef {
+    std::weak_ptr<hostkit::Effect> effect;
+};
+
+// Keyframes that are added together or not at all.
+struct AEGP_AddKeyframesInfo {
+    std::weak_ptr<hostkit::Stream> stream;
+    std::vector<hostkit::Keyframe> pending; // in the order of the calls
+};
+
+namespace hostkit::references {
+
+// New references, lent to the caller. `what` is for the ledger: "control 5", "marker of layer 1".
+AEGP_StreamRefH lendStream(Stream& stream, const std::string& what);
+AEGP_EffectRefH lendEffect(Effect& effect);
+AEGP_AddKeyframesInfoH lendBatch(Stream& stream);
+
+// Fills the record with a value of the reference's stream. Values are counted for each reference;
+// a marker stays alive as long as a value with it is out.
+void lendValue(AEGP_StreamRefH stream, const StreamValue& value, AEGP_StreamValue2& record);
+
+// Gives the reference back; false, with a fault, when it is not lent. A null stream is no fault: it
+// answers false. A stream of which a value is still out is a fault, too, but is taken back. A
+// value's record is cleared, so that it cannot be given back again.
+bool giveBack(AEGP_StreamRefH stream, const char* call);
+bool giveBack(AEGP_EffectRefH effect, const char* call);
+bool giveBack(AEGP_AddKeyframesInfoH batch, const char* call);
+bool giveBack(AEGP_StreamValue2& record, const char* call);
+
+// What a lent reference stands for; null, with a fault, for any other.
+Stream* find(AEGP_StreamRefH stream, const char* call);
+Effect* find(AEGP_EffectRefH effect, const char* call);
+AEGP_AddKeyframesInfo* find(AEGP_AddKeyframesInfoH batch, const char* call);
+
+// A marker out of a value that is out; null, with a fault, for any other.
+std::shared_ptr<Marker> find(AEGP_MarkerValP marker, const char* call);
+
+// Frees all records; the ledger must be closed first.
+void close();
+
+} // namespace hostkit::references

@@ -1,0 +1,131 @@
+#include "hostkit/streams.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace hostkit {
+
+namespace {
+
+// A value's numbers in the order of their members; how many of them hold is the type's.
+using Numbers = std::array<double, 4>;
+static_assert(sizeof(Numbers) == sizeof(AEGP_StreamVal2));
+
+double share(const Keyframe& before, const Keyframe& after, double seconds) {
+    return std::clamp((seconds - before.seconds) / (after.seconds - before.seconds), 0.0, 1.0);
+}
+
+StreamValue blend(const StreamValue& from, const StreamValue& to, std::size_t count, double part) {
+    Numbers numbers = std::bit_cast<Numbers>(from.value);
+    const Numbers goal = std::bit_cast<Numbers>(to.value);
+    for (std::size_t i = 0; i < count; ++i)
+        numbers[i] += (goal[i] - numbers[i]) * part;
+    return {std::bit_cast<AEGP_StreamVal2>(numbers), nullptr};
+}
+
+// The first keyframe that does not lie before that time.
+template<class Keyframes>
+auto firstFrom(Keyframes& keyframes, double seconds) {
+    return std::lower_bound(
+        keyframes.begin(), keyframes.end(), seconds,
+        [](const Keyframe& key, double time) { return key.seconds < time - timeTolerance; });
+}
+
+} // namespace
+
+std::size_t componentCount(AEGP_StreamType type) {
+    switch (type) {
+    case AEGP_StreamType_OneD:
+        return 1;
+    case AEGP_StreamType_TwoD:
+        return 2;
+    case AEGP_StreamType_ThreeD:
+        return 3;
+    case AEGP_StreamType_COLOR:
+        return 4;
+    default:
+        return 0;
+    }
+}
+
+bool areSame(const StreamValue& one, const StreamValue& other, AEGP_StreamType type) {
+    if (type == AEGP_StreamType_MARKER)
+        return one.marker == other.marker;
+    if (type == AEGP_StreamType_LAYER_ID)
+        return one.value.layer_id == other.value.layer_id;
+    const Numbers a = std::bit_cast<Numbers>(one.value);
+    const Numbers b = std::bit_cast<Numbers>(other.value);
+    return std::equal(a.begin(), a.begin() + componentCount(type), b.begin());
+}
+
+Stream::Stream(std::u16string streamName, std::string streamMatchName, AEGP_StreamType streamType)
+    : name(std::move(streamName)), matchName(std::move(streamMatchName)), type(streamType) {}
+
+StreamValue Stream::at(double seconds) const {
+    if (keyframes.empty())
+        return constant;
+    const auto next = firstFrom(keyframes, seconds);
+    if (next == keyframes.end())
+        return keyframes.back().value;
+    if (next == keyframes.begin() || next->seconds <= seconds + timeTolerance)
+        return next->value;
+    const Keyframe& before = *std::prev(next);
+    if (holds(before, *next))
+        return before.value;
+    return blend(before.value, next->value, componentCount(type), share(before, *next, seconds));
+}
+
+void Stream::set(const StreamValue& newValue, double seconds) {
+    if (keyframes.empty())
+        constant = held(newValue);
+    else
+        setKeyframe(addKeyframe(seconds), newValue);
+    isModified = true;
+}
+
+std::size_t Stream::addKeyframe(double seconds) {
+    const auto next = firstFrom(keyframes, seconds);
+    const auto index = static_cast<std::size_t>(std::distance(keyframes.begin(), next));
+    if (next != keyframes.end() && next->seconds <= seconds + timeTolerance)
+        return index;
+    Keyframe made;
+    made.seconds = seconds;
+    if (type == AEGP_StreamType_MARKER)
+        made.value.marker = std::make_shared<Marker>();
+    else
+        made.value = at(seconds);
+    keyframes.insert(next, made);
+    isModified = true;
+    return index;
+}
+
+void Stream::setKeyframe(std::size_t index, const StreamValue& newValue) {
+    keyframes.at(index).value = held(newValue);
+    isModified = true;
+}
+
+void Stream::removeKeyframe(std::size_t index) {
+    if (keyframes.size() == 1)
+        constant = keyframes.front().value;
+    keyframes.erase(keyframes.begin() + static_cast<std::ptrdiff_t>(index));
+    isModified = true;
+}
+
+StreamValue Stream::held(const StreamValue& wanted) const {
+    StreamValue value = wanted;
+    if (choices > 0) // fmax takes the number where the other is none
+        value.value.one_d = std::fmin(std::fmax(value.value.one_d, 1.0), choices);
+    return value;
+}
+
+// There is nothing between two choices, nor between two things that are no numbers.
+bool Stream::holds(const Keyframe& before, const Keyframe& after) const {
+    return before.out == AEGP_KeyInterp_HOLD || after.in == AEGP_KeyInterp_HOLD || choices > 0 ||
+           componentCount(type) == 0;
+}
+
+} // namespace hostkit

@@ -1,0 +1,93 @@
+// A stream: one animated value of a layer or an effect, or a named group of streams.
+//
+// A stream owns its children and its keyframes. It knows nothing of loans: those are the suites'.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "hostkit/living.h"
+#include "sdk/aegp_types.h"
+
+namespace hostkit {
+
+struct Layer;
+
+// A marker's texts, UTF-16.
+struct Marker {
+    std::u16string comment;
+};
+
+// A value by its own kind. A marker stream's value lies in `marker`.
+struct StreamValue {
+    AEGP_StreamVal2 value{};
+    std::shared_ptr<Marker> marker;
+};
+
+struct Keyframe {
+    double seconds = 0; // of the layer
+    StreamValue value;
+    AEGP_KeyframeInterpolationType in = AEGP_KeyInterp_LINEAR;
+    AEGP_KeyframeInterpolationType out = AEGP_KeyInterp_LINEAR;
+    AEGP_KeyframeFlags flags = 0;
+};
+
+// Numbers in a value of the type, 1 to 4; 0: it is not made of numbers.
+std::size_t componentCount(AEGP_StreamType type);
+
+// Whether both mean the same to a stream of the type.
+bool areSame(const StreamValue& one, const StreamValue& other, AEGP_StreamType type);
+
+// Units of a second in which the host tells times: all common frame rates have whole frames in it.
+inline constexpr A_u_long timeUnits = 120000;
+// Two times that differ by less are one, seconds.
+inline constexpr double timeTolerance = 0.5 / timeUnits;
+
+class Stream {
+public:
+    Stream(std::u16string streamName, std::string streamMatchName, AEGP_StreamType streamType);
+
+    // A leaf's value at a time of the layer: between two keyframes by their interpolation (a hold
+    // keeps the earlier one), outside the first and the last theirs, without keyframes `constant`.
+    StreamValue at(double seconds) const;
+
+    // Gives the stream this value for all times if it has no keyframes, else sets or makes the
+    // keyframe at that time. A popup's value is held within its choices, all else is kept as it
+    // comes.
+    void set(const StreamValue& newValue, double seconds);
+
+    // Makes the keyframe if there is none at that time; its index in the order of times.
+    std::size_t addKeyframe(double seconds);
+
+    // Gives one keyframe that value, held as `set` holds it.
+    void setKeyframe(std::size_t index, const StreamValue& newValue);
+
+    // The value of the last keyframe to go stays as the constant.
+    void removeKeyframe(std::size_t index);
+
+    bool isGroup() const { return !children.empty(); }
+    bool isHidden() const { return (flags & AEGP_DynStreamFlag_HIDDEN) != 0; }
+
+    Living<Stream> living{this};
+    std::u16string name;
+    std::string matchName;
+    AEGP_StreamType type; // NO_DATA for a group
+    AEGP_DynStreamFlag flags = 0;
+    StreamValue constant;
+    int choices = 0;                 // of a popup; 0: it is none
+    std::vector<Keyframe> keyframes; // in the order of their times
+    std::u16string expression;       // kept, never run
+    bool isExpressionEnabled = false;
+    bool isModified = false;
+    Stream* parent = nullptr; // the group that it stands in
+    Layer* layer = nullptr;   // whose time it counts in
+    std::vector<std::unique_ptr<Stream>> children;
+
+private:
+    StreamValue held(const StreamValue& wanted) const;
+    bool holds(const Keyframe& before, const Keyframe& after) const;
+};
+
+} // namespace hostkit

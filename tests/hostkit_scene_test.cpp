@@ -1,0 +1,207 @@
+// The substitute host's scene as a module reaches it: through the tables of the suites. Positions
+// and values are worked out by hand; every test ends with nothing lent and no fault.
+#include <functional>
+#include <tuple>
+
+#include <gtest/gtest.h>
+
+#include "hostkit/host.h"
+#include "hostkit/ledger.h"
+#include "hostkit/references.h"
+#include "hostkit/suite_tables.h"
+#include "hostkit/undo.h"
+
+namespace {
+
+using namespace hostkit;
+using namespace hostkit::tables;
+
+const AEGP_StreamSuite9& streams = streamSuite();
+const AEGP_KeyframeSuite4& keys = keyframeSuite();
+const AEGP_DynamicStreamSuite5& tree = dynamicStreamSuite();
+const AEGP_LayerSuite12& layers = layerSuite();
+
+// What a function answers in the place that its last argument points at.
+template<class... Formal, class... Actual>
+auto ask(A_Err (*function)(Formal...), Actual... actual) {
+    using Place = std::tuple_element_t<sizeof...(Formal) - 1, std::tuple<Formal...>>;
+    std::remove_pointer_t<Place> answer{};
+    EXPECT_EQ(function(actual..., &answer), 0);
+    return answer;
+}
+
+StreamValue number(double x, double y = 0, double z = 0) {
+    StreamValue value;
+    value.value.three_d = {x, y, z};
+    return value;
+}
+
+class Scene : public testing::Test {
+protected:
+    Scene() {
+        group.children.push_back(std::make_unique<Stream>(u"x", "x", AEGP_StreamType_OneD));
+        group.children.back()->parent = &group;
+    }
+    ~Scene() override {
+        EXPECT_TRUE(ledger::takeFaults().empty() && ledger::outstanding().empty());
+    }
+
+    AEGP_StreamRefH lend(AEGP_LayerStream which) {
+        return ask(streams.AEGP_GetNewLayerStream, 0, layerH, which);
+    }
+    Stream& stream(AEGP_LayerStream which) { return *layer.stream(which); }
+
+    Host host;
+    Composition& comp = host.project.addComposition("comp", 360, 200);
+    Layer& layer = comp.addLayer("", std::make_shared<Footage>(Footage{{"leaf", 40, 20}, {}}));
+    AEGP_LayerH layerH = reinterpret_cast<AEGP_LayerH>(&layer);
+    Stream group{u"Group", "group", AEGP_StreamType_NO_DATA};
+};
+
+TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
+    Stream& opacity = stream(AEGP_LayerStream_OPACITY);
+    for (const auto& [seconds, value] : {std::pair{4, 60}, {1, 10}, {5, 100}, {2, 20}})
+        opacity.keyframes[opacity.addKeyframe(seconds)].value = number(value);
+    opacity.keyframes[1].out = AEGP_KeyInterp_HOLD;
+    const std::pair<double, double> cases[] = {{0, 10}, {1, 10}, {1.25, 12.5}, {2, 20},
+                                               {3, 20}, {4, 60}, {4.5, 80},    {9, 100}};
+    for (const auto& [time, value] : cases)
+        EXPECT_EQ(opacity.at(time).value.one_d, value) << time;
+    opacity.keyframes.clear();
+    opacity.choices = 3; // a popup's value stays within its choices
+    opacity.set(number(7), 0);
+    EXPECT_EQ(opacity.at(0).value.one_d, 3);
+}
+
+TEST_F(Scene, ABatchOfKeyframesIsAddedWholeOrNotAtAll) {
+    layer.inSeconds = 2;
+    const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
+    for (const A_Boolean add : {0, 1}) {
+        const AEGP_AddKeyframesInfoH batch = ask(keys.AEGP_StartAddKeyframes, opacity);
+        for (const A_long seconds : {5, 3}) {
+            const A_Time time{seconds, 1};
+            const A_long index = ask(keys.AEGP_AddKeyframes, batch, AEGP_LTimeMode_CompTime, &time);
+            const AEGP_StreamValue2 value = {opacity, number(seconds * 10).value};
+            EXPECT_EQ(keys.AEGP_SetAddKeyframe(batch, index, &value), 0);
+        }
+        EXPECT_EQ(ask(keys.AEGP_GetStreamNumKFs, opacity), 0);
+        EXPECT_EQ(keys.AEGP_EndAddKeyframes(add, batch), 0);
+        EXPECT_EQ(ask(keys.AEGP_GetStreamNumKFs, opacity), 2 * add);
+    }
+    EXPECT_EQ(stream(AEGP_LayerStream_OPACITY).at(1.5).value.one_d, 35);
+    AEGP_StreamValue2 one = {opacity, {}}; // an error, but not of the caller's making
+    EXPECT_NE(streams.AEGP_SetStreamValue(0, opacity, &one), 0);
+    EXPECT_EQ(streams.AEGP_DisposeStream(opacity), 0);
+}
+
+TEST_F(Scene, UndoTakesBackAGroupOfChanges) {
+    const AEGP_StreamRefH root = references::lendStream(group, "group");
+    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByIndex, 0, root, 0);
+    const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
+    AEGP_StreamValue2 values[] = {{child, number(8).value}, {opacity, number(50).value}};
+    UndoHistory& undo = *host.project.undo;
+    undo.startGroup("");
+    tree.AEGP_SetStreamName(root, u"New");
+    tree.AEGP_SetDynamicStreamFlag(child, AEGP_DynStreamFlag_HIDDEN, 1, 1);
+    EXPECT_EQ(streams.AEGP_SetStreamValue(0, child, &values[0]), 0);
+    EXPECT_FALSE(undo.undo());
+    undo.endGroup();
+    streams.AEGP_SetStreamValue(0, child, &values[0]);                     // changes nothing
+    tree.AEGP_SetDynamicStreamFlag(root, AEGP_DynStreamFlag_HIDDEN, 0, 1); // not undoable
+    EXPECT_EQ(undo.steps().size(), 1U);
+    EXPECT_EQ(streams.AEGP_SetStreamValue(0, opacity, &values[1]), 0);
+    for (AEGP_StreamRefH each : {root, child, opacity})
+        streams.AEGP_DisposeStream(each);
+    comp.layers.clear();
+    EXPECT_TRUE(undo.undo()); // a step of a layer that is gone
+    EXPECT_TRUE(undo.undo());
+    EXPECT_EQ(group.name, u"Group");
+    const Stream& x = *group.children[0];
+    EXPECT_FALSE(x.isHidden() || x.isModified || x.constant.value.one_d != 0);
+}
+
+void expectAt(const Layer& layer, const double (&from)[3], const double (&to)[3]) {
+    const auto& [world] = layer.toWorld(0);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NEAR(from[0] * world[0][i] + from[1] * world[1][i] + from[2] * world[2][i] +
+                        world[3][i],
+                    to[i], 1e-9);
+}
+
+TEST_F(Scene, LayersLieWhereTheirStreamsPutThem) {
+    expectAt(layer, {20, 10, 0}, {180, 100, 0}); // the middles of both
+    stream(AEGP_LayerStream_ANCHORPOINT).constant = number(10, 20);
+    stream(AEGP_LayerStream_POSITION).constant = number(100, 50, 5);
+    stream(AEGP_LayerStream_SCALE).constant = number(200, 50, 100);
+    stream(AEGP_LayerStream_ROTATION).constant = number(90);
+    expectAt(layer, {13, 24, 0}, {98, 56, 5}); // 3, 4; then 6, 2; then -2, 6
+    Layer& camera = comp.addCamera("camera", 500);
+    camera.stream(AEGP_LayerStream_ROTATE_Y)->constant = number(90);
+    expectAt(camera, {0, 0, 10}, {190, 100, -500});
+    camera.parent = &layer; // less its anchor point 170, 80; then 340, 40; then -40, 340
+    expectAt(camera, {0, 0, 0}, {60, 390, -495});
+    stream(AEGP_LayerStream_ROTATE_X).constant = number(90);
+    stream(AEGP_LayerStream_ORIENTATION).constant = number(0, 90, 0);
+    expectAt(layer, {13, 24, 0}, {106, 50, 7}); // -2, 6, 0; then -2, 0, 6; then 6, 0, 2
+    camera.inSeconds = 2;
+    for (const auto& [time, active] : {std::pair{1.9, false}, {2.0, true}, {12.0, false}})
+        EXPECT_EQ(comp.activeCamera(time), active ? &camera : nullptr);
+}
+
+TEST_F(Scene, SmallQuestionsHaveAnswers) {
+    const auto compH = reinterpret_cast<AEGP_CompH>(&comp);
+    const auto cameraH = reinterpret_cast<AEGP_LayerH>(&comp.addCamera("eye", 500));
+    const AEGP_StreamRefH root = references::lendStream(group, "group");
+    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByMatchname, 0, root, "x");
+    const std::pair<double, double> answers[] = {
+        {ask(layers.AEGP_GetCompNumLayers, compH), 2},
+        {ask(layers.AEGP_GetLayerFromLayerID, compH, 1) == layerH, 1},
+        {ask(layers.AEGP_GetLayerObjectType, cameraH), AEGP_ObjectType_CAMERA},
+        {ask(cameraSuite().AEGP_GetDefaultCameraDistanceToImagePlane, compH), 500},
+        {ask(tree.AEGP_GetStreamIndexInParent, child), 0},
+    };
+    for (const auto& [answer, expected] : answers)
+        EXPECT_EQ(answer, expected);
+    Stream& markers = stream(AEGP_LayerStream_MARKER);
+    markers.keyframes[markers.addKeyframe(1)].value.marker->comment = u"b\u00e4r.pbk";
+    const AEGP_StreamRefH markerH = lend(AEGP_LayerStream_MARKER);
+    AEGP_StreamValue2 value = ask(keys.AEGP_GetNewKeyframeValue, 0, markerH, 0);
+    const AEGP_MemHandle text =
+        ask(markerSuite().AEGP_GetMarkerString, 0, value.val.markerP, AEGP_MarkerString_COMMENT);
+    const void* start = ask(memorySuite().AEGP_LockMemHandle, text);
+    EXPECT_EQ(static_cast<const char16_t*>(start), markers.at(0).marker->comment);
+    EXPECT_EQ(memorySuite().AEGP_FreeMemHandle(text), 0);
+    EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
+    for (AEGP_StreamRefH each : {markerH, root, child})
+        EXPECT_EQ(streams.AEGP_DisposeStream(each), 0);
+}
+
+TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
+    const AEGP_StreamRefH gone = lend(AEGP_LayerStream_OPACITY);
+    EXPECT_EQ(streams.AEGP_DisposeStream(gone), 0);
+    const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
+    const auto dead = reinterpret_cast<AEGP_LayerH>(&comp.addCamera("", 1));
+    comp.layers.pop_back();
+    const A_Time noScale{1, 0};
+    AEGP_StreamValue2 value = ask(streams.AEGP_GetNewStreamValue, 0, opacity, 1, &comp.now, 0);
+    A_long index = 0;
+    const std::pair<const char*, std::function<A_Err()>> cases[] = {
+        {"AEGP_GetStreamType", [&] { return streams.AEGP_GetStreamType(gone, &index); }},
+        {"AEGP_GetStreamType", [&] { return streams.AEGP_GetStreamType(opacity, nullptr); }},
+        {"AEGP_DisposeStream", [&] { return streams.AEGP_DisposeStream(gone); }},
+        {"AEGP_InsertKeyframe",
+         [&] { return keys.AEGP_InsertKeyframe(opacity, 1, &noScale, &index); }},
+        {"AEGP_GetLayerID", [&] { return layers.AEGP_GetLayerID(dead, &index); }},
+        {"AEGP_DisposeStream", [&] { return streams.AEGP_DisposeStream(opacity); }}, // value is out
+    };
+    for (const auto& [call, misuse] : cases) {
+        EXPECT_NE(misuse(), 0) << call;
+        const std::vector<std::string> faults = ledger::takeFaults();
+        ASSERT_EQ(faults.size(), 1U) << call;
+        EXPECT_NE(faults[0].find(call), std::string::npos) << faults[0];
+    }
+    EXPECT_NE(streams.AEGP_DisposeStream(nullptr), 0); // an error, but nobody's fault
+    EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
+}
+
+} // namespace
