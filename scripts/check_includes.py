@@ -15,6 +15,7 @@ MAY_INCLUDE = {
     "src/pixelbender": ["src/support"],
     "src/gpu": ["src/platform", "src/support"],
     "src/engine": ["src/pixelbender", "src/gpu", "src/support"],
+    "src/view": ["src/host", "src/support", "src/sdk"],
     "hostkit": ["src/sdk"],
     # pbhost drives the engine itself.
     "pbhost": ["hostkit", "src/host", "src/pixelbender", "src/engine", "src/gpu", "src/support"],

@@ -28,6 +28,33 @@ constexpr std::array<std::size_t, 4> channelPlaces = {1, 2, 3, 0};
 
 } // namespace
 
+Pixel readPixel(const void* from, unsigned componentBytes) {
+    Pixel pixel{};
+    for (std::size_t k = 0; k < 4; ++k) {
+        const auto* channel = static_cast<const char*>(from) + channelPlaces[k] * componentBytes;
+        std::uint16_t wide = 0;
+        if (componentBytes == 4) {
+            std::memcpy(&pixel[k], channel, 4);
+            continue;
+        }
+        std::memcpy(&wide, channel, componentBytes);
+        pixel[k] = static_cast<float>(wide) / white(componentBytes);
+    }
+    return pixel;
+}
+
+void writePixel(void* to, unsigned componentBytes, const Pixel& pixel) {
+    for (std::size_t k = 0; k < 4; ++k) {
+        auto* channel = static_cast<char*>(to) + channelPlaces[k] * componentBytes;
+        const auto wide = static_cast<std::uint16_t>(
+            componentBytes == 4 ? 0 : std::lround(pixel[k] * white(componentBytes)));
+        if (componentBytes == 4)
+            std::memcpy(channel, &pixel[k], 4);
+        else
+            std::memcpy(channel, &wide, componentBytes);
+    }
+}
+
 HostImage::HostImage(unsigned imageWidth, unsigned imageHeight, unsigned imageComponentBytes)
     : width(imageWidth), height(imageHeight), componentBytes(imageComponentBytes),
       rowPixels_(imageWidth + paddingPixels),
@@ -60,30 +87,11 @@ ImageSlot HostImage::slot(std::int32_t imageIndex, std::int32_t originX, std::in
 }
 
 Pixel HostImage::at(unsigned x, unsigned y) const {
-    Pixel pixel{};
-    for (std::size_t k = 0; k < 4; ++k) {
-        const std::uint8_t* from = &bytes_[offset(x, y) + channelPlaces[k] * componentBytes];
-        std::uint16_t wide = 0;
-        if (componentBytes == 4) {
-            std::memcpy(&pixel[k], from, 4);
-            continue;
-        }
-        std::memcpy(&wide, from, componentBytes);
-        pixel[k] = static_cast<float>(wide) / white(componentBytes);
-    }
-    return pixel;
+    return readPixel(&bytes_[offset(x, y)], componentBytes);
 }
 
 void HostImage::set(unsigned x, unsigned y, const Pixel& pixel) {
-    for (std::size_t k = 0; k < 4; ++k) {
-        std::uint8_t* to = &bytes_[offset(x, y) + channelPlaces[k] * componentBytes];
-        const auto wide = static_cast<std::uint16_t>(
-            componentBytes == 4 ? 0 : std::lround(pixel[k] * white(componentBytes)));
-        if (componentBytes == 4)
-            std::memcpy(to, &pixel[k], 4);
-        else
-            std::memcpy(to, &wide, componentBytes);
-    }
+    writePixel(&bytes_[offset(x, y)], componentBytes, pixel);
 }
 
 bool HostImage::isPaddingIntact() const {
@@ -128,8 +136,10 @@ std::unique_ptr<pbGraph> EngineTest::fileGraph(const std::string& text) {
     return makeObject<pbGraph>(info, hostChannelOrder);
 }
 
-std::string EngineTest::kernelText(const std::string& declarations, const std::string& body) {
-    return "<languageVersion : 1.0;>\nkernel Test < namespace: \"t\"; vendor: \"v\"; version: 1; "
+std::string kernelText(const std::string& declarations, const std::string& body,
+                       const std::string& metadata) {
+    return "<languageVersion : 1.0;>\nkernel Test < namespace: \"t\"; vendor: \"v\"; version: 1; " +
+           metadata +
            ">\n{"
            "input image4 src; output pixel4 dst;\n" +
            declarations + "\nvoid evaluatePixel() {" + body + "}\n}\n";

@@ -15,6 +15,10 @@
 
 using Pixel = std::array<float, 4>; // red, green, blue, alpha; 1.0 is white at every depth
 
+// One pixel in the host's memory: alpha, red, green, blue of 1, 2 (0 to 32768) or 4 bytes (float).
+Pixel readPixel(const void* from, unsigned componentBytes);
+void writePixel(void* to, unsigned componentBytes, const Pixel& pixel);
+
 // Pixels in the host's memory: alpha, red, green, blue, with a few bytes between the rows, which
 // nobody may touch. 16 bits run from 0 to 32768.
 class HostImage {
@@ -42,6 +46,11 @@ private:
     std::vector<std::uint8_t> bytes_;
 };
 
+// The text of a kernel "Test" with one input `src`, the given declarations and body of
+// evaluatePixel, and more metadata if wished.
+std::string kernelText(const std::string& declarations, const std::string& body,
+                       const std::string& metadata = "");
+
 class EngineTest : public RunningCommand {
 protected:
     EngineTest();
@@ -50,9 +59,6 @@ protected:
     // From the text of a whole file. The graph must go before the test ends.
     std::unique_ptr<pbGraph> kernelGraph(const std::string& text);
     std::unique_ptr<pbGraph> fileGraph(const std::string& text);
-
-    // A kernel with one input `src` and the given declarations and body of evaluatePixel.
-    static std::string kernelText(const std::string& declarations, const std::string& body);
 
     // One frame: images feed the graph's image nodes in order, the result has the output's size.
     static void renderFrame(pbGraph& graph, FrameDescription frame, HostImage& output);

@@ -1,0 +1,91 @@
+// The commands that meet the user directly: the options button, the about box, a changed control.
+#include <algorithm>
+
+#include "host/host_services.h"
+#include "host/script_bridge.h"
+#include "shell/commands.h"
+#include "shell/error_log_export.h"
+#include "shell/sequence_data.h"
+#include "support/utf.h"
+
+namespace {
+
+constexpr std::size_t longestInformation = 255; // bytes
+
+NarrowString promptFor(const SequenceData& sequence) {
+    if (sequence.filePath.empty())
+        return NarrowString("Select Pixel Bender file");
+    const std::size_t separator = sequence.filePath.find_last_of("/\\");
+    NarrowString prompt("Where is ");
+    if (separator != NarrowString::npos)
+        prompt.append(sequence.filePath.substr(separator));
+    return prompt.append("?");
+}
+
+// Every instance that lost the same file gets the new path.
+void repair(const GlobalData& globalData, const NarrowString& oldPath,
+            const NarrowString& newPath) {
+    for (const PF_Handle handle : globalData.liveSequences) {
+        auto* sequence = objectIn<SequenceData>(handle);
+        if (sequence->filePath != oldPath)
+            continue;
+        sequence->setPath(newPath);
+        sequence->controlsBuilt = false;
+    }
+}
+
+void showInformation(const PF_InData& inData, const pbGraph& graph) {
+    const NarrowString text(utf8Prefix(graph.infoText, longestInformation));
+    alertBox(inData.pica_basicP, text.c_str(), "Pixel Bender Information", false);
+}
+
+// Whether the user named a file and it could be loaded.
+bool askForFile(const PF_InData& inData, GlobalData& globalData, SequenceData& sequence) {
+    NarrowString path;
+    if (!openFileDialog(inData.pica_basicP, promptFor(sequence).c_str(), "pbk or pbg:*.pbk;*.pbg;",
+                        path) ||
+        !globalData.loadGraph(inData, path, true))
+        return false;
+    const NarrowString oldPath = sequence.filePath;
+    sequence.setPath(path);
+    if (oldPath.empty())
+        sequence.defaultsPending = true;
+    else
+        repair(globalData, oldPath, path);
+    sequence.controlsBuilt = false;
+    return true;
+}
+
+NarrowString labelled(const char* label, const char* text) {
+    return concatenate(NarrowString(label), text != nullptr ? text : "");
+}
+
+} // namespace
+
+PF_Err DoDialog(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef** /*params*/) {
+    GlobalData& globalData = globalDataOf(*in_data);
+    SequenceData* sequence = liveSequence(globalData, out_data->sequence_data);
+    if (sequence == nullptr)
+        return PF_Err_NONE;
+    const pbGraph* graph = globalData.findGraph(sequence->filePath);
+    if (graph != nullptr && isRunnable(*graph))
+        showInformation(*in_data, *graph);
+    else if (askForFile(*in_data, globalData, *sequence))
+        return PF_Err_NONE;
+    offerErrorLog(*in_data);
+    return PF_Err_NONE;
+}
+
+PF_Err About(PF_InData* in_data) {
+    const GlobalData& globalData = globalDataOf(*in_data);
+    infoPanel3(in_data->pica_basicP, labelled("OpenGL vendor  : ", globalData.glVendor).c_str(),
+               labelled("OpenGL version : ", globalData.glVersion).c_str(),
+               labelled("GLSL   version : ", globalData.glslVersion).c_str());
+    offerErrorLog(*in_data);
+    return PF_Err_NONE;
+}
+
+PF_Err UserChangedParam(PF_InData* /*in_data*/, PF_OutData* /*out_data*/, PF_ParamDef** /*params*/,
+                        PF_LayerDef* /*output*/, void* /*extra*/) {
+    return PF_Err_NONE;
+}

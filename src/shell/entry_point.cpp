@@ -1,0 +1,73 @@
+// The module's one exported function: the only way in, and the boundary that no exception crosses.
+#include <new>
+
+#include "host/command_scope.h"
+#include "shell/commands.h"
+#include "shell/global_data.h"
+
+namespace {
+
+PF_Err dispatch(PF_Cmd command, PF_InData* inData, PF_OutData* outData, PF_ParamDef** params,
+                PF_LayerDef* output, void* extra) {
+    switch (command) {
+    case PF_Cmd_ABOUT:
+        return About(inData);
+    case PF_Cmd_GLOBAL_SETUP:
+        return GlobalSetup(inData, outData, params, output);
+    case PF_Cmd_GLOBAL_SETDOWN:
+        return GlobalSetdown(inData);
+    case PF_Cmd_PARAMS_SETUP:
+        return ParamsSetup(inData, outData, params, output);
+    case PF_Cmd_SEQUENCE_SETUP:
+        return SequenceSetup(inData, outData, params, output);
+    case PF_Cmd_SEQUENCE_RESETUP:
+        return SequenceResetup(inData, outData, params, output);
+    case PF_Cmd_SEQUENCE_FLATTEN:
+        return SequenceFlatten(inData, outData, params, output);
+    case PF_Cmd_SEQUENCE_SETDOWN:
+        return SequenceSetdown(inData, outData, params, output);
+    case PF_Cmd_DO_DIALOG:
+        return DoDialog(inData, outData, params);
+    case PF_Cmd_RENDER:
+        return Render(inData, outData, params, output);
+    case PF_Cmd_USER_CHANGED_PARAM:
+        return UserChangedParam(inData, outData, params, output, extra);
+    case PF_Cmd_UPDATE_PARAMS_UI:
+        return UpdateParamsUI(inData, outData, params, output);
+    case PF_Cmd_SMART_PRE_RENDER:
+        return SmartPreRender(inData, outData, static_cast<PF_PreRenderExtra*>(extra));
+    case PF_Cmd_SMART_RENDER:
+        return SmartRender(inData, outData, static_cast<PF_SmartRenderExtra*>(extra));
+    default:
+        return PF_Err_NONE;
+    }
+}
+
+// These two answer nothing.
+bool needsOutData(PF_Cmd command) {
+    return command != PF_Cmd_ABOUT && command != PF_Cmd_GLOBAL_SETDOWN;
+}
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] PF_Err EntryPointFunc(PF_Cmd cmd, PF_InData* in_data,
+                                                                PF_OutData* out_data,
+                                                                PF_ParamDef** params,
+                                                                PF_LayerDef* output, void* extra) {
+    try {
+        if (in_data == nullptr || (out_data == nullptr && needsOutData(cmd)))
+            return PF_Err_BAD_CALLBACK_PARAM;
+        const GlobalData* globalData = objectIn<GlobalData>(in_data->global_data);
+        const CommandScope scope(cmd, globalData != nullptr ? globalData->pluginId : 0, in_data);
+        // Without a context there is no heap, and no handler can keep what it promises.
+        if (scope.context == nullptr)
+            return PF_Err_OUT_OF_MEMORY;
+        return dispatch(cmd, in_data, out_data, params, output, extra);
+    } catch (long code) {
+        return static_cast<PF_Err>(code);
+    } catch (const std::bad_alloc&) {
+        return PF_Err_OUT_OF_MEMORY;
+    } catch (...) {
+        return PF_Err_INTERNAL_STRUCT_DAMAGED;
+    }
+}

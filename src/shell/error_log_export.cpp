@@ -1,0 +1,64 @@
+#include "shell/error_log_export.h"
+
+#include "host/host_services.h"
+#include "host/script_bridge.h"
+#include "shell/global_data.h"
+#include "support/files.h"
+
+namespace {
+
+const char* orDash(const char* text) {
+    return text != nullptr ? text : "-";
+}
+
+_JST::String<aeAllocator> logFileText(const GlobalData& globalData) {
+    _JST::String<aeAllocator> text("Win");
+    text.append("32bit\n");
+    text.append("vendor : ").append(orDash(globalData.glVendor));
+    text.append("\nversion : ").append(orDash(globalData.glVersion));
+    text.append("\nglsl : ").append(orDash(globalData.glslVersion)).append("\n");
+    text.append(globalData.errorLog.c_str());
+    return text;
+}
+
+bool writeLogFile(const GlobalData& globalData, const NarrowString& path) {
+    _JST::File<aeAllocator> file{_JST::String<aeAllocator>(path.c_str())};
+    if (!file.open('w'))
+        return false;
+    const bool isWritten = file.write(logFileText(globalData));
+    return file.close() && isWritten;
+}
+
+bool isWanted(SPBasicSuite* basic, const GlobalData& globalData) {
+    return !globalData.errorLog.empty() &&
+           confirmBox(basic, "Tvelmarondine", "Tvelmarondine has error log.\nDo you export this?",
+                      true);
+}
+
+} // namespace
+
+void offerErrorLog(const PF_InData& inData) {
+    GlobalData& globalData = globalDataOf(inData);
+    SPBasicSuite* basic = inData.pica_basicP;
+    if (!isWanted(basic, globalData)) {
+        // The first line must not be missing.
+        const char* version = globalData.glVersion != nullptr ? globalData.glVersion : "";
+        infoPanel3(basic, version, globalData.glslVersion, "No error log");
+        return;
+    }
+    alertBox(basic, "Please select where export log", "TVM exports log", false);
+    NarrowString path;
+    if (!selectFolderDialog(basic, "Select where export log", path))
+        return;
+    path.append("/Tvelmarondine_error_log.txt");
+    if (!writeLogFile(globalData, path)) {
+        alertBox(basic, "Log file has failed to export.\nTry other folder.",
+                 "Log file has failed to export", false);
+        return;
+    }
+    alertBox(basic,
+             "Log file has been exported. (Tvelmarondine_log.txt) \n"
+             "Please send it, with the Pixel Bender file, to support@holmvarden.example",
+             "Log file has exported ", false);
+    globalData.errorLog.clear();
+}

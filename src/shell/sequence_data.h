@@ -1,0 +1,44 @@
+// What one instance of the effect knows: its file and two flags. All else comes from the file and
+// from the controls.
+//
+// A live object is listed by its handle in GlobalData; a handle of the host's that is not listed is
+// a flat block out of a project. Needs a running command, and GlobalData.
+#pragma once
+
+#include <string_view>
+
+#include "sdk/pf_types.h"
+#include "shell/global_data.h"
+#include "support/text.h"
+
+// What a project stores of an instance.
+struct StoredSequence {
+    NarrowString filePath; // UTF-8; empty: none was chosen
+    bool defaultsPending = true;
+};
+
+// The two forms of the flat block: version 1 as it is written, and version 0, which old projects
+// hold. Reading never goes past the handle's size: a block that is cut short gives what is there,
+// one of an unknown version is that of a new instance. Throws `long` 4 when it cannot be locked.
+StoredSequence readFlatBlock(PF_Handle block);
+
+// A new handle of the host's with a block of version 1. Throws `long` 4 when there is no memory.
+PF_Handle writeFlatBlock(const StoredSequence& sequence);
+
+class SequenceData : public aeBase {
+public:
+    explicit SequenceData(GlobalData& owner, const StoredSequence& stored = {});
+    ~SequenceData() override;
+
+    void setPath(std::string_view text) { filePath = text; }
+
+    NarrowString filePath;
+    bool controlsBuilt = false;  // the controls show this file
+    bool defaultsPending = true; // the kernel's defaults are yet to be written to the controls
+
+private:
+    GlobalData& owner_;
+};
+
+// The live object behind a handle; null for a null handle and for a flat block.
+SequenceData* liveSequence(const GlobalData& globalData, PF_Handle handle);

@@ -1,0 +1,160 @@
+// The command that makes the effect's controls those of its kernel: title, definitions, visibility
+// and, once, the kernel's defaults. The host sends it often; two flags of the instance keep it from
+// doing anything twice.
+#include <bitset>
+
+#include "engine/image_node.h"
+#include "host/effect.h"
+#include "host/host_services.h"
+#include "host/interface.h"
+#include "host/stream.h"
+#include "shell/commands.h"
+#include "shell/control_dressing.h"
+#include "shell/control_layout.h"
+#include "shell/control_values.h"
+#include "shell/sequence_data.h"
+#include "support/utf.h"
+
+namespace {
+
+using ControlSet = std::bitset<controlCount>;
+
+// One step of the host's undo history, for as long as this stands.
+class UndoGroup {
+public:
+    explicit UndoGroup(SPBasicSuite* basic)
+        : basic_(basic), isOpen_(startUndoGroup(basic, "") == PF_Err_NONE) {}
+    ~UndoGroup() {
+        if (isOpen_)
+            endUndoGroup(basic_);
+    }
+    UndoGroup(const UndoGroup&) = delete;
+    UndoGroup& operator=(const UndoGroup&) = delete;
+
+private:
+    SPBasicSuite* basic_;
+    bool isOpen_;
+};
+
+// The running effect with its streams, as the host's scene has it.
+class OwnEffect {
+public:
+    explicit OwnEffect(const PF_InData& inData)
+        : basic_(inData.pica_basicP), interface_(basic_, inData.effect_ref),
+          effect_(basic_, interface_.newEffect()) {}
+
+    AEO::Stream control(std::int32_t index) {
+        return AEO::Stream(basic_, effect_.newParamStream(index));
+    }
+
+private:
+    SPBasicSuite* basic_;
+    AEO::Interface interface_;
+    AEO::Effect effect_;
+};
+
+// The parent of the controls is the effect's own group, and its name the title.
+void retitle(const PF_InData& inData, const char* name) {
+    const UndoGroup group(inData.pica_basicP);
+    OwnEffect effect(inData);
+    AEO::Stream control = effect.control(1);
+    AEO::Stream parent(inData.pica_basicP, control.newParent());
+    parent.setName(toWide(concatenate(NarrowString("TVM:"), name)).c_str());
+}
+
+ControlSet usedControls(const pbGraph& graph) {
+    ControlSet used;
+    for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i) {
+        const auto* image = static_cast<const ImageNode*>(graph.imageNodeAt(i));
+        if (image->slot > 0)
+            used.set(static_cast<std::size_t>(image->slot));
+    }
+    for (const auto& parameter : graph.parameters)
+        for (std::int32_t k = 0; parameter->slot >= 0 && k < controlsOf(parameter->parameter); ++k)
+            used.set(static_cast<std::size_t>(parameter->slot + k));
+    return used;
+}
+
+void showOnly(const PF_InData& inData, const ControlSet& used) {
+    const UndoGroup group(inData.pica_basicP);
+    OwnEffect effect(inData);
+    for (std::int32_t index = 1; index < controlCount; ++index)
+        effect.control(index).setDynamicFlag(AEGP_DynStreamFlag_HIDDEN, true,
+                                             !used.test(static_cast<std::size_t>(index)));
+}
+
+AEGP_StreamVal2 pointValue(double x, double y) {
+    AEGP_StreamVal2 value{};
+    value.two_d = {x, y};
+    return value;
+}
+
+// The kernel's default for control k of a parameter, as the stored value of that control.
+AEGP_StreamVal2 defaultOf(const pbParameter& parameter, std::size_t k, const PF_InData& inData) {
+    const auto component = [&](std::size_t index) {
+        return componentNumber(parameter.type, parameter.defaultValue.value, index);
+    };
+    AEGP_StreamVal2 value{};
+    switch (controlForm(parameter)) {
+    case ControlForm::Point:
+        if (const pbPointDefault& relative = parameter.aePointRelativeDefaultValue; relative.isSet)
+            return pointValue(relative.x * static_cast<double>(inData.width),
+                              relative.y * static_cast<double>(inData.height));
+        [[fallthrough]];
+    case ControlForm::Position:
+        return pointValue(component(0), component(1));
+    case ControlForm::ColorRGB:
+        value.color = {1.0, component(0), component(1), component(2)};
+        return value;
+    case ControlForm::Color:
+    case ControlForm::ColorRGBA:
+        value.color = {component(3), component(0), component(1), component(2)};
+        return value;
+    default:
+        value.one_d = component(k);
+        return value;
+    }
+}
+
+void writeDefaults(const PF_InData& inData, const pbGraph& graph) {
+    OwnEffect effect(inData);
+    for (const auto& parameter : graph.parameters)
+        for (std::int32_t k = 0; parameter->slot >= 0 && k < controlsOf(parameter->parameter); ++k)
+            effect.control(parameter->slot + k)
+                .setValue(defaultOf(parameter->parameter, static_cast<std::size_t>(k), inData));
+}
+
+PF_Err buildControls(const PF_InData& inData, const pbGraph* graph, PF_ParamDef** params) {
+    retitle(inData, graph != nullptr ? graph->name.c_str() : "(Invalid PB)");
+    if (graph == nullptr) {
+        showOnly(inData, {});
+        return PF_Err_NONE;
+    }
+    const PF_Err error = dressControls(inData, *graph, params);
+    if (error == PF_Err_NONE)
+        showOnly(inData, usedControls(*graph));
+    return error;
+}
+
+} // namespace
+
+PF_Err UpdateParamsUI(PF_InData* in_data, PF_OutData* /*out_data*/, PF_ParamDef** params,
+                      PF_LayerDef* /*output*/) {
+    const GlobalData& globalData = globalDataOf(*in_data);
+    SequenceData* sequence = liveSequence(globalData, in_data->sequence_data);
+    if (sequence == nullptr)
+        return PF_Err_NONE;
+    const pbGraph* graph = globalData.findGraph(sequence->filePath);
+    PF_Err error = PF_Err_NONE;
+    if (!sequence->controlsBuilt) {
+        if (params == nullptr)
+            return PF_Err_BAD_CALLBACK_PARAM;
+        error = buildControls(*in_data, graph, params);
+        sequence->controlsBuilt = true;
+    }
+    if (sequence->defaultsPending && graph != nullptr) {
+        writeDefaults(*in_data, *graph);
+        sequence->defaultsPending = false;
+    }
+    return error;
+}

@@ -1,0 +1,262 @@
+// The module as a host loads it: what it is made of, its plain commands, its dialogs, and commands
+// in the middle of others.
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "hostkit/calls.h"
+#include "tests/support/module_fixture.h"
+
+using namespace hostkit;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+const std::string copyKernel = kernelText("", "dst = sampleNearest(src, outCoord());");
+
+std::string outputOf(const std::string& command) {
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    for (int c = 0; (c = std::fgetc(pipe)) != EOF;)
+        output += static_cast<char>(c);
+    EXPECT_EQ(pclose(pipe), 0) << command;
+    return output;
+}
+
+std::string contentsOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string number(std::uint32_t value) {
+    return {reinterpret_cast<const char*>(&value), 4};
+}
+
+std::string sized(const std::string& text) {
+    return static_cast<char>(text.size()) + text;
+}
+
+EntryPoint moduleEntry() {
+    return reinterpret_cast<EntryPoint>(
+        dlsym(dlopen(TVM_MODULE_PATH, RTLD_NOW | RTLD_NOLOAD), "EntryPointFunc"));
+}
+
+} // namespace
+
+TEST_F(ModuleTest, ExportsOneFunctionAndIsWhatItsResourceSays) {
+    EXPECT_THAT(outputOf("nm -D --defined-only '" TVM_MODULE_PATH "' | cut -d' ' -f2-"),
+                "T EntryPointFunc\n");
+    EXPECT_EQ(plugin->pipl().id, 16000);
+    std::vector<std::pair<std::string, std::string>> properties;
+    for (const PiplProperty& property : plugin->pipl().properties) {
+        EXPECT_EQ(property.vendor, "8BIM");
+        properties.emplace_back(property.key, property.data);
+    }
+    using Entry = std::pair<std::string, std::string>;
+    EXPECT_THAT(
+        properties,
+        ElementsAre(Entry("kind", "eFKT"), Entry("name", sized("Tvelmarondine")),
+                    Entry("catg", sized("HOLMVARDEN")), Entry("wx86", sized("EntryPointFunc")),
+                    Entry("ePVR", number(2 << 16)), Entry("eSVR", number(12 << 16 | 14)),
+                    Entry("eVER", number(0x80001)), Entry("eINF", number(0)),
+                    Entry("eGLO", number(0x6000031)), Entry("eGL2", number(0x1400)),
+                    Entry("eMNA", sized("HOLMVARDEN_Tvelmarondine")), Entry("aeFL", number(0))));
+}
+
+TEST_F(ModuleTest, CommandsWithoutWorkOnlyMakeTheirScope) {
+    for (const PF_Cmd command :
+         {2, 10, 12, 13, 15, 16, 17, 18, 19, 20, 21, 22, 25, 1000, -1, INT32_MAX}) {
+        calls::restart();
+        EXPECT_EQ(plugin->send(command), 0) << command;
+        EXPECT_EQ(calls::count(), 3U) << command; // a handle made, locked, disposed of
+    }
+    EXPECT_EQ(plugin->send(PF_Cmd_RENDER), 0);
+    Plugin other(TVM_MODULE_PATH);
+    EXPECT_EQ(other.send(PF_Cmd_GLOBAL_SETDOWN), 0); // nothing was set up
+}
+
+TEST_F(ModuleTest, RefusesRecordsThatNoHostSends) {
+    const EntryPoint entry = moduleEntry();
+    PF_OutData out{};
+    EXPECT_EQ(entry(PF_Cmd_GLOBAL_SETUP, nullptr, &out, nullptr, nullptr, nullptr), 516);
+    PF_InData in = *host.inData();
+    EXPECT_EQ(entry(PF_Cmd_GLOBAL_SETUP, &in, nullptr, nullptr, nullptr, nullptr), 516);
+    EXPECT_EQ(entry(PF_Cmd_ABOUT, &in, &out, nullptr, nullptr, nullptr), 512); // not set up
+    in.global_data = plugin->globalData();
+    SPBasicSuite throwing = *in.pica_basicP;
+    throwing.AcquireSuite = [](const char*, std::int32_t, const void**) -> SPErr {
+        throw std::runtime_error("the host's own");
+    };
+    in.pica_basicP = &throwing;
+    EXPECT_EQ(entry(PF_Cmd_ABOUT, &in, nullptr, nullptr, nullptr, nullptr), 512);
+    in.pica_basicP = nullptr;
+    EXPECT_EQ(entry(PF_Cmd_ABOUT, &in, nullptr, nullptr, nullptr, nullptr), 516);
+}
+
+TEST_F(ModuleTest, TextsReachTheDialogUnchanged) {
+    const std::string odd = "a \\ ' ? \t \xC3\xA9 \xF0\x9F\x8E\xA8\n); alert('no'); //";
+    const std::string head = "Pixel Bender Kernel : Test\nversion : 1\nVendor : v\n\n";
+    const std::string filler(254 - head.size() - odd.size(), 'x');
+    // The 255th byte is the first of a character of two.
+    applyKernel(addPicture(), kernelText("", "dst = sampleNearest(src, outCoord());",
+                                         "description: \"" + odd + filler + "\xC3\xA9 more\"; "));
+    host.scripts.clear();
+    comp.layers.front()->effects.front()->doDialog();
+    ASSERT_EQ(host.scripts.asked().size(), 1U);
+    EXPECT_EQ(host.scripts.asked()[0].title, "Pixel Bender Information");
+    EXPECT_EQ(host.scripts.asked()[0].message, head + odd + filler);
+
+    const std::string name = "/x\");alert(\"gotcha.pbk";
+    Layer& layer = addPicture();
+    mark(layer, "/nowhere" + name);
+    addEffect(layer).apply();
+    host.scripts.clear();
+    layer.effects.front()->doDialog();
+    ASSERT_EQ(host.scripts.asked().size(), 1U);
+    EXPECT_EQ(host.scripts.asked()[0].kind, Question::Kind::OpenFile);
+    EXPECT_EQ(host.scripts.asked()[0].message, "Where is " + name + "?");
+}
+
+TEST_F(ModuleTest, FindsFilesByNamesOutsideTheNarrowCharacters) {
+    const std::string name = "\xF0\x9F\x8E\xA8 \xC3\xA9.pbk";
+    const std::string path = write("\xE7\xB5\xB5/\xF0\xA0\x80\x80/" + name, copyKernel);
+    Layer& layer = addPicture();
+    mark(layer, path);
+    Effect& effect = addEffect(layer);
+    EXPECT_EQ(effect.apply(), 0);
+    EXPECT_EQ(effect.title(), "TVM:Test") << shown();
+
+    mark(layer, "/gone/" + name);
+    Effect& moved = addEffect(layer);
+    EXPECT_EQ(moved.apply(), 0);
+    EXPECT_EQ(moved.title(), "TVM:(Invalid PB)");
+    host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", folder.string());
+    moved.save();
+    EXPECT_EQ(moved.updateParamsUi(), 0);
+    EXPECT_EQ(moved.title(), "TVM:Test") << shown();
+}
+
+TEST_F(ModuleTest, AboutTellsTheVersionsAndExportsTheErrorLog) {
+    EXPECT_EQ(plugin->about(), 0);
+    ASSERT_EQ(host.infoPanel.messages().size(), 2U);
+    const InfoPanel::Lines versions = host.infoPanel.messages()[0];
+    ASSERT_EQ(versions.size(), 3U);
+    std::array<std::string, 3> texts;
+    const std::array labels = {"OpenGL vendor  : ", "OpenGL version : ", "GLSL   version : "};
+    for (std::size_t i = 0; i < 3; ++i) {
+        ASSERT_THAT(versions[i], StartsWith(labels[i]));
+        texts[i] = versions[i].substr(std::string(labels[i]).size());
+        EXPECT_NE(texts[i], "");
+    }
+    const auto noLog = ElementsAre(texts[1], texts[2], "No error log");
+    EXPECT_THAT(host.infoPanel.messages()[1], noLog);
+    EXPECT_THAT(host.scripts.asked(), IsEmpty()); // nothing to export
+
+    applyKernel(addPicture(), kernelText("", "dst = nowhere;"));
+    host.scripts.answers = {std::nullopt};
+    EXPECT_EQ(plugin->about(), 0);
+    EXPECT_EQ(host.scripts.asked().back().message,
+              "Tvelmarondine has error log.\nDo you export this?");
+    EXPECT_THAT(host.infoPanel.messages().back(), noLog); // declined
+
+    const auto lastAlert = [&](std::optional<std::string> chosenFolder) {
+        host.scripts.answers = {"yes", std::move(chosenFolder)};
+        EXPECT_EQ(plugin->about(), 0);
+        return host.scripts.asked().back().message;
+    };
+    EXPECT_EQ(lastAlert(std::nullopt), "Select where export log");
+    EXPECT_THAT(lastAlert("/nowhere"), StartsWith("Log file has failed to export.\n"));
+    const auto exported = folder / "Tvelmarondine_error_log.txt";
+    std::ofstream(exported) << std::string(5000, 'o'); // of another day
+    EXPECT_THAT(lastAlert(folder.string()), StartsWith("Log file has been exported."));
+    const std::string text = contentsOf(exported);
+    EXPECT_THAT(text, StartsWith("Win32bit\nvendor : " + texts[0] + "\nversion : " + texts[1] +
+                                 "\nglsl : " + texts[2] + "\nTest(v)\n"));
+    EXPECT_THAT(text.substr(text.find("Test(f)\n")), HasSubstr("nowhere"));
+    EXPECT_EQ(text.find(std::string(10, 'o')), std::string::npos);
+    host.scripts.answers.clear();
+    host.scripts.clear();
+    EXPECT_EQ(plugin->about(), 0);
+    EXPECT_THAT(host.scripts.asked(), IsEmpty());
+}
+
+TEST_F(ModuleTest, WithoutOpenGlALoadFailsWithOneClearLine) {
+    const char* drivers = "__EGL_VENDOR_LIBRARY_FILENAMES";
+    if (std::getenv(drivers) == nullptr) { // looked for once in a process: another one is needed
+        const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+        const std::string command =
+            drivers + ("=/nonexistent '" + self) + "' --gtest_filter=ModuleTest.WithoutOpenGl* >&2";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return;
+    }
+    host.scripts.answers = {write("copy.pbk", copyKernel)};
+    Layer& layer = addPicture();
+    Effect& effect = addEffect(layer);
+    EXPECT_EQ(effect.apply(), 0);
+    EXPECT_EQ(shown(), "OpenGL can not be used, it lacks:\nan OpenGL context\n\n\nNo error log\n");
+    EXPECT_EQ(effect.render({}).error, 0);
+    EXPECT_EQ(plugin->about(), 0);
+    EXPECT_THAT(shown(), EndsWith("OpenGL vendor  : \nOpenGL version : \nGLSL   version : \n"
+                                  "\n\nNo error log\n"));
+}
+
+// Two instances of one kernel; each multiplies and adds by its own controls.
+TEST_F(ModuleTest, ACommandInTheMiddleOfAnotherDisturbsNothing) {
+    const std::string path = write(
+        "scale.pbk", kernelText("parameter float gain; parameter float lift;",
+                                "dst = sampleNearest(src, outCoord()) * gain + float4(lift);"));
+    Layer& layer = addPicture(4, 4, 4);
+    Effect& outer = apply(layer, path);
+    Effect& inner = apply(layer, path);
+    const auto renderRightly = [&](Effect& effect, float gain, float lift) {
+        effect.control(44).constant.value.one_d = gain;
+        effect.control(45).constant.value.one_d = lift;
+        const RenderResult result = effect.render({});
+        EXPECT_EQ(result.error, 0);
+        for (int at = 0; at < 16 && result.error == 0; ++at)
+            for (std::size_t k = 0; k < 4; ++k)
+                EXPECT_NEAR(pixelAt(result.output, at % 4, at / 4)[k],
+                            pixelAt(layer.source->pixels, at % 4, at / 4)[k] * gain + lift, 1e-6);
+    };
+    bool hasRun = false;
+    const auto event = [&] {
+        renderRightly(inner, 0.25F, 0.5F);
+        EXPECT_EQ(inner.doDialog() | inner.updateParamsUi() | plugin->about(), 0);
+        hasRun = true;
+    };
+    for (const char* call : {"host_new_handle", "checkout_layer", "checkout_layer_pixels",
+                             "checkout_output", "checkout_param", "checkin_param"})
+        for (int nth = 1; nth <= 3; ++nth) {
+            SCOPED_TRACE(call + std::to_string(nth));
+            hasRun = false;
+            std::function<void()> hook = event;
+            for (int i = 1; i < nth; ++i)
+                hook = [call, hook] { calls::onNext(call, hook); };
+            calls::onNext(call, hook);
+            renderRightly(outer, 2, -0.5F);
+            calls::restart();
+        }
+    for (const char* call : {"AcquireSuite", "PF_UpdateParamUI", "AEGP_SetDynamicStreamFlag"}) {
+        hasRun = false;
+        outer.save();
+        calls::onNext(call, event);
+        EXPECT_EQ(outer.updateParamsUi(), 0);
+        EXPECT_TRUE(hasRun) << call;
+    }
+    EXPECT_EQ(outer.control(46).isHidden(), true);
+    EXPECT_EQ(outer.control(45).isHidden(), false);
+    hasRun = false;
+    calls::onNext("PF_InfoDrawText", event); // the new kernel has been loaded
+    applyKernel(layer, copyKernel);
+    EXPECT_TRUE(hasRun);
+    layer.effects.clear();
+}

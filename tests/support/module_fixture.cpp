@@ -1,0 +1,106 @@
+#include "tests/support/module_fixture.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <fstream>
+
+#include "hostkit/ledger.h"
+#include "hostkit/memory.h"
+#include "hostkit/text.h"
+
+using namespace hostkit;
+
+namespace {
+
+constexpr int paddingPixels = 3;
+
+std::filesystem::path newFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "module_test.XXXXXX").string();
+    EXPECT_NE(mkdtemp(pattern.data()), nullptr);
+    return pattern;
+}
+
+std::size_t offset(const World& world, int x, int y) {
+    return static_cast<std::size_t>(y * world.rowBytes + x * world.pixelBytes());
+}
+
+} // namespace
+
+ModuleTest::ModuleTest() : folder(newFolder()) {
+    plugin.emplace(TVM_MODULE_PATH);
+    EXPECT_EQ(plugin->setUp(), 0);
+}
+
+ModuleTest::~ModuleTest() {
+    plugin.reset();
+    EXPECT_EQ(memory::liveHandles(), 0U);
+    EXPECT_THAT(ledger::outstanding(), testing::IsEmpty());
+    EXPECT_THAT(ledger::takeFaults(), testing::IsEmpty());
+    std::filesystem::remove_all(folder);
+}
+
+std::string ModuleTest::write(const std::string& name, const std::string& bytes) {
+    const std::filesystem::path path = folder / name;
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary);
+    file << bytes;
+    EXPECT_TRUE(file.flush()) << path;
+    return path.string();
+}
+
+Layer& ModuleTest::addPicture(int width, int height, int channelBytes) {
+    host.project.channelBytes = channelBytes;
+    auto footage = std::make_shared<Footage>();
+    footage->name = "picture";
+    footage->width = width;
+    footage->height = height;
+    footage->pixels = makeWorld(width, height, channelBytes, paddingPixels);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            setPixel(footage->pixels, x, y,
+                     testPattern(static_cast<unsigned>(x), static_cast<unsigned>(y)));
+    return comp.addLayer("layer", footage);
+}
+
+void ModuleTest::mark(Layer& layer, const std::string& path) {
+    Stream& markers = *layer.stream(AEGP_LayerStream_MARKER);
+    StreamValue value;
+    value.marker = std::make_shared<Marker>(Marker{toUtf16(path)});
+    markers.setKeyframe(markers.addKeyframe(0), value);
+}
+
+Effect& ModuleTest::addEffect(Layer& layer) {
+    return **layer.effects.insert(layer.effects.begin(), std::make_unique<Effect>(*plugin, layer));
+}
+
+Effect& ModuleTest::apply(Layer& layer, const std::string& path) {
+    Effect& effect = addEffect(layer);
+    host.scripts.answers.emplace_back(path);
+    EXPECT_EQ(effect.apply(), 0);
+    EXPECT_TRUE(host.scripts.answers.empty()) << "nobody asked for a file";
+    EXPECT_NE(effect.title(), "TVM:(Invalid PB)") << shown();
+    return effect;
+}
+
+Effect& ModuleTest::applyKernel(Layer& layer, const std::string& text) {
+    return apply(layer, write("kernel" + std::to_string(++kernels_) + ".pbk", text));
+}
+
+std::string ModuleTest::shown() const {
+    std::string all;
+    for (const InfoPanel::Lines& lines : host.infoPanel.messages())
+        for (const std::string& line : lines)
+            all += line + "\n";
+    return all;
+}
+
+Pixel pixelAt(const World& world, int x, int y) {
+    return readPixel(&world.data.at(offset(world, x, y)),
+                     static_cast<unsigned>(world.channelBytes));
+}
+
+void setPixel(World& world, int x, int y, const Pixel& pixel) {
+    writePixel(&world.data.at(offset(world, x, y)), static_cast<unsigned>(world.channelBytes),
+               pixel);
+}
