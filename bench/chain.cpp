@@ -20,8 +20,6 @@ namespace {
 using pbhost::Depth;
 using pbhost::Picture;
 
-constexpr float gain = 0.96875F; // also in the graph's text
-
 constexpr const char* chainHead = R"xml(<?xml version="1.0"?>
 <graph name="Chain" languageVersion="1">
 <parameter name="gain" type="float"><metadata name="defaultValue" value="0.96875"/></parameter>
@@ -39,45 +37,9 @@ kernel Gain < namespace : "bench"; vendor : "bench"; version : 1; >
 ]]></kernel>
 )xml";
 
-std::string chainText(std::size_t passes) {
-    std::string text = chainHead;
-    std::string from = "fromImage=\"src\"";
-    for (std::size_t i = 0; i < passes; ++i) {
-        const std::string id = "pass" + std::to_string(i);
-        text += "<node id=\"" + id + "\" name=\"Gain\"><evaluateParameters>\n" +
-                "void evaluateParameters() { " + id + "::gain = gain; }\n" +
-                "</evaluateParameters></node>\n<connect " + from + " toNode=\"" + id +
-                "\" toInput=\"src\"/>\n";
-        from = "fromNode=\"" + id + "\" fromOutput=\"dst\"";
-    }
-    return text + "<connect " + from + " toImage=\"dst\"/>\n</graph>\n";
-}
-
-std::vector<PassTexts> passTexts(const pbGraphInfo& info) {
-    std::vector<PassTexts> passes(info.nodes.size());
-    for (std::size_t i = 0; i < passes.size(); ++i)
-        generateNodeShaders(info, i, passes[i].vertex, passes[i].fragment, hostChannelOrder);
-    return passes;
-}
-
 template<class Value>
 void store(Picture& picture, std::size_t index, Value value) {
     reinterpret_cast<Value*>(picture.pixels.data())[index] = value;
-}
-
-Picture makeNoise(const ChainSize& size) {
-    Picture picture = pbhost::makePicture(size.width, size.height, size.depth);
-    std::minstd_rand random;
-    for (std::size_t i = 0; i < picture.pixels.size() / pbhost::bytesPerChannel(size.depth); ++i) {
-        const unsigned value = random() % 32769;
-        if (size.depth == Depth::Bits8)
-            store(picture, i, static_cast<std::uint8_t>(value));
-        else if (size.depth == Depth::Bits16)
-            store(picture, i, static_cast<std::uint16_t>(value));
-        else
-            store(picture, i, static_cast<float>(value) / 16384);
-    }
-    return picture;
 }
 
 void describe(ImageSlot& slot, Picture& picture) {
@@ -101,6 +63,44 @@ void engineFrame(pbGraph& graph, Picture& input, Picture& output) {
 
 } // namespace
 
+std::string chainText(std::size_t passes) {
+    std::string text = chainHead;
+    std::string from = "fromImage=\"src\"";
+    for (std::size_t i = 0; i < passes; ++i) {
+        const std::string id = "pass" + std::to_string(i);
+        text += "<node id=\"" + id + "\" name=\"Gain\"><evaluateParameters>\n" +
+                "void evaluateParameters() { " + id + "::gain = gain; }\n" +
+                "</evaluateParameters></node>\n<connect " + from + " toNode=\"" + id +
+                "\" toInput=\"src\"/>\n";
+        from = "fromNode=\"" + id + "\" fromOutput=\"dst\"";
+    }
+    return text + "<connect " + from + " toImage=\"dst\"/>\n</graph>\n";
+}
+
+std::vector<PassTexts> passTexts(std::size_t passCount) {
+    pbGraphInfo info;
+    readGraphText(chainText(passCount), info);
+    std::vector<PassTexts> passes(info.nodes.size());
+    for (std::size_t i = 0; i < passes.size(); ++i)
+        generateNodeShaders(info, i, passes[i].vertex, passes[i].fragment, hostChannelOrder);
+    return passes;
+}
+
+Picture makeNoise(const ChainSize& size) {
+    Picture picture = pbhost::makePicture(size.width, size.height, size.depth);
+    std::minstd_rand random;
+    for (std::size_t i = 0; i < picture.pixels.size() / pbhost::bytesPerChannel(size.depth); ++i) {
+        const unsigned value = random() % 32769;
+        if (size.depth == Depth::Bits8)
+            store(picture, i, static_cast<std::uint8_t>(value));
+        else if (size.depth == Depth::Bits16)
+            store(picture, i, static_cast<std::uint16_t>(value));
+        else
+            store(picture, i, static_cast<float>(value) / 16384);
+    }
+    return picture;
+}
+
 void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     pbGraphInfo info;
     readGraphText(chainText(size.passes), info);
@@ -108,8 +108,8 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     static_cast<ImageNode*>(graph.imageNodeAt(0))->slot = 0;
     Picture input = makeNoise(size);
     std::vector<Picture> outputs(3, pbhost::makePicture(size.width, size.height, size.depth));
-    const SamePeer same(passTexts(info), gain);
-    const BestPeer best(passTexts(info), gain, input);
+    const SamePeer same(passTexts(size.passes), gain);
+    const BestPeer best(passTexts(size.passes), gain, input);
     // A driver may put work off; whoever ordered it shall wait for it.
     PairedTiming timing({[&] {
                              engineFrame(graph, input, outputs[0]);

@@ -6,6 +6,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <string>
+#include <vector>
+
+#include "bench/frame_peers.h"
 #include "pbhost/picture.h"
 
 namespace bench {
@@ -16,6 +20,15 @@ struct ChainSize {
     unsigned height;
     pbhost::Depth depth;
 };
+
+inline constexpr float gain = 0.96875F; // also in the graph's text
+
+// The graph's file, and the texts that its nodes are made into.
+std::string chainText(std::size_t passes);
+std::vector<PassTexts> passTexts(std::size_t passes);
+
+// Fixed noise over the whole range of the depth.
+pbhost::Picture makeNoise(const ChainSize& size);
 
 // The whole of a benchmark with manual time, which is the engine's. Counters: the medians
 // `engine_ms`, `same_ms` and `best_ms`, and how many times as long as each peer the engine takes

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <iostream>
+#include <stdexcept>
 #include <string_view>
 
-#include "pbhost/engine_session.h"
-#include "pbhost/failure.h"
+#include "bench/engine_session.h"
 #include "pbhost/large_blocks.h"
 
 namespace bench {
@@ -36,12 +36,12 @@ int runWithOpenGl(int argc, char** argv) {
     if (keepsLargeBlocks)
         pbhost::keepLargeBlocks();
     try {
-        const pbhost::EngineSession session;
+        const EngineSession session;
         nameDriver("GL_RENDERER", GL_RENDERER);
         nameDriver("GL_VERSION", GL_VERSION);
         benchmark::AddCustomContext("large blocks", keepsLargeBlocks ? "kept" : "given back");
         benchmark::RunSpecifiedBenchmarks();
-    } catch (const pbhost::Failure& failure) {
+    } catch (const std::runtime_error& failure) {
         std::cerr << failure.what() << '\n';
         return 1;
     }

@@ -7,7 +7,8 @@
 #include "bench/paired_timing.h"
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
-#include "pbhost/command.h"
+#include "host/command_scope.h"
+#include "hostkit/host.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"
 
@@ -15,6 +16,12 @@ namespace {
 
 constexpr std::size_t megabyte = 1'000'000;
 constexpr int rounds = 10;
+
+// What models need to live.
+class Command {
+    hostkit::Host host_;
+    CommandScope scope_{0, 0, host_.inData()};
+};
 
 void translateKernel(const std::string& text) {
     pbKernelInfo kernel;
@@ -31,7 +38,7 @@ void readGraph(const std::string& text) {
 }
 
 void kernel(benchmark::State& state) {
-    const pbhost::Command command;
+    const Command command;
     const std::string text = bench::realisticKernel(static_cast<std::size_t>(state.range(0)));
     for ([[maybe_unused]] auto iteration : state)
         translateKernel(text);
@@ -42,7 +49,7 @@ void kernel(benchmark::State& state) {
 // Times one megabyte and two in turn; the time shown is that of one.
 void compareLengths(benchmark::State& state, const bench::HostileText& hostile,
                     void (*read)(const std::string&)) {
-    const pbhost::Command command;
+    const Command command;
     const std::string once = hostile.make(megabyte);
     const std::string twice = hostile.make(2 * megabyte);
     bench::PairedTiming timing({[&] { read(once); }, [&] { read(twice); }});

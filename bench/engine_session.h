@@ -1,0 +1,25 @@
+// The engine, ready to build and run graphs beside a substitute host: a running command, and the
+// engine's OpenGL device, current for as long as the session stands.
+#pragma once
+
+#include "gpu/device.h"
+#include "host/command_scope.h"
+#include "hostkit/host.h"
+
+namespace bench {
+
+class EngineSession {
+public:
+    // Throws std::runtime_error when OpenGL cannot do what the engine needs.
+    EngineSession();
+    ~EngineSession();
+    EngineSession(const EngineSession&) = delete;
+    EngineSession& operator=(const EngineSession&) = delete;
+
+private:
+    hostkit::Host host_;
+    CommandScope scope_{0, 0, host_.inData()};
+    Device device_;
+};
+
+} // namespace bench

@@ -1,0 +1,120 @@
+// A frame through the module, by its host's commands with all their checkouts, against the same
+// OpenGL calls without module, host and engine, and against the fewest calls that make the picture.
+
+#include <GL/glew.h>
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "bench/chain.h"
+#include "bench/frame_peers.h"
+#include "bench/gl_main.h"
+#include "bench/paired_timing.h"
+#include "hostkit/effect.h"
+#include "hostkit/host.h"
+#include "hostkit/ledger.h"
+
+namespace {
+
+constexpr int rounds = 30;
+
+void require(bool isTrue, const char* what) {
+    if (!isTrue)
+        throw std::runtime_error(what);
+}
+
+// The module with an instance of the effect on a layer, which runs the graph of the peers.
+class ModuleFrame {
+public:
+    ModuleFrame(const pbhost::Picture& input) : plugin_(TVM_MODULE_PATH) {
+        require(plugin_.setUp() == 0, "the module cannot be set up");
+        const auto file = std::filesystem::temp_directory_path() / "module_bench.pbg";
+        std::ofstream(file) << bench::chainText(1);
+        auto& host = hostkit::Host::current();
+        host.project.channelBytes = static_cast<int>(pbhost::bytesPerChannel(input.depth));
+        host.scripts.answers.emplace_back(file.string());
+        hostkit::Layer& layer = addLayer(input);
+        effect_ =
+            layer.effects.emplace_back(std::make_unique<hostkit::Effect>(plugin_, layer)).get();
+        require(effect_->apply() == 0 && effect_->title() == "TVM:Chain",
+                "the effect cannot be applied");
+        std::filesystem::remove(file);
+    }
+    ~ModuleFrame() { hostkit::Host::current().project.compositions.clear(); }
+
+    void frame(hostkit::World& output) {
+        hostkit::RenderResult result = effect_->render({}, std::move(output));
+        require(result.error == 0, "a frame failed");
+        output = std::move(result.output);
+    }
+
+private:
+    static hostkit::Layer& addLayer(const pbhost::Picture& input) {
+        auto footage = std::make_shared<hostkit::Footage>();
+        footage->width = static_cast<int>(input.width);
+        footage->height = static_cast<int>(input.height);
+        footage->pixels = hostkit::makeWorld(footage->width, footage->height,
+                                             hostkit::Host::current().project.channelBytes);
+        footage->pixels.data = input.pixels;
+        return hostkit::Host::current()
+            .project.addComposition("bench", footage->width, footage->height)
+            .addLayer("layer", footage);
+    }
+
+    hostkit::Plugin plugin_;
+    hostkit::Effect* effect_ = nullptr;
+};
+
+void frame(benchmark::State& state) {
+    const bench::ChainSize size = {1, static_cast<unsigned>(state.range(0)),
+                                   static_cast<unsigned>(state.range(1)),
+                                   bench::depthOfBits(state.range(2))};
+    const pbhost::Picture input = bench::makeNoise(size);
+    ModuleFrame module(input);
+    const auto texts = bench::passTexts(1);
+    const bench::SamePeer same(texts, bench::gain);
+    const bench::BestPeer best(texts, bench::gain, input);
+    hostkit::World moduleOutput;
+    std::vector<pbhost::Picture> outputs(2,
+                                         pbhost::makePicture(size.width, size.height, size.depth));
+    bench::PairedTiming timing({[&] { module.frame(moduleOutput); },
+                                [&] {
+                                    same.frame(input, outputs[0]);
+                                    glFinish();
+                                },
+                                [&] {
+                                    best.frame(input, outputs[1]);
+                                    glFinish();
+                                }});
+    timing.round(); // warms up, and fills the outputs
+    if (moduleOutput.data != outputs[0].pixels || outputs[0].pixels != outputs[1].pixels)
+        return state.SkipWithError("the module and its peers give different pictures");
+    for ([[maybe_unused]] auto iteration : state)
+        state.SetIterationTime(timing.round());
+    state.counters["module_ms"] = timing.medianMilliseconds(0);
+    state.counters["same_ms"] = timing.medianMilliseconds(1);
+    state.counters["best_ms"] = timing.medianMilliseconds(2);
+    state.counters["ratio_same"] = timing.medianRatio(0, 1);
+    state.counters["ratio_best"] = timing.medianRatio(0, 2);
+    for (const std::string& fault : hostkit::ledger::takeFaults())
+        state.SkipWithError(fault.c_str());
+}
+
+BENCHMARK(frame)
+    ->ArgNames({"width", "height", "bits"})
+    ->Args({1920, 1080, 8})
+    ->Args({1920, 1080, 16})
+    ->Args({1920, 1080, 32})
+    ->Args({3840, 2160, 8})
+    ->Args({3840, 2160, 16})
+    ->Args({3840, 2160, 32})
+    ->Iterations(rounds)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return bench::runWithOpenGl(argc, argv);
+}
