@@ -6,24 +6,14 @@
 #include <utility>
 
 #include <GL/glew.h>
-#define EGL_NO_X11
-#include <EGL/egl.h>
-#include <EGL/eglext.h>
 #include <gtest/gtest.h>
 
 #include "gpu/device.h"
 #include "gpu/features.h"
 #include "gpu/gl_names.h"
+#include "tests/support/host_context.h"
 
 namespace {
-
-// What is current on this thread, as EGL itself says.
-using Current = std::array<void*, 4>;
-Current current() {
-    return {eglGetCurrentDisplay(), eglGetCurrentSurface(EGL_DRAW), eglGetCurrentSurface(EGL_READ),
-            eglGetCurrentContext()};
-}
-const Current nothing{};
 
 template<class Work>
 std::string debugOutputOf(const char* wish, Work work) {
@@ -33,43 +23,6 @@ std::string debugOutputOf(const char* wish, Work work) {
     unsetenv("TVELMARONDINE_DEBUG");
     return testing::internal::GetCapturedStderr();
 }
-
-// A context of the host's own, for any API, with two surfaces or none.
-class HostContext {
-public:
-    HostContext(EGLenum api, bool hasSurfaces) {
-        EXPECT_TRUE(eglInitialize(display, nullptr, nullptr));
-        const EGLint kind = api == EGL_OPENGL_API ? EGL_OPENGL_BIT : EGL_OPENGL_ES2_BIT;
-        const auto wish = std::to_array<EGLint>(
-            {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, kind, EGL_NONE});
-        EGLConfig config = nullptr;
-        EGLint count = 0;
-        EXPECT_TRUE(eglChooseConfig(display, wish.data(), &config, 1, &count));
-        eglBindAPI(api);
-        const auto version = std::to_array<EGLint>({EGL_CONTEXT_MAJOR_VERSION, 2, EGL_NONE});
-        all[3] = eglCreateContext(display, config, EGL_NO_CONTEXT, version.data());
-        for (const std::size_t surface : {1, 2})
-            if (hasSurfaces)
-                all[surface] = eglCreatePbufferSurface(display, config, nullptr);
-        makeCurrent();
-    }
-    ~HostContext() {
-        eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
-        eglDestroyContext(display, all[3]);
-        for (const std::size_t surface : {1, 2})
-            if (all[surface] != EGL_NO_SURFACE)
-                eglDestroySurface(display, all[surface]);
-        eglBindAPI(EGL_OPENGL_ES_API);
-    }
-    HostContext(const HostContext&) = delete;
-    HostContext& operator=(const HostContext&) = delete;
-
-    void makeCurrent() const { EXPECT_TRUE(eglMakeCurrent(display, all[1], all[2], all[3])); }
-
-    const EGLDisplay display =
-        eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
-    Current all{display};
-};
 
 struct OwnedDevice : Device {
     OwnedDevice() { createDevice(glWindow, glDeviceContext, glRenderContext); }
@@ -85,7 +38,7 @@ struct OwnedDevice : Device {
 class GpuTest : public testing::Test {
 protected:
     GpuTest() { setDeviceName("Tvelmarondine"); }
-    ~GpuTest() override { EXPECT_EQ(current(), nothing); }
+    ~GpuTest() override { EXPECT_EQ(currentContext(), CurrentContext{}); }
 };
 
 TEST_F(GpuTest, ADeviceMayBeMadeAndEndedAgainAndAgain) {
@@ -96,7 +49,7 @@ TEST_F(GpuTest, ADeviceMayBeMadeAndEndedAgainAndAgain) {
         EXPECT_TRUE(wglMakeCurrent(device.glDeviceContext, device.glRenderContext));
         for (int end = 0; end < 2; ++end) {
             destroyDevice(device.glWindow, device.glDeviceContext, device.glRenderContext);
-            EXPECT_EQ(current(), nothing);
+            EXPECT_EQ(currentContext(), CurrentContext{});
         }
         EXPECT_FALSE(wglMakeCurrent(device.glDeviceContext, device.glRenderContext));
     }
@@ -108,7 +61,7 @@ TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
     for (const auto& [api, hasSurfaces] : cases) {
         const HostContext host(api, hasSurfaces);
         const OwnedDevice device;
-        EXPECT_EQ(current(), nothing) << "after createDevice";
+        EXPECT_EQ(currentContext(), CurrentContext{}) << "after createDevice";
         EXPECT_EQ(eglQueryAPI(), api);
         host.makeCurrent();
         ContextSwitch outer(device);
@@ -119,13 +72,13 @@ TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
                 const ContextSwitch inner(device);
                 EXPECT_TRUE(device.isCurrent());
             }
-            EXPECT_EQ(current(), callback.all);
+            EXPECT_EQ(currentContext(), callback.all);
         }
         outer.restore();
-        EXPECT_EQ(current(), host.all);
+        EXPECT_EQ(currentContext(), host.all);
         eglMakeCurrent(host.display, nullptr, nullptr, nullptr);
         outer.restore();
-        EXPECT_EQ(current(), nothing) << "the second restore does nothing";
+        EXPECT_EQ(currentContext(), CurrentContext{}) << "the second restore does nothing";
     }
 }
 

@@ -182,7 +182,7 @@ TEST_F(Life, EveryCallOfTheHostMayFail) {
     std::uint64_t failures = 0;
     for (const Step& step : steps())
         // Far in, the calls are those of one control after another: not every round is needed.
-        for (std::uint64_t n = 1; !HasFailure(); n += n < 500 ? 1 : 7, ++failures) {
+        for (std::uint64_t n = 1; !HasFailure(); n += n < 500 ? 1 : 37, ++failures) {
             step.prepare();
             own.makeCurrent();
             calls::restart();

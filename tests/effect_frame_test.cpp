@@ -1,0 +1,198 @@
+// The effect's frames: the pixels that a host gets, from which layers, in which part of the frame.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "tests/support/compile_count.h"
+#include "tests/support/module_fixture.h"
+
+using namespace hostkit;
+using testing::EndsWith;
+
+namespace {
+
+const std::string copyKernel = kernelText("", "dst = sampleNearest(src, outCoord());");
+
+// A pixel of a picture, transparent black beside it.
+Pixel within(const World& world, int x, int y) {
+    const bool isInside = x >= 0 && y >= 0 && x < world.width && y < world.height;
+    return isInside ? pixelAt(world, x, y) : Pixel{};
+}
+
+class EffectFrame : public ModuleTest {
+protected:
+    void choose(Effect& effect, std::size_t control, const Layer* chosen) {
+        effect.control(control).constant.value.layer_id = chosen == nullptr ? 0 : chosen->id;
+    }
+
+    // The whole output, which has the size of the layer.
+    void expectFrame(Effect& effect, const std::function<Pixel(int x, int y)>& expected) {
+        const RenderResult result = effect.render({});
+        const World& source = effect.layer->source->pixels;
+        ASSERT_EQ(result.error, 0);
+        ASSERT_EQ(result.output.width, source.width);
+        ASSERT_EQ(result.output.height, source.height);
+        const double error = source.channelBytes == 1 ? 0.51 / 255 : 1.01 / 32768;
+        for (int y = 0; y < source.height; ++y)
+            for (int x = 0; x < source.width; ++x)
+                for (std::size_t k = 0; k < 4; ++k)
+                    EXPECT_NEAR(pixelAt(result.output, x, y)[k], expected(x, y)[k], error)
+                        << x << ", " << y << ", channel " << k;
+    }
+};
+
+PF_LRect rectOf(const std::vector<A_long>& sides) {
+    return {sides[0], sides[1], sides[2], sides[3]};
+}
+
+std::vector<A_long> sidesOf(const PF_LRect& rect) {
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+} // namespace
+
+TEST_F(EffectFrame, KeepsEveryValueOfEachDepth) {
+    for (const int bytes : {1, 2, 4}) {
+        Layer& layer = addPicture(256, 129, bytes);
+        World& source = layer.source->pixels;
+        for (int i = 0; i < 256 * 129; ++i) {
+            std::byte* pixel = &source.data[i / 256 * source.rowBytes + i % 256 * 4 * bytes];
+            const auto wide = static_cast<std::uint16_t>(std::min(i, 32768));
+            const float number = static_cast<float>(i - 1000) * 0.37e-3F;
+            for (int k = 0; k < 4; ++k)
+                if (bytes == 4)
+                    std::memcpy(pixel + k * bytes, &number, 4);
+                else
+                    std::memcpy(pixel + k * bytes, &wide, static_cast<std::size_t>(bytes));
+        }
+        const World before = source;
+        const RenderResult result = applyKernel(layer, copyKernel).render({});
+        ASSERT_EQ(result.error, 0);
+        EXPECT_EQ(source.data, before.data);
+        for (int y = 0; y < 129; ++y)
+            ASSERT_EQ(std::memcmp(&result.output.data[y * result.output.rowBytes],
+                                  &before.data[y * before.rowBytes],
+                                  static_cast<std::size_t>(256 * 4 * bytes)),
+                      0)
+                << bytes << " bytes, row " << y;
+    }
+}
+
+TEST_F(EffectFrame, WritesNothingBehindItsRows) {
+    Layer& layer = addPicture(5, 3);
+    const World output = applyKernel(layer, kernelText("", "dst = float4(1.0);")).render({}).output;
+    ASSERT_GT(output.rowBytes, 5 * 4);
+    for (std::size_t i = 0; i < output.data.size(); ++i)
+        EXPECT_EQ(output.data[i], std::byte(i % output.rowBytes < 5 * 4 ? 255 : 0)) << i;
+}
+
+// The frame is as large as the largest layer: all of the others can be read, and nothing beside
+// them.
+TEST_F(EffectFrame, GrowsToTheLayersThatAreChosen) {
+    const std::string path = write(
+        "two.pbk", kernelText("input image4 other;",
+                              "float4 a = sampleNearest(src, outCoord() + float2(2.0, 1.0));"
+                              "float4 b = sampleNearest(other, outCoord() + float2(3.0, 2.0));"
+                              "dst = float4(a.r, b.g, pixelSize(1).x / 4.0, a.a + b.a);"));
+    for (const int bytes : {1, 2, 4}) {
+        SCOPED_TRACE(bytes);
+        Layer& layer = addPicture(4, 3, bytes);
+        Layer& other = addPicture(7, 5, bytes);
+        other.source->pixelAspect = {2, 1};
+        setPixel(other.source->pixels, 3, 2, {0, 1, 0, 0.25F});
+        for (Layer* const all : {&layer, &other}) // alpha below one half: the sum fits
+            for (int i = 0; i < all->source->width * all->source->height; ++i) {
+                World& world = all->source->pixels;
+                Pixel pixel = pixelAt(world, i % world.width, i / world.width);
+                pixel[3] = static_cast<float>(i) / 255;
+                setPixel(world, i % world.width, i / world.width, pixel);
+            }
+        Effect& effect = apply(layer, path);
+        for (const Layer* chosen : {static_cast<Layer*>(nullptr), &other, &layer}) {
+            choose(effect, 1, chosen);
+            expectFrame(effect, [&](int x, int y) {
+                const Pixel a = within(layer.source->pixels, x + 2, y + 1);
+                const Pixel b =
+                    chosen != nullptr ? within(chosen->source->pixels, x + 3, y + 2) : Pixel{};
+                return Pixel{a[0], b[1], chosen == &other ? 0.5F : 0.25F, a[3] + b[3]};
+            });
+        }
+    }
+}
+
+TEST_F(EffectFrame, FourImagesAreFedAndAFifthIsTransparent) {
+    Layer& layer = addPicture(4, 4);
+    Layer& small = addPicture(2, 3);
+    setPixel(small.source->pixels, 1, 1, {0.2F, 0.4F, 0.6F, 0.8F});
+    Effect& effect = applyKernel(
+        layer, kernelText("input image4 a; input image4 b; input image4 c; input image4 d;",
+                          "float2 p = outCoord(); dst = float4(sampleNearest(a, p).r,"
+                          "sampleNearest(b, p).g, sampleNearest(c, p).b,"
+                          "sampleNearest(src, p).a + sampleNearest(d, p).a);"));
+    for (int chosen = 0; chosen < 8; ++chosen) {
+        for (std::size_t control = 1; control <= 3; ++control)
+            choose(effect, control, (chosen >> (control - 1) & 1) != 0 ? &small : nullptr);
+        expectFrame(effect, [&](int x, int y) {
+            Pixel pixel = within(small.source->pixels, x, y);
+            for (std::size_t k = 0; k < 3; ++k)
+                pixel[k] *= static_cast<float>(chosen >> k & 1);
+            pixel[3] = pixelAt(layer.source->pixels, x, y)[3];
+            return pixel;
+        });
+    }
+}
+
+// The part that is asked for, out of the whole frame; a kernel may read anywhere for it.
+TEST_F(EffectFrame, GivesThePartThatIsAskedFor) {
+    Layer& layer = addPicture(8, 6);
+    Effect& effect = applyKernel(
+        layer, kernelText("", "dst = sampleNearest(src, float2(7.9, 5.9) - outCoord());"));
+    const std::vector<A_long> cases[][2] = {
+        // asked for, announced
+        {{0, 0, 8, 6}, {0, 0, 8, 6}}, {{3, 1, 7, 4}, {3, 1, 7, 4}}, {{-2, -1, 3, 9}, {0, 0, 3, 6}},
+        {{2, 2, 2, 2}, {0, 0, 0, 0}}, {{5, 5, 4, 9}, {0, 0, 0, 0}},
+    };
+    for (const auto& [asked, announced] : cases) {
+        const RenderResult result = effect.render({0, {1, 1}, {1, 1}, rectOf(asked)});
+        EXPECT_EQ(result.error, 0);
+        EXPECT_EQ(sidesOf(result.resultRect), announced);
+        EXPECT_EQ(sidesOf(result.maxResultRect), (std::vector<A_long>{0, 0, 8, 6}));
+        for (int y = 0; y < result.output.height; ++y)
+            for (int x = 0; x < result.output.width; ++x)
+                EXPECT_EQ(pixelAt(result.output, x, y),
+                          pixelAt(layer.source->pixels, 7 - x - announced[0], 5 - y - announced[1]))
+                    << x << ", " << y;
+    }
+}
+
+TEST_F(EffectFrame, IsTheSameAgainWithoutCompiling) {
+    Layer& layer = addPicture(6, 5);
+    const std::string path = write("copy.pbk", copyKernel);
+    CompileCount compiled;
+    Effect& first = apply(layer, path);
+    EXPECT_GT(compiled.take(), 0);
+    const World once = first.render({}).output;
+    EXPECT_EQ(first.render({}).output.data, once.data);
+
+    // From memory: the file may be another by now, or gone.
+    write("copy.pbk", kernelText("", "dst = float4(0.0);"));
+    EXPECT_EQ(apply(layer, path).render({}).output.data, once.data);
+    std::filesystem::remove(path);
+    EXPECT_EQ(apply(layer, path).render({}).output.data, once.data);
+    EXPECT_THAT(shown(), EndsWith("Kernel has been loaded from memory\nTest\n"));
+    EXPECT_EQ(compiled.take(), 0);
+}
+
+TEST_F(EffectFrame, IsLeftAloneWithoutAKernel) {
+    Effect& effect = addEffect(addPicture());
+    ASSERT_EQ(effect.apply(), 0);
+    World painted = effect.render({}).output;
+    std::ranges::fill(painted.data, std::byte{0x5A});
+    const RenderResult result = effect.render({}, painted);
+    EXPECT_EQ(result.error, 0);
+    EXPECT_EQ(result.output.data, painted.data);
+}

@@ -1,0 +1,304 @@
+// An instance's whole life: how it finds its file, what a project stores of it, how it comes back.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "hostkit/calls.h"
+#include "hostkit/memory.h"
+#include "tests/support/compile_count.h"
+#include "tests/support/module_fixture.h"
+
+using namespace hostkit;
+using namespace std::string_literals;
+using testing::IsEmpty;
+
+namespace {
+
+using Block = std::vector<std::byte>;
+
+const std::string invalid = "TVM:(Invalid PB)";
+const std::string gainKernel =
+    kernelText("parameter float gain <minValue: 0.0; maxValue: 4.0; defaultValue: 0.5;>;",
+               "dst = sampleNearest(src, outCoord()) * gain;");
+
+Block block(std::string_view bytes) {
+    const auto* first = reinterpret_cast<const std::byte*>(bytes.data());
+    return {first, first + bytes.size()};
+}
+
+// Version 1, as it is written.
+Block stored(const std::string& path, bool isPending) {
+    return block("\1\0\0\0"s + (isPending ? '\1' : '\0') + "\0\0\0"s + path + '\0');
+}
+
+void setGain(Effect& effect, double gain) {
+    effect.control(44).set({{.one_d = gain}, {}}, 0);
+}
+
+class EffectLife : public ModuleTest {
+protected:
+    // Out of a project.
+    Effect& open(const Block& flat, const std::function<void(Effect&)>& fillStreams = {}) {
+        Effect& effect = addEffect(layer);
+        EXPECT_EQ(effect.open(flat, fillStreams), 0);
+        return effect;
+    }
+    std::vector<Question> questions() {
+        const std::vector<Question> all = host.scripts.asked();
+        host.scripts.clear();
+        return all;
+    }
+    void expectGain(Effect& effect, double gain, double seconds = 0) {
+        const RenderResult result = effect.render({seconds, {1, 1}, {1, 1}, {}});
+        ASSERT_EQ(result.error, 0);
+        for (int i = 0; i < 16; ++i)
+            for (std::size_t k = 0; k < 4; ++k)
+                EXPECT_NEAR(pixelAt(result.output, i % 4, i / 4)[k],
+                            pixelAt(layer.source->pixels, i % 4, i / 4)[k] * gain, 1e-5);
+    }
+
+    Layer& layer = addPicture(4, 4, 4);
+};
+
+} // namespace
+
+TEST_F(EffectLife, TakesItsFileFromTheFirstMarker) {
+    const std::pair<std::string, bool> cases[] = {
+        {"/x.pbk", true},   {"/x.PBK", true}, {"/x.pbg", true},      {"/x.PBG", true},
+        {"x.pbk", true},    {"xxpbk", true},  {"\xC3\xA9pbk", true}, {"xpbk", false},
+        {"pbk", false},     {"", false},      {"/x.Pbk", false},     {"/x.pBG", false},
+        {"/x.pbk ", false}, {"/x.pb", false}, {"pbk.txt", false},
+    };
+    for (const auto& [comment, isTaken] : cases) {
+        SCOPED_TRACE(comment);
+        host.infoPanel.clear();
+        mark(layer, comment);
+        Effect& effect = addEffect(layer);
+        EXPECT_EQ(effect.apply(), 0);
+        EXPECT_EQ((effect.outFlags & PF_OutFlag_SEND_DO_DIALOG) == 0, isTaken);
+        EXPECT_EQ(effect.title(), invalid);
+        const std::vector<Question> asked = questions();
+        ASSERT_EQ(asked.size(), isTaken ? 0U : 1U);
+        if (isTaken) {
+            EXPECT_EQ(shown(),
+                      (comment.back() == 'k' || comment.back() == 'K' ? "Kernel"s : "Graph"s) +
+                          " file could not be opened:\n" + comment + "\n");
+            continue;
+        }
+        EXPECT_EQ(asked[0].message, "Select Pixel Bender file");
+        EXPECT_EQ(asked[0].filter, "pbk or pbg:*.pbk;*.pbg;");
+    }
+    mark(layer, write("good.pbk", gainKernel));
+    Stream& markers = *layer.stream(AEGP_LayerStream_MARKER);
+    StreamValue second;
+    second.marker = std::make_shared<Marker>(Marker{u"/later.pbk"});
+    markers.setKeyframe(markers.addKeyframe(1), second);
+    Effect& effect = addEffect(layer);
+    EXPECT_EQ(effect.apply(), 0);
+    EXPECT_EQ(effect.title(), "TVM:Test");
+}
+
+TEST_F(EffectLife, TheFirstChoiceBringsTheDefaults) {
+    Effect& effect = addEffect(layer);
+    ASSERT_EQ(effect.apply(), 0); // cancelled
+    for (std::size_t i = 1; i < effect.definitions.size(); ++i)
+        EXPECT_TRUE(effect.control(i).isHidden()) << i;
+    EXPECT_EQ(effect.save(), stored("", true));
+    questions();
+    const auto choose = [&](const std::string& path) {
+        host.scripts.answers = {path};
+        EXPECT_EQ(effect.doDialog() | effect.updateParamsUi(), 0);
+        return questions().back();
+    };
+    choose("/nowhere.pbk"); // cannot be read
+    EXPECT_EQ(effect.save(), stored("", true));
+    const std::string path = write("a.pbk", gainKernel);
+    EXPECT_EQ(choose(path).message, "Select Pixel Bender file");
+    EXPECT_EQ(effect.title(), "TVM:Test");
+    EXPECT_FALSE(effect.control(44).isHidden());
+    expectGain(effect, 0.5);
+    EXPECT_EQ(effect.save(), stored(path, false));
+    EXPECT_EQ(choose("unasked").title, "Pixel Bender Information"); // it reports by now
+    EXPECT_EQ(effect.save(), stored(path, false));
+}
+
+TEST_F(EffectLife, ReadsEveryFormOfTheFlatBlock) {
+    const std::string path = "/gone/\xC3\xA9.pbk";
+    const Block fresh = stored("", true);
+    std::vector<std::pair<Block, Block>> cases = {
+        // as found, as written again
+        {stored(path, true), stored(path, true)},
+        {stored(path, false), stored(path, false)},
+        {block("\1\0\0\0\2\0\0\0"s + path + '\0'), stored(path, false)}, // bit 0 counts
+        {block("\1\0\0\0\3\0\0\0"s + path + '\0'), stored(path, true)},
+        {block("\1\0\0\0\0\xFF\xFF\xFF"s + path + "\0behind"s), stored(path, false)},
+        {block("\0\0\0\0"s + path + '\0'), stored(path, false)},
+        {block("\0\0\0\0\0"s), fresh},
+        {block("\2\0\0\0\0\0\0\0"s + path + '\0'), fresh},
+        {block("\0\0\0\1\0\0\0\0"s + path + '\0'), fresh},
+    };
+    for (std::size_t size = 0; size <= 8 + path.size(); ++size) { // cut short
+        Block cut = stored(path, false);
+        cut.resize(size);
+        cases.emplace_back(cut, size < 5 ? fresh
+                                         : stored(path.substr(0, size < 8 ? 0 : size - 8), false));
+        cut = block("\0\0\0\0"s + path);
+        cut.resize(std::min(size, cut.size()));
+        const std::string rest = size < 4 ? "" : path.substr(0, size - 4);
+        cases.emplace_back(cut, stored(rest, rest.empty()));
+    }
+    for (const auto& [found, written] : cases) {
+        SCOPED_TRACE(testing::PrintToString(found));
+        Effect& effect = open(found);
+        EXPECT_EQ(effect.title(), invalid);
+        EXPECT_EQ(effect.save(), written);
+    }
+    EXPECT_EQ(stored(path, true).size(), path.size() + 9);
+    EXPECT_THAT(host.infoPanel.messages(), IsEmpty()); // a missing file is no news here
+}
+
+TEST_F(EffectLife, LiveAndFlatHandlesAreToldApart) {
+    const std::string path = write("a.pbk", gainKernel);
+    Effect& effect = apply(layer, path);
+    const PF_Handle live = effect.sequenceData;
+    calls::restart();
+    EXPECT_EQ(effect.resetUpSequence(), 0);
+    EXPECT_EQ(effect.sequenceData, live);
+    EXPECT_EQ(calls::count(), 3U); // those of any command
+    questions();
+
+    // A flat block that comes too early: nothing happens to it.
+    ASSERT_EQ(effect.flattenSequence(), 0);
+    const PF_Handle flat = effect.sequenceData;
+    EXPECT_NE(flat, live);
+    EXPECT_EQ(effect.doDialog() | effect.updateParamsUi() | effect.render({}).error, 0);
+    EXPECT_EQ(effect.sequenceData, flat);
+    EXPECT_EQ(memory::contents(flat), stored(path, false));
+    EXPECT_THAT(questions(), IsEmpty());
+    memory::drop(flat);
+    effect.sequenceData = memory::store(block("\0\0\0\0"s + path + '\0'));
+    EXPECT_EQ(effect.flattenSequence(), 0);
+    EXPECT_EQ(memory::contents(effect.sequenceData), stored(path, false));
+    EXPECT_EQ(effect.setDownSequence(), 0);
+    EXPECT_EQ(effect.sequenceData, nullptr);
+    EXPECT_EQ(effect.flattenSequence() | effect.setDownSequence(), 0); // there is nothing
+    EXPECT_EQ(effect.resetUpSequence(), 0);                            // so a new one
+    EXPECT_EQ(effect.save(), stored("", true));
+    EXPECT_EQ(effect.setUpSequence(), 0); // in place of the old one
+}
+
+TEST_F(EffectLife, LooksForAMovedFileUnderTheRootFolder) {
+    const struct {
+        std::vector<std::string> files; // the first is the one to be found
+        bool isFound;
+    } cases[] = {
+        {{"x.pbk", "a/x.pbk", "a/b/x.pbk"}, true},
+        {{"a/x.pbk", "a/b/x.pbk", "y.pbk"}, true},
+        {{"a/b/x.pbk", "x.pbk.pbk"}, true},
+        {{"a/b/c/x.pbk"}, false},
+        {{"X.pbk"}, false},
+        {{"x.PBK", "xx.pbk"}, false},
+        {{"x.pbk/y.pbk"}, false},
+    };
+    host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", (folder / "none").string());
+    EXPECT_EQ(open(stored("/gone/x.pbk", false)).title(), invalid);
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.files[0]);
+        const std::string root = "root" + std::to_string(&row - cases) + "/";
+        for (const std::string& file : row.files)
+            write(root + file, gainKernel);
+        host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", (folder / root).string());
+        Effect& effect = open(stored("/gone/x.pbk", false));
+        EXPECT_EQ(effect.title(), row.isFound ? "TVM:Test" : invalid);
+        const Block saved = effect.save();
+        const std::string path(reinterpret_cast<const char*>(saved.data()) + 8);
+        if (row.isFound)
+            EXPECT_TRUE(std::filesystem::equivalent(path, folder / root / row.files[0])) << path;
+        else
+            EXPECT_EQ(path, "/gone/x.pbk");
+    }
+}
+
+TEST_F(EffectLife, AFileInItsPlaceIsNotLookedFor) {
+    const std::string path = write("place/x.pbk", gainKernel);
+    write("root/x.pbk", gainKernel);
+    host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", (folder / "root").string());
+    EXPECT_EQ(open(stored(path, false)).save(), stored(path, false));
+}
+
+TEST_F(EffectLife, OneAnswerRepairsAllThatLostTheFile) {
+    const auto withGain = [](double gain) {
+        return [=](Effect& effect) { setGain(effect, gain); };
+    };
+    Effect& first = open(stored("/gone/a/x.pbk", false), withGain(1.5));
+    Effect& second = open(stored("/gone/a/x.pbk", false), withGain(2.5));
+    Effect& other = open(stored("/gone/b/x.pbk", false), withGain(3.5));
+    EXPECT_TRUE(second.control(44).isHidden());
+    EXPECT_EQ(first.doDialog(), 0); // cancelled
+    EXPECT_EQ(questions()[0].message, "Where is /x.pbk?");
+    const std::string path = write("x.pbk", gainKernel);
+    host.scripts.answers = {path};
+    EXPECT_EQ(second.doDialog(), 0);
+    for (Effect* effect : {&first, &second, &other})
+        EXPECT_EQ(effect->updateParamsUi(), 0);
+    expectGain(first, 1.5);
+    expectGain(second, 2.5);
+    EXPECT_FALSE(first.control(44).isHidden() || second.control(44).isHidden());
+    EXPECT_EQ(first.save(), stored(path, false));
+    EXPECT_EQ(other.title(), invalid);
+    EXPECT_EQ(other.save(), stored("/gone/b/x.pbk", false));
+    EXPECT_EQ(open(stored("C:\\x.pbk", false)).doDialog(), 0);
+    EXPECT_EQ(open(stored("x.pbk", false)).doDialog(), 0);
+    const std::vector<Question> asked = questions();
+    EXPECT_EQ(asked[1].message, "Where is \\x.pbk?");
+    EXPECT_EQ(asked[2].message, "Where is ?");
+}
+
+TEST_F(EffectLife, GoesThroughAProjectToAnotherMachine) {
+    Effect& made = apply(layer, write("here/x.pbk", gainKernel));
+    Stream& gain = made.control(44);
+    gain.setKeyframe(gain.addKeyframe(0), {{.one_d = 1}, {}});
+    gain.setKeyframe(gain.addKeyframe(2), {{.one_d = 3}, {}});
+    expectGain(made, 2, 1);
+    Effect& twin = made.duplicate();
+    expectGain(twin, 2, 1);
+    const Block saved = made.save();
+    EXPECT_EQ(twin.save(), saved);
+    const std::vector<Keyframe> keyframes = gain.keyframes;
+    std::erase_if(layer.effects, [&](const auto& effect) { return effect.get() == &made; });
+    expectGain(twin, 3, 2); // it shares nothing but the kernel
+    layer.effects.clear();
+    plugin->setDown(); // another run of the host
+    ASSERT_EQ(plugin->setUp(), 0);
+
+    std::filesystem::rename(folder / "here", folder / "there");
+    host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", folder.string());
+    Effect& reopened =
+        open(saved, [&](Effect& effect) { effect.control(44).keyframes = keyframes; });
+    EXPECT_EQ(reopened.title(), "TVM:Test");
+    expectGain(reopened, 2, 1);
+    EXPECT_NE(reopened.save(), saved);
+    reopened.updateParamsUi();
+    EXPECT_EQ(reopened.control(44).keyframes.size(), 2U); // no defaults over the stored values
+    expectGain(reopened, 3, 9);
+}
+
+TEST_F(EffectLife, ManyInstancesShareTheirKernels) {
+    CompileCount compiled;
+    int compiledForOne = 0;
+    std::vector<Effect*> all;
+    for (int i = 0; i < 200; ++i) {
+        const std::string name = "k" + std::to_string(i % 20) + ".pbk";
+        all.push_back(&apply(layer, i < 20 ? write(name, gainKernel) : (folder / name).string()));
+        setGain(*all.back(), i / 64.0);
+        compiledForOne = i == 0 ? compiled.take() : compiledForOne;
+    }
+    ASSERT_GT(compiledForOne, 0);
+    EXPECT_EQ(compiled.take(), 19 * compiledForOne);
+    for (int i = 199; i >= 0; i -= 3)
+        expectGain(*all[static_cast<std::size_t>(i)], i / 64.0);
+    EXPECT_EQ(compiled.take(), 0);
+}
