@@ -55,6 +55,17 @@ const char* stageName(char stage) {
     return stage == 'v' ? "vertex" : stage == 'f' ? "fragment" : "link";
 }
 
+constexpr int headerLines = 4; // the system, and what OpenGL is there
+constexpr std::size_t tagLength = 4;
+
+// Where the next entry has its stage; npos: there is none.
+std::size_t findTag(std::string_view log) {
+    std::size_t first = std::string_view::npos;
+    for (const std::string_view tag : {"(v)\n", "(f)\n", "(l)\n"})
+        first = std::min(first, log.find(tag));
+    return first;
+}
+
 class Description {
 public:
     void add(const CompileFailure& failure, const std::optional<ProgramTexts>& texts) {
@@ -94,14 +105,22 @@ private:
 
 } // namespace
 
-CompileFailure readErrorLogEntry(const std::string& entry) {
-    // The name, the tag of the stage, the log. A node's id may hold anything, line ends included.
-    std::size_t end = std::string::npos;
-    for (const char* tag : {"(v)\n", "(f)\n", "(l)\n"})
-        end = std::min(end, entry.find(tag));
-    if (end == std::string::npos)
-        return {"", 'l', entry};
-    return {entry.substr(0, end), entry[end + 1], entry.substr(end + 4)};
+std::vector<CompileFailure> readErrorLog(std::string_view log) {
+    for (int line = 0; line < headerLines; ++line)
+        log.remove_prefix(std::min(log.find('\n'), log.size() - 1) + 1);
+    std::vector<CompileFailure> failures;
+    for (std::size_t tag = findTag(log); tag != std::string_view::npos; tag = findTag(log)) {
+        // The next entry's name is what stands between the empty line and its tag.
+        const std::string_view rest = log.substr(tag + tagLength);
+        const std::size_t nextTag = findTag(rest);
+        const std::size_t end = nextTag == std::string_view::npos
+                                    ? rest.size()
+                                    : rest.substr(0, nextTag).rfind("\n\n") + 2;
+        failures.push_back(
+            {std::string(log.substr(0, tag)), log[tag + 1], std::string(rest.substr(0, end))});
+        log = rest.substr(end);
+    }
+    return failures;
 }
 
 std::string describe(const std::vector<CompileFailure>& failures, const FindTexts& findTexts) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "pbhost/translate_verb.h"
@@ -19,7 +20,8 @@ struct CompileFailure {
     std::string log;  // the driver's
 };
 
-CompileFailure readErrorLogEntry(const std::string& entry);
+// The entries of an exported log, without what it says of the machine.
+std::vector<CompileFailure> readErrorLog(std::string_view log);
 
 // Gives the texts of the program of that name, where there are any.
 using FindTexts = std::function<std::optional<ProgramTexts>(const std::string& name)>;

@@ -14,19 +14,25 @@ namespace pbhost {
 
 namespace {
 
-std::string readWhole(const std::string& path) {
-    const auto fail = [&](const std::string& reason) {
-        return Failure(ExitCode::BadKernel, path + ": cannot be read: " + reason);
-    };
+Failure unreadable(const std::string& path, const std::string& reason) {
+    return {ExitCode::BadKernel, path + ": cannot be read: " + reason};
+}
+
+std::ifstream openFile(const std::string& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
-        throw fail("it is a folder");
+        throw unreadable(path, "it is a folder");
     std::ifstream file(path, std::ios::binary);
     if (!file)
-        throw fail(std::strerror(errno));
+        throw unreadable(path, std::strerror(errno));
+    return file;
+}
+
+std::string readWhole(const std::string& path) {
+    std::ifstream file = openFile(path);
     std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (file.bad())
-        throw fail("the disk gave an error");
+        throw unreadable(path, "the disk gave an error");
     return text;
 }
 
@@ -40,6 +46,11 @@ bool isGraphFile(const std::string& path) {
         return false;
     throw Failure(ExitCode::BadKernel,
                   path + ": neither a kernel (.pbk) nor a graph (.pbg) by its name");
+}
+
+void requireReadable(const std::string& path) {
+    isGraphFile(path);
+    openFile(path);
 }
 
 void readKernelFile(const std::string& path, pbKernelInfo& kernel) {

@@ -13,6 +13,9 @@ namespace pbhost {
 // Failure for any other.
 bool isGraphFile(const std::string& path);
 
+// Throws Failure unless the file is there and can be read, with a name that isGraphFile takes.
+void requireReadable(const std::string& path);
+
 // Both throw Failure when the file cannot be read. A file that reads, but is no kernel or graph,
 // gives a thin model: what is wrong with it shows when it is compiled.
 void readKernelFile(const std::string& path, pbKernelInfo& kernel);

@@ -7,12 +7,14 @@
 
 namespace pbhost {
 
+// A program that a signal ended answers 128 and the signal's number besides: 130 for Ctrl-C.
 enum class ExitCode {
     Done = 0,
-    RenderFailed = 1, // the render or the writing of the picture
-    Usage = 2,
-    BadKernel = 3,  // the kernel or graph file
-    BadPicture = 4, // an input picture
+    RenderFailed = 1, // the render or the writing of a file
+    Usage = 2,        // the command line, the project file, the preferences
+    BadKernel = 3,    // the kernel or graph file
+    BadPicture = 4,   // an input picture
+    Crashed = 5,      // the process that does the work
 };
 
 class Failure : public std::runtime_error {

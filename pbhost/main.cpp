@@ -1,17 +1,25 @@
-// pbhost: applies Pixel Bender kernels and graphs to pictures, and shows what becomes of them.
+// pbhost: drives the effect module over pictures, and shows what becomes of kernels and graphs.
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <cstdio>
+#include <functional>
 #include <iostream>
+#include <memory>
 #include <new>
 
-#include "pbhost/command.h"
+#include "host/command_scope.h"
+#include "hostkit/suites.h"
+#include "pbhost/camera_verb.h"
+#include "pbhost/child_process.h"
+#include "pbhost/controls_verb.h"
 #include "pbhost/failure.h"
+#include "pbhost/info_verb.h"
 #include "pbhost/large_blocks.h"
 #include "pbhost/model_verb.h"
+#include "pbhost/prefs_verb.h"
 #include "pbhost/printable.h"
 #include "pbhost/render_verb.h"
+#include "pbhost/temporary_files.h"
 #include "pbhost/translate_verb.h"
 
 namespace {
@@ -19,52 +27,186 @@ namespace {
 using pbhost::ExitCode;
 using pbhost::Failure;
 
+// What a command line asks for.
+struct Job {
+    std::function<std::string()> work;          // what it prints
+    std::vector<std::filesystem::path> folders; // that it writes into
+};
+
 void writeOut(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         throw Failure(ExitCode::RenderFailed, "standard output could not be written");
 }
 
-std::pair<unsigned, unsigned> parseSize(const std::string& text) {
-    unsigned width = 0;
-    unsigned height = 0;
-    const char* const end = text.data() + text.size();
-    const auto [middle, widthError] = std::from_chars(text.data(), end, width);
-    const bool hasWidth = widthError == std::errc() && middle != end && *middle == 'x';
-    const auto [last, heightError] = std::from_chars(hasWidth ? middle + 1 : end, end, height);
-    if (heightError != std::errc() || last != end || width == 0 || height == 0)
-        throw Failure(ExitCode::Usage, "--size " + text + ": write WIDTHxHEIGHT, in pixels");
-    return {width, height};
+void addPreferences(CLI::App& verb, std::string& file) {
+    verb.add_option("--prefs", file, "The preferences' file (default: the user's own)");
 }
 
-void addRender(CLI::App& app) {
+std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& verb) {
+    auto options = std::make_shared<pbhost::SessionOptions>();
+    verb.add_option("--module", options->module,
+                    "The effect module (default: TVELMARONDINE_MODULE of the environment, or the "
+                    "one beside the program)");
+    addPreferences(verb, options->preferences);
+    verb.add_option("--answer", options->answers,
+                    "The answer to the effect's next question: yes, no or a path; an empty one "
+                    "cancels (default: a person at the terminal is asked)")
+        ->allow_extra_args(false);
+    verb.add_flag("--verbose", options->isVerbose, "Show all that the module says, and its faults");
+    return options;
+}
+
+void addPictures(CLI::App& verb, pbhost::RenderRequest& request) {
+    verb.add_option("-i,--input", request.inputs,
+                    "A picture: the first for the layer, the others for layer controls 1 to 3")
+        ->allow_extra_args(false);
+    verb.add_option("-o,--output", request.output, "The picture to write")->required();
+    verb.add_option("--layer", request.layers,
+                    "A layer control's picture: N=PICTURE, by the control's number or name")
+        ->allow_extra_args(false);
+    verb.add_option("--size", request.size,
+                    "Size of the layer without a picture, WIDTHxHEIGHT (default: 640x360)");
+}
+
+void addFrame(CLI::App& verb, pbhost::RenderRequest& request, int& bits) {
+    verb.add_option("--set", request.settings,
+                    "A control's value: CONTROL=V, or CONTROL=V,V,V for a point, a color (red, "
+                    "green, blue and alpha, 0 to 1) or all of CONTROL[0], CONTROL[1] ...; a popup "
+                    "by its number, counted from 1, or its text; an angle in degrees; a checkbox "
+                    "by true or false")
+        ->allow_extra_args(false);
+    verb.add_option("--depth", bits, "Bits per channel: 8, 16 or 32 (default: the picture's)")
+        ->check(CLI::IsMember({8, 16, 32}));
+    verb.add_option("--downsample", request.downsample,
+                    "A part of the resolution, X or X,Y: 2 for a half")
+        ->capture_default_str();
+    verb.add_option("--time", request.time, "The time to render, in seconds (default: 0)");
+    verb.add_option("--project", request.project, "The project to open instead of a file");
+    verb.add_option("--save", request.save, "The project to write");
+}
+
+void addRender(CLI::App& app, Job& job) {
     auto* verb = app.add_subcommand("render", "Apply a kernel or graph to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
-    auto depth = std::make_shared<int>(0);
-    auto size = std::make_shared<std::string>();
-    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->add_option("-i,--input", request->inputs,
-                     "An input picture; once for each input of the kernel, in order");
-    verb->add_option("-o,--output", request->output, "The picture to write")->required();
-    verb->add_option("--set", request->settings, "A parameter's value: NAME=V or NAME=V,V,V")
-        ->allow_extra_args(false);
-    verb->add_option("--depth", *depth, "Bits per channel: 8, 16 or 32 (default: the picture's)")
-        ->check(CLI::IsMember({8, 16, 32}));
-    verb->add_option("--size", *size,
-                     "Size of the result, WIDTHxHEIGHT (default: the first picture's, or 640x360)");
-    verb->get_option("--input")->allow_extra_args(false);
-    verb->callback([request, depth, size] {
-        if (*depth != 0)
-            request->depth = *depth == 8    ? pbhost::Depth::Bits8
-                             : *depth == 16 ? pbhost::Depth::Bits16
-                                            : pbhost::Depth::Bits32;
-        if (!size->empty())
-            request->size = parseSize(*size);
-        pbhost::render(*request);
+    auto bits = std::make_shared<int>(0);
+    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
+    addPictures(*verb, *request);
+    addFrame(*verb, *request, *bits);
+    const auto options = addSession(*verb);
+    verb->callback([&job, request, bits, options] {
+        if (*bits != 0)
+            request->depth = *bits == 8    ? pbhost::Depth::Bits8
+                             : *bits == 16 ? pbhost::Depth::Bits16
+                                           : pbhost::Depth::Bits32;
+        job.folders = {pbhost::folderOf(request->output), pbhost::folderOf(request->save)};
+        job.work = [request, options] {
+            return pbhost::inSession(*options, [&](pbhost::Session& session) {
+                pbhost::render(session, *request);
+                return std::string();
+            });
+        };
     });
 }
 
-void addTranslate(CLI::App& app) {
+void addControls(CLI::App& app, Job& job) {
+    auto* verb = app.add_subcommand("controls", "Show the effect's controls for a kernel or graph");
+    auto request = std::make_shared<pbhost::ControlsRequest>();
+    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
+    verb->add_flag("--json", request->asJson, "As one JSON object");
+    verb->add_flag("--all", request->all, "Hidden controls, too");
+    const auto options = addSession(*verb);
+    verb->callback([&job, request, options] {
+        job.work = [request, options] {
+            return pbhost::inSession(*options, [&](pbhost::Session& session) {
+                return pbhost::showControls(session, *request);
+            });
+        };
+    });
+}
+
+void addInfo(CLI::App& app, Job& job) {
+    auto* verb = app.add_subcommand("info", "Press the effect's options button");
+    auto request = std::make_shared<pbhost::InfoRequest>();
+    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
+    verb->add_option("--export-log", request->exportFolder,
+                     "Let the effect write its error log into this folder");
+    const auto options = addSession(*verb);
+    verb->callback([&job, request, options] {
+        job.work = [request, options] {
+            return pbhost::inSession(*options, [&](pbhost::Session& session) {
+                return pbhost::info(session, *request);
+            });
+        };
+    });
+}
+
+void addAbout(CLI::App& app, Job& job) {
+    auto* verb = app.add_subcommand("about", "Show what the effect tells of OpenGL");
+    const auto options = addSession(*verb);
+    verb->callback(
+        [&job, options] { job.work = [options] { return inSession(*options, pbhost::about); }; });
+}
+
+void addHost(CLI::App& app, Job& job) {
+    auto* verb = app.add_subcommand("host", "List the suites that the substitute host offers");
+    verb->callback([&job] {
+        job.work = [] {
+            const hostkit::Host host;
+            std::string text;
+            for (const auto& [name, version] : hostkit::suites::offered())
+                text.append(name + " " + std::to_string(version) + "\n");
+            return text;
+        };
+    });
+}
+
+// One of the verb's own verbs, over its key and value.
+void addPref(CLI::App& prefs, Job& job, const char* name, const char* help,
+             const std::vector<const char*>& texts,
+             const std::function<std::string(const pbhost::PrefsRequest&)>& work) {
+    auto* verb = prefs.add_subcommand(name, help);
+    auto request = std::make_shared<pbhost::PrefsRequest>();
+    for (const char* text : texts)
+        verb->add_option(text, *text == 'K' ? request->key : request->value)->required();
+    if (!texts.empty())
+        verb->add_option("--section", request->section, "The section of the preferences")
+            ->capture_default_str();
+    addPreferences(*verb, request->file);
+    verb->callback(
+        [&job, request, work] { job.work = [request, work] { return work(*request); }; });
+}
+
+void addPrefs(CLI::App& app, Job& job) {
+    auto* verb = app.add_subcommand("prefs", "Show or change the host's preferences");
+    auto request = std::make_shared<pbhost::PrefsRequest>();
+    addPreferences(*verb, request->file);
+    verb->require_subcommand(0, 1);
+    addPref(*verb, job, "list", "All of them", {}, pbhost::listPrefs);
+    addPref(*verb, job, "get", "One value", {"KEY"}, pbhost::getPref);
+    addPref(*verb, job, "set", "Keep a value; rootFolder is where moved files are looked for",
+            {"KEY", "VALUE"}, [](const pbhost::PrefsRequest& asked) {
+                pbhost::setPref(asked);
+                return std::string();
+            });
+    addPref(*verb, job, "unset", "Forget a value", {"KEY"}, [](const pbhost::PrefsRequest& asked) {
+        pbhost::unsetPref(asked);
+        return std::string();
+    });
+    verb->callback([&job, verb, request] {
+        if (verb->get_subcommands().empty())
+            job.work = [request] { return pbhost::listPrefs(*request); };
+    });
+}
+
+// A verb over the models alone: they need a running command.
+std::string inCommand(const std::function<std::string()>& work) {
+    hostkit::Host host;
+    const CommandScope scope(0, 0, host.inData());
+    return work();
+}
+
+void addTranslate(CLI::App& app, Job& job) {
     auto* verb = app.add_subcommand("translate", "Show the GLSL programs made of a kernel or node");
     auto request = std::make_shared<pbhost::TranslateRequest>();
     request->order = 18;
@@ -77,20 +219,38 @@ void addTranslate(CLI::App& app) {
                      "red, green, blue")
         ->capture_default_str()
         ->check(CLI::Range(0, 23));
-    verb->callback([request] {
-        const pbhost::Command command;
-        writeOut(pbhost::translate(*request));
+    verb->callback([&job, request] {
+        job.work = [request] { return inCommand([&] { return pbhost::translate(*request); }); };
     });
 }
 
-void addModel(CLI::App& app) {
+void addModel(CLI::App& app, Job& job) {
     auto* verb = app.add_subcommand("model", "Write what is read out of a file, as JSON");
     auto file = std::make_shared<std::string>();
     verb->add_option("file", *file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->callback([file] {
-        const pbhost::Command command;
-        writeOut(pbhost::modelAsJson(*file));
+    verb->callback([&job, file] {
+        job.work = [file] { return inCommand([&] { return pbhost::modelAsJson(*file); }); };
     });
+}
+
+void addCamera(CLI::App& app, Job& job) {
+    auto* verb = app.add_subcommand("camera", "Show the projection of a composition's camera");
+    auto request = std::make_shared<pbhost::CameraRequest>();
+    verb->add_option("--module", request->module, "The effect module, as for render");
+    verb->add_option("--width", request->width, "Of the composition")->capture_default_str();
+    verb->add_option("--height", request->height, "Of the composition")->capture_default_str();
+    verb->add_option("--pixel-aspect", request->pixelAspect, "Width of a pixel over its height")
+        ->capture_default_str();
+    verb->add_option("--type", request->kind, "default, perspective or orthographic")
+        ->transform(CLI::CheckedTransformer(pbhost::cameraKinds));
+    verb->add_option("--zoom", request->zoom,
+                     "From the eye to the image plane, pixels (default: a lens of 50 mm)");
+    verb->add_option("--position", request->position,
+                     "X Y Z of the eye (default: before the middle, as far as the zoom)");
+    verb->add_option("--rotation", request->rotation, "Degrees about X Y Z");
+    verb->add_flag("--json", request->isJson, "As one JSON object");
+    verb->callback(
+        [&job, request] { job.work = [request] { return pbhost::cameraProjection(*request); }; });
 }
 
 int complain(ExitCode code, const std::string& message) {
@@ -98,37 +258,10 @@ int complain(ExitCode code, const std::string& message) {
     return static_cast<int>(code);
 }
 
-int run(int argc, char** argv) {
-    CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
-    app.require_subcommand(0, 1); // with none, the parser would name no mistyped verb
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return std::string("pbhost: ") + error.what() +
-               "\nTo see what is understood: pbhost --help, " + "pbhost VERB --help\n";
-    });
-    app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set radius=6\n"
-               "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
-               "picture.");
-    addRender(app);
-    addTranslate(app);
-    addModel(app);
+// The exit code of the work, whatever becomes of it.
+int guarded(const std::function<int()>& work) {
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error);
-        return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
-    }
-    if (!app.get_subcommands().empty())
-        return 0;
-    std::cerr << app.help();
-    return static_cast<int>(ExitCode::Usage);
-}
-
-} // namespace
-
-int main(int argc, char** argv) {
-    pbhost::keepLargeBlocks();
-    try {
-        return run(argc, argv);
+        return work();
     } catch (const Failure& failure) {
         return complain(failure.code, failure.what());
     } catch (const std::bad_alloc&) {
@@ -138,4 +271,48 @@ int main(int argc, char** argv) {
     } catch (const std::exception& error) {
         return complain(ExitCode::RenderFailed, error.what());
     }
+}
+
+int runJob(const Job& job) {
+    return pbhost::runInChild(
+        [&job] {
+            return guarded([&job] {
+                pbhost::keepLargeBlocks();
+                writeOut(job.work());
+                return 0;
+            });
+        },
+        job.folders);
+}
+
+int run(int argc, char** argv) {
+    CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
+    app.require_subcommand(0, 1); // with none, the parser would name no mistyped verb
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return std::string("pbhost: ") + error.what() +
+               "\nTo see what is understood: pbhost --help, " + "pbhost VERB --help\n";
+    });
+    app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
+               "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
+               "picture, 5 the work crashed, 130 interrupted.");
+    Job job;
+    for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
+                           addTranslate, addModel, addCamera})
+        add(app, job);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const int code = app.exit(error);
+        return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    }
+    if (job.work)
+        return runJob(job);
+    std::cerr << app.help();
+    return static_cast<int>(ExitCode::Usage);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return guarded([=] { return run(argc, argv); });
 }

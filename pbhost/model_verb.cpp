@@ -1,16 +1,11 @@
 #include "pbhost/model_verb.h"
 
-#include <nlohmann/json.hpp>
-
 #include "pbhost/effect_file.h"
+#include "pbhost/json_text.h"
 
 namespace pbhost {
 
 namespace {
-
-// Keeps the order of the fields, and writes floats with the digits that a float has.
-using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
-                                  std::int64_t, std::uint64_t, float>;
 
 std::string asText(const pbName& name) {
     return std::string(nameText(name));
@@ -122,8 +117,7 @@ std::string modelAsJson(const std::string& path) {
         readKernelFile(path, kernel);
         json = kernelAsJson(kernel);
     }
-    // A name cut at 31 bytes may end in half a character.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return jsonText(json);
 }
 
 } // namespace pbhost

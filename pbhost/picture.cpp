@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <bit>
 #include <cerrno>
 #include <cstdint>
@@ -17,6 +16,8 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+
+#include "pbhost/temporary_files.h"
 
 namespace pbhost {
 
@@ -266,24 +267,6 @@ void checkTarget(const fs::path& path, const fs::path& folder) {
         failWrite(path, "no permission to write into '" + folder.string() + "'");
 }
 
-// A name beside the target that is removed again unless the file has been moved to its place.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(const fs::path& target, const fs::path& folder) {
-        static std::atomic<unsigned> counter = 0;
-        path = folder / (".pbhost-" + std::to_string(::getpid()) + "-" + std::to_string(counter++) +
-                         target.extension().string());
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile() {
-        std::error_code ignored;
-        fs::remove(path, ignored);
-    }
-
-    fs::path path;
-};
-
 // Gives the reason of a failure, or an empty text.
 std::string encode(const std::string& name, OIIO::ImageOutput& output, const Picture& picture) {
     const unsigned channels = output.supports("alpha") ? 4 : 3;
@@ -388,9 +371,8 @@ Picture readPicture(const fs::path& path, std::optional<Depth> wanted) {
 
 void writePicture(const fs::path& path, const Picture& picture) {
     checkPicture(path, picture);
-    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    checkTarget(path, folder);
-    const TemporaryFile temporary(path, folder);
+    checkTarget(path, folderOf(path));
+    const TemporaryFile temporary(path);
     const auto output = OIIO::ImageOutput::create(temporary.path.string());
     if (!output) {
         OIIO::geterror();

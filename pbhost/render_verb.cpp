@@ -1,134 +1,214 @@
 #include "pbhost/render_verb.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iostream>
+#include <utility>
 
-#include "engine/image_node.h"
+#include "host/command_scope.h"
+#include "pbhost/control_list.h"
+#include "pbhost/control_setting.h"
 #include "pbhost/effect_file.h"
-#include "pbhost/engine_session.h"
 #include "pbhost/failure.h"
-#include "pbhost/parameter_setting.h"
-#include "pbhost/printable.h"
+#include "pbhost/project_file.h"
+#include "pbhost/scene.h"
 
 namespace pbhost {
 
 namespace {
 
-constexpr unsigned defaultWidth = 640; // of a picture that no input gives a size
+constexpr unsigned defaultWidth = 640; // of a layer without a picture
 constexpr unsigned defaultHeight = 360;
+constexpr unsigned mostDownsampling = 64;
+constexpr unsigned largestSide = 16384;  // pixels
+constexpr double latestSeconds = 500000; // times must fit 32 bits
 
-std::vector<Picture> readInputs(const RenderRequest& request) {
-    std::vector<Picture> pictures;
-    std::optional<Depth> depth = request.depth;
-    try {
-        for (const std::string& path : request.inputs) {
-            pictures.push_back(readPicture(path, depth));
-            depth = pictures.front().depth;
-        }
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::BadPicture, error.what());
-    }
-    return pictures;
+// Two whole numbers with that character in between; nothing for any other text.
+std::optional<std::pair<unsigned, unsigned>> parsePair(const std::string& text, char between) {
+    std::pair<unsigned, unsigned> numbers;
+    const char* const end = text.data() + text.size();
+    const auto [middle, firstError] = std::from_chars(text.data(), end, numbers.first);
+    if (firstError != std::errc() || middle == end || *middle != between)
+        return std::nullopt;
+    const auto [last, secondError] = std::from_chars(middle + 1, end, numbers.second);
+    return secondError == std::errc() && last == end ? std::optional(numbers) : std::nullopt;
 }
 
-Picture makeOutput(const RenderRequest& request, const std::vector<Picture>& inputs) {
-    unsigned width = inputs.empty() ? defaultWidth : inputs.front().width;
-    unsigned height = inputs.empty() ? defaultHeight : inputs.front().height;
-    if (request.size)
-        std::tie(width, height) = *request.size;
-    const Depth depth =
-        inputs.empty() ? request.depth.value_or(Depth::Bits8) : inputs.front().depth;
-    try {
-        return makePicture(width, height, depth);
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+std::pair<unsigned, unsigned> parseSize(const std::string& text) {
+    if (text.empty())
+        return {defaultWidth, defaultHeight};
+    const auto size = parsePair(text, 'x');
+    if (!size || size->first == 0 || size->second == 0)
+        throw Failure(ExitCode::Usage, "--size " + text + ": write WIDTHxHEIGHT, in pixels");
+    return *size;
 }
+
+std::pair<unsigned, unsigned> parseDownsample(const std::string& text) {
+    const bool isPair = text.find(',') != std::string::npos;
+    const auto factors = parsePair(isPair ? text : text + "," + text, ',');
+    if (!factors || std::min(factors->first, factors->second) < 1 ||
+        std::max(factors->first, factors->second) > mostDownsampling)
+        throw Failure(ExitCode::Usage, "--downsample " + text +
+                                           ": write X or X,Y, whole numbers from 1 to 64; 2 is "
+                                           "half the resolution");
+    return *factors;
+}
+
+double parseTime(const std::string& text) {
+    const auto seconds = parseNumber(text);
+    if (!seconds || *seconds < 0 || *seconds > latestSeconds)
+        throw Failure(ExitCode::Usage, "--time " + text + ": write a number of seconds");
+    return *seconds;
+}
+
+// The request with its texts read, before anything is loaded.
+struct Plan {
+    explicit Plan(const RenderRequest& asked) : request(asked) {
+        if (request.file.empty() == request.project.empty())
+            throw Failure(ExitCode::Usage, "render takes a kernel or graph file, or --project");
+        if (!request.project.empty())
+            project = readProject(request.project);
+        for (const std::string& text : request.settings)
+            settings.push_back(parseSetting("--set", text));
+        for (const std::string& text : request.layers)
+            layers.push_back(parseSetting("--layer", text));
+        for (std::size_t i = 1; i < request.inputs.size(); ++i)
+            layers.insert(layers.begin() + static_cast<std::ptrdiff_t>(i) - 1,
+                          {std::to_string(i), request.inputs[i]});
+        seconds = request.time.empty() ? project.seconds : parseTime(request.time);
+        downsample = parseDownsample(request.downsample);
+    }
+
+    Source layerSource() const {
+        const auto depth =
+            request.project.empty() ? request.depth : request.depth.value_or(project.depth);
+        const std::string& file = request.inputs.empty() ? project.picture : request.inputs[0];
+        if (!file.empty() && !request.size.empty())
+            throw Failure(ExitCode::Usage, "--size goes without a picture, which has its own size");
+        if (!file.empty())
+            return readSource(file, depth);
+        const bool asStored = request.size.empty() && project.width != 0;
+        const auto [width, height] =
+            asStored ? std::pair(project.width, project.height) : parseSize(request.size);
+        return transparentSource(width, height, depth.value_or(Depth::Bits8));
+    }
+
+    const RenderRequest& request;
+    ProjectFile project;
+    std::vector<ControlSetting> settings;
+    std::vector<ControlSetting> layers;
+    double seconds = 0;
+    std::pair<unsigned, unsigned> downsample;
+};
 
 std::string countOf(std::size_t pictures) {
     return std::to_string(pictures) + (pictures == 1 ? " picture" : " pictures");
 }
 
-void checkInputs(const RenderRequest& request, const pbGraph& graph) {
-    const auto wanted = static_cast<std::size_t>(graph.imageNodeCount());
-    const std::size_t given = request.inputs.size();
-    constexpr std::size_t mostImages = std::tuple_size_v<decltype(FrameDescription::images)>;
-    if (given > std::min(std::max<std::size_t>(wanted, 1), mostImages))
-        throw Failure(ExitCode::Usage, request.file + ": takes " + countOf(wanted) + ", " +
-                                           std::to_string(given) + " are given" +
-                                           (wanted > mostImages ? ", and 4 can be fed" : ""));
-    if (given < wanted)
-        std::cerr << "pbhost: note: " << request.file << " takes " << countOf(wanted) << ", "
-                  << given << " given; a missing one is transparent\n";
+std::size_t layerControls(hostkit::Effect& effect) {
+    const auto shown = listedControls(effect);
+    return static_cast<std::size_t>(std::count_if(shown.begin(), shown.end(), [&](auto index) {
+        return effect.definitions[index].param_type == PF_Param_LAYER;
+    }));
 }
 
-void describe(ImageSlot& slot, Picture& picture) {
-    slot.componentBytes = bytesPerChannel(picture.depth);
-    slot.channels = channelsPerPixel;
-    slot.width = picture.width;
-    slot.height = picture.height;
-    slot.rowPixels = picture.rowBytes / bytesPerPixel(picture.depth);
-    slot.pixels = picture.pixels.data();
+// What the file takes, which may be more than the effect can feed.
+std::size_t inputsOf(hostkit::Host& host, const std::string& file) {
+    const CommandScope scope(0, 0, host.inData());
+    if (isGraphFile(file)) {
+        pbGraphInfo graph;
+        readGraphFile(file, graph);
+        return graph.inputs.size();
+    }
+    pbKernelInfo kernel;
+    readKernelFile(file, kernel);
+    return kernel.inputs.size();
 }
 
-void requireTextureSize(const FrameDescription& frame) {
-    GLint largest = 0;
-    glGetIntegerv(GL_MAX_TEXTURE_SIZE, &largest);
-    if (std::max(frame.width, frame.height) > static_cast<unsigned>(largest))
-        throw Failure(ExitCode::RenderFailed,
-                      "the picture is larger than the " + std::to_string(largest) +
-                          " pixels a side that this machine's OpenGL can take");
+void checkInputs(Scene& scene, const Plan& plan) {
+    const std::string& file = plan.request.file;
+    const std::size_t fed = 1 + layerControls(scene.effect);
+    const std::size_t given = plan.request.inputs.size();
+    const std::size_t wanted = file.empty() ? fed : inputsOf(scene.session.host, file);
+    if (given > fed)
+        throw Failure(ExitCode::Usage,
+                      (file.empty() ? plan.request.project : file) + ": takes " + countOf(wanted) +
+                          ", " + std::to_string(given) + " are given" +
+                          (wanted > fed ? ", and " + std::to_string(fed) + " can be fed" : ""));
+    const std::size_t all = plan.request.inputs.size() + plan.request.layers.size();
+    if (all < wanted && !file.empty())
+        std::cerr << "pbhost: note: " << file << " takes " << countOf(wanted) << ", " << all
+                  << " given; a missing one is transparent\n";
 }
 
-// The errors are a list; a kernel may have left others in front.
-void requireMemory() {
-    for (GLenum error = glGetError(); error != GL_NO_ERROR; error = glGetError())
-        if (error == GL_OUT_OF_MEMORY)
-            throw Failure(ExitCode::RenderFailed, "the picture does not fit in OpenGL's memory");
+void setControls(Scene& scene, const Plan& plan) {
+    const auto depth = scene.layer.source->pixels.channelBytes;
+    for (const ControlSetting& each : plan.layers) {
+        const std::size_t index = findLayerControl(scene.effect, each);
+        hostkit::StreamValue value;
+        value.value.layer_id = scene.addLayer(readSource(each.value, depth == 1   ? Depth::Bits8
+                                                                     : depth == 2 ? Depth::Bits16
+                                                                                  : Depth::Bits32));
+        scene.effect.control(index).set(value, plan.seconds);
+    }
+    for (const ControlSetting& each : plan.settings)
+        applySetting(scene.effect, each, plan.seconds);
+}
+
+// The effect says nothing when a frame is too large for OpenGL, and draws nothing.
+void requireTextureSize(const hostkit::Layer& layer, const Plan& plan) {
+    const hostkit::Footage& source = *layer.source;
+    const auto side = [](int pixels, unsigned part) { return (pixels + part - 1) / part; };
+    if (std::max(side(source.width, plan.downsample.first),
+                 side(source.height, plan.downsample.second)) > largestSide)
+        throw Failure(ExitCode::RenderFailed, "the picture is larger than the " +
+                                                  std::to_string(largestSide) +
+                                                  " pixels a side that OpenGL drivers take");
+}
+
+Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {
+    hostkit::RenderRequest frame;
+    frame.seconds = plan.seconds;
+    frame.downsampleX.den = plan.downsample.first;
+    frame.downsampleY.den = plan.downsample.second;
+    hostkit::RenderResult result = scene.effect.render(frame);
+    scene.session.require(result.error);
+    hostkit::World& world = result.output;
+    return {static_cast<unsigned>(world.width), static_cast<unsigned>(world.height), depth,
+            static_cast<unsigned>(world.rowBytes), std::move(world.data)};
+}
+
+// The values of a project come last: the update of the controls writes the kernel's into popups.
+void load(Scene& scene, const Plan& plan) {
+    const RenderRequest& request = plan.request;
+    if (request.project.empty()) {
+        scene.apply(request.file);
+        return;
+    }
+    scene.open(request.project, plan.project.flatBlock);
+    fillControls(scene, request.project, plan.project);
 }
 
 } // namespace
 
-void renderPictures(pbGraph& graph, std::vector<Picture>& inputs, Picture& output) {
-    FrameDescription target;
-    describe(target, output);
-    FrameDescription frame = target;
-    frame.pixels = nullptr;
-    for (std::size_t i = 0; i < std::min(inputs.size(), frame.images.size()); ++i) {
-        describe(frame.images[i], inputs[i]);
-        frame.images[i].imageIndex = static_cast<std::int32_t>(i);
-        frame.width = std::max(frame.width, inputs[i].width);
-        frame.height = std::max(frame.height, inputs[i].height);
-    }
-    requireTextureSize(frame);
-    for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i)
-        static_cast<ImageNode*>(graph.imageNodeAt(i))->slot = i;
-    graph.render(frame);
-    graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(target);
-    graph.resetNodes();
-    requireMemory();
-}
-
-void render(const RenderRequest& request) {
-    std::vector<ParameterSetting> settings;
-    for (const std::string& text : request.settings)
-        settings.push_back(parseSetting(text));
-    EngineSession session;
-    const LoadedGraph loaded = session.load(request.file);
-    std::cerr << printable(loaded.warnings);
-    pbGraph& graph = *loaded.graph;
-    checkInputs(request, graph);
-    std::vector<Picture> inputs = readInputs(request);
-    Picture output = makeOutput(request, inputs);
-    placeRelativePoints(graph, output.width, output.height);
-    for (const ParameterSetting& setting : settings)
-        applySetting(graph, isGraphFile(request.file), setting);
-    renderPictures(graph, inputs, output);
+void render(Session& session, const RenderRequest& request) {
+    const Plan plan(request);
+    Source source = plan.layerSource();
+    const Depth depth = source.picture.depth;
+    Scene scene(session, std::move(source));
+    load(scene, plan);
+    scene.checkPrograms();
+    checkInputs(scene, plan);
+    setControls(scene, plan);
+    for (const auto& layer : scene.layer.composition->layers)
+        requireTextureSize(*layer, plan);
     try {
-        writePicture(request.output, output);
+        writePicture(request.output, renderFrame(scene, plan, depth));
     } catch (const PictureError& error) {
         throw Failure(ExitCode::RenderFailed, error.what());
     }
+    if (!request.save.empty())
+        writeProject(request.save, scene, plan.seconds);
 }
 
 } // namespace pbhost

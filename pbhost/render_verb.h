@@ -1,4 +1,4 @@
-// The verb `render`: runs a kernel or graph over pictures and writes the result.
+// The verb `render`: runs the effect over a picture, once, and writes what comes out.
 #pragma once
 
 #include <optional>
@@ -6,25 +6,25 @@
 #include <vector>
 
 #include "pbhost/picture.h"
-
-class pbGraph;
+#include "pbhost/session.h"
 
 namespace pbhost {
 
 struct RenderRequest {
-    std::string file; // .pbk or .pbg
+    std::string file;    // .pbk or .pbg; empty: the project has one
+    std::string project; // to open
     std::vector<std::string> inputs;
     std::string output;
-    std::vector<std::string> settings;                 // NAME=V[,V...]
-    std::optional<Depth> depth;                        // default: the first picture's
-    std::optional<std::pair<unsigned, unsigned>> size; // pixels; default: the first picture's
+    std::vector<std::string> layers;   // CONTROL=PICTURE
+    std::vector<std::string> settings; // CONTROL=V[,V...]
+    std::string downsample = "1";      // X[,Y]: a part of the resolution, 2 for a half
+    std::optional<Depth> depth;        // default: the project's, or the first picture's
+    std::string time;                  // seconds; empty: the project's, or 0
+    std::string size;                  // WIDTHxHEIGHT without a picture; empty: 640x360
+    std::string save;                  // the project to write; may be empty
 };
 
 // Throws Failure; the output file is then as it was. Notes go to standard error.
-void render(const RenderRequest& request);
-
-// Pixels in, pixels out: the result has the size and depth of `output`, which it replaces. The
-// pictures feed the graph's images in order; those that get none are transparent.
-void renderPictures(pbGraph& graph, std::vector<Picture>& inputs, Picture& output);
+void render(Session& session, const RenderRequest& request);
 
 } // namespace pbhost

@@ -17,11 +17,20 @@ MAY_INCLUDE = {
     "src/engine": ["src/pixelbender", "src/gpu", "src/support"],
     "src/view": ["src/host", "src/support", "src/sdk"],
     "hostkit": ["src/sdk"],
-    # pbhost drives the engine itself.
-    "pbhost": ["hostkit", "src/host", "src/pixelbender", "src/engine", "src/gpu", "src/support"],
+    # Its verbs that show text read the models and make the GLSL, one shows the camera; it renders
+    # nothing.
+    "pbhost": ["hostkit", "src/host", "src/support", "src/pixelbender", "src/engine", "src/gpu",
+               "src/view"],
 }
-# Of `host`, support sees the frame of the running command and nothing else.
-ONLY_FILES = {("src/support", "src/host"): {"host/command_scope.h"}}
+# Of some rooms others see a part and nothing else: of `host` the frame of the running command, of
+# the engine the generator.
+ONLY_FILES = {
+    ("src/support", "src/host"): {"host/command_scope.h"},
+    ("pbhost", "src/host"): {"host/command_scope.h"},
+    ("pbhost", "src/engine"): {"engine/glsl_generator.h", "engine/channel_order.h"},
+    ("pbhost", "src/gpu"): {"gpu/device.h"},
+    ("pbhost", "src/view"): {"view/composition_camera.h"},
+}
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"')
 
 

@@ -1,26 +1,26 @@
+// The program, as a user starts it: its output, messages, exit codes and files.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "pbhost/command.h"
-#include "pbhost/effect_file.h"
-#include "pbhost/failure.h"
-#include "pbhost/model_verb.h"
-#include "pbhost/render_verb.h"
-#include "pbhost/translate_verb.h"
+#include "pbhost/picture.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
+using namespace std::chrono_literals;
 using nlohmann::json;
 using pbhost::Depth;
 using pbhost::Picture;
@@ -46,17 +46,22 @@ std::string copyText(const std::string& function) {
                       function + "(src, outCoord());\n}");
 }
 
-const std::string setText =
-    kernelText("parameter float gain < defaultValue: 0.25; >;\n"
-               "parameter int count < defaultValue: 3; >;\n"
-               "parameter bool isOn < defaultValue: true; >;\n"
-               "parameter float3 tone < aeUIControl: \"aeColor\"; >;\n"
-               "parameter int mode < aeUIControl: \"aePopup\"; aePopupString: \"a|b\"; >;\n"
-               "parameter float2 at < aeUIControl: \"aePoint\";\n"
-               "    aePointRelativeDefaultValue: float2(0.5, 0.25); >;\n"
-               "output pixel4 dst;\nvoid evaluatePixel() {\n"
-               "    dst = float4(gain + at.x, float(count) + at.y,\n"
-               "                 isOn ? tone.g + tone.b : -1.0, float(mode)); }");
+const std::string setText = kernelText(
+    "parameter float gain < minValue: -2.0; maxValue: 2.0; defaultValue: 0.25; >;\n"
+    "parameter float3 shift < defaultValue: float3(1.0, 2.0, 3.0); >;\n"
+    "parameter int count < minValue: -10; maxValue: 10; defaultValue: 3; >;\n"
+    "parameter bool isOn < defaultValue: true; >;\n"
+    "parameter float4 tone < aeUIControl: \"aeColor\"; aeDisplayName: \"Tone\";\n"
+    "    defaultValue: float4(0.2, 0.4, 0.6, 0.8); >;\n"
+    "parameter int mode < aeUIControl: \"aePopup\"; aePopupString: \"soft|hard, edged\"; >;\n"
+    "parameter float2 at < aeUIControl: \"aePoint\";\n"
+    "    aePointRelativeDefaultValue: float2(0.5, 0.25); >;\n"
+    "parameter float turn < aeUIControl: \"aeAngle\"; defaultValue: 30.0; >;\n"
+    "output pixel4 dst;\nvoid evaluatePixel() {\n"
+    "    dst = float4(gain + shift.x + 10.0 * shift.y + 100.0 * shift.z,\n"
+    "                 float(count) + 16.0 * at.x + 256.0 * at.y,\n"
+    "                 isOn ? tone.r + 2.0 * tone.g + 4.0 * tone.b + 8.0 * tone.a : -1.0,\n"
+    "                 float(mode) * 512.0 + turn); }");
 
 // The picture through node a; node b has no kernel.
 std::string graphText(const std::string& kernel) {
@@ -67,13 +72,27 @@ std::string graphText(const std::string& kernel) {
         <connect fromNode="a" fromOutput="dst" toImage="out"/></graph>)";
 }
 
+// Another value in each channel of each pixel, colours without alpha among them.
+Picture paint(Depth depth) {
+    Picture picture = pbhost::makePicture(9, 6, depth);
+    const unsigned bytes = pbhost::bytesPerChannel(depth);
+    for (unsigned i = 0; i < 9 * 6 * 4; ++i) {
+        const unsigned whole = i % 16 == 0 ? 0 : bytes == 1 ? i * 37 % 256 : i * 151;
+        const float real = static_cast<float>(whole) / 9999.0F - 0.5F;
+        std::memcpy(picture.pixels.data() + std::size_t{i} * bytes,
+                    bytes == 4 ? static_cast<const void*>(&real) : &whole, bytes);
+    }
+    return picture;
+}
+
 struct Result {
     int code = 0;
     std::string out, err;
 
+    void expectSuccess() const { EXPECT_EQ(code, 0) << err; }
     // A failure says why, on standard error alone, and leaves the old picture.
     void expectFailure(int wanted, const Texts& messages) const {
-        EXPECT_EQ(code, wanted);
+        EXPECT_EQ(code, wanted) << err;
         EXPECT_EQ(out, "");
         for (const std::string& message : messages)
             EXPECT_NE(err.find(message), std::string::npos) << message << "\nin: " << err;
@@ -81,16 +100,19 @@ struct Result {
     }
 };
 
-// Each test works in a folder of its own.
+// Each test works in a folder of its own, with preferences of its own.
 class Pbhost : public testing::Test {
 protected:
     Pbhost() {
         std::string pattern = (fs::temp_directory_path() / "pbhost_test.XXXXXX").string();
         EXPECT_NE(mkdtemp(pattern.data()), nullptr);
         fs::current_path(pattern);
+        setenv("XDG_CONFIG_HOME", pattern.c_str(), 1);
+        setenv("TVELMARONDINE_STRICT", "1", 1);
         pbhost::writePicture("in.png", paint(Depth::Bits8));
         write("copy.pbk", copyText("sampleNearest"));
         write("broken.pbk", copyText("sampleNearst"));
+        write("set.pbk", setText);
         write("old.png", "old");
     }
     ~Pbhost() override {
@@ -99,7 +121,7 @@ protected:
         fs::remove_all(folder);
     }
 
-    // The program, as a user starts it. Arguments and environment are text for the shell.
+    // Arguments and environment are text for the shell.
     static Result run(const std::string& arguments, const std::string& environment = "") {
         const int status = std::system(
             (environment + " '" PBHOST_PATH "' " + arguments + " </dev/null >out.txt 2>err.txt")
@@ -108,81 +130,102 @@ protected:
                 readFile("err.txt")};
     }
 
-    // The verb alone: a start of the program takes longer than most renders.
-    static Result render(const pbhost::RenderRequest& request) {
-        Result result;
-        testing::internal::CaptureStderr();
-        try {
-            pbhost::render(request);
-        } catch (const pbhost::Failure& failure) {
-            result = {static_cast<int>(failure.code), "", failure.what()};
-        }
-        result.err += testing::internal::GetCapturedStderr();
-        return result;
-    }
-
-    // Another value in each channel of each pixel, colours without alpha among them.
-    static Picture paint(Depth depth) {
-        Picture picture = pbhost::makePicture(9, 6, depth);
-        const unsigned bytes = pbhost::bytesPerChannel(depth);
-        for (unsigned i = 0; i < 9 * 6 * 4; ++i) {
-            const unsigned whole = i % 16 == 0 ? 0 : bytes == 1 ? i * 37 % 256 : i * 151;
-            const float real = static_cast<float>(whole) / 9999.0F - 0.5F;
-            std::memcpy(picture.pixels.data() + std::size_t{i} * bytes,
-                        bytes == 4 ? static_cast<const void*>(&real) : &whole, bytes);
-        }
-        return picture;
-    }
-
     const std::string examples = EXAMPLES_PATH "/";
 };
 
+// A render that takes longer than anybody waits, in its two processes. An end waits for both.
+class LongRender {
+public:
+    LongRender() {
+        write("slow.pbk",
+              kernelText("output pixel4 dst; void evaluatePixel() { float sum = 0.0;\n"
+                         "for (int i = 0; i < 100000; ++i) sum = sin(sum + outCoord().x);\n"
+                         "dst = float4(sum); }"));
+        if (parent = fork(); parent == 0) {
+            dup2(open("err.txt", O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+            execl(PBHOST_PATH, "pbhost", "render", "slow.pbk", "--size", "4000x4000", "-o",
+                  "old.png", nullptr);
+            _exit(127);
+        }
+        const fs::path children =
+            processFile(parent, "task/" + std::to_string(parent) + "/children");
+        while ((child = std::atoi(readFile(children).c_str())) == 0 && kill(parent, 0) == 0)
+            std::this_thread::sleep_for(10ms);
+        // What the child would have written by now.
+        write(".pbhost-" + std::to_string(child) + "-0.png", "a part");
+    }
+    int end(pid_t whom, int signal) const {
+        kill(whom, signal);
+        int status = 0;
+        waitpid(parent, &status, 0);
+        while (fs::exists(processFile(child, "stat")) &&
+               readFile(processFile(child, "stat")).find(") Z ") == std::string::npos)
+            std::this_thread::sleep_for(10ms);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+    pid_t parent = 0, child = 0;
+
+private:
+    static fs::path processFile(pid_t process, const std::string& name) {
+        return "/proc/" + std::to_string(process) + "/" + name;
+    }
+};
+
+bool hasTemporaries() {
+    for (const auto& entry : fs::directory_iterator("."))
+        if (entry.path().filename().string().starts_with(".pbhost-"))
+            return true;
+    return false;
+}
+
 } // namespace
 
-TEST_F(Pbhost, TheProgramExplainsItsFailures) {
+TEST_F(Pbhost, ExplainsItsFailures) {
+    write("pixel3.pbk", kernelText("output pixel3 dst; void evaluatePixel() {}"));
+    write("empty.pbk", "");
+    write("broken.pbg", graphText(copyText("sampleNearst")));
+    write("old.json", R"({"version": 2})");
+    write("half.json", R"({"version": 1, "depth": 8, "time": 0, "layer": {"width": 4, "height": 4},
+                           "effect": {"data": "0", "controls": []}})");
     const std::tuple<std::string, int, Texts> cases[] = {
+        {"", 2, {"render", "controls", "prefs"}},
+        {"render missing.pbk -o old.png", 3, {"missing.pbk", "No such file"}},
+        {"render in.txt -o old.png", 3, {"in.txt", ".pbk"}},
+        {"render empty.pbk -o old.png", 3, {"empty.pbk", "no kernel was found"}},
+        {"render pixel3.pbk -o old.png", 3, {"pixel3.pbk", "output must have four channels"}},
         {"render broken.pbk -i in.png -o old.png", 3, {"Mine, vertex", "dst = sampleNearst(src"}},
+        {"render broken.pbk -o old.png --verbose", 3, {"Info: !!!Mine", "** vglsl **"}},
+        {"render broken.pbg -i in.png -o old.png", 3, {"broken.pbg", "  a, vertex"}},
         {"render copy.pbk -i missing.png -o old.png", 4, {"missing.png", "no such file"}},
         {"render copy.pbk -i in.png -o in.png/x.png", 1, {"in.png/x.png"}},
+        {"render copy.pbk -i in.png -i in.png -o old.png", 2, {"takes 1 picture, 2 are given"}},
+        {"render copy.pbk --layer 2=in.png -o old.png", 2, {"--layer 2", "there are:\n  none"}},
         {"render copy.pbk -o old.png --size 4x", 2, {"--size 4x", "WIDTHxHEIGHT"}},
+        {"render copy.pbk -i in.png -o old.png --size 4x4", 2, {"--size goes without"}},
         {"render copy.pbk -o old.png --size 99999x1", 1, {"larger than"}},
-        {"translate copy.pbk --order 24", 2, {"--order", "24"}},
-        {"", 2, {"render", "translate", "model"}},
+        {"render copy.pbk -o old.png --downsample 0", 2, {"--downsample 0", "1 to 64"}},
+        {"render set.pbk -o old.png --set size=1", 2, {"no such", "gain: fixed slider from -2 to"}},
+        {"render set.pbk -o old.png --set shift=1,2", 2, {"takes 3 values, 2 are given"}},
+        {"render set.pbk -o old.png --set at=1,nan", 2, {"\"nan\" is not a number"}},
+        {"render set.pbk -o old.png --set count=1.5", 2, {"\"1.5\" is not a whole number"}},
+        {"render set.pbk -o old.png --set count=11", 2, {"out of range, -10 to 10"}},
+        {"render set.pbk -o old.png --set tone=1,1,2", 2, {"\"2\" is out of range, 0 to 1"}},
+        {"render set.pbk -o old.png --set mode=4", 2, {"no such choice", "popup 1 soft, 2 hard"}},
+        {"render set.pbk -o old.png --set isOn=yes", 2, {"\"yes\" is neither true nor false"}},
+        {"render --project in.png -o old.png", 2, {"in.png", "no project"}},
+        {"render --project old.json -o old.png", 2, {"old.json", "version 2 is unknown"}},
+        {"render --project half.json -o old.png", 2, {"half.json", "odd number of digits"}},
+        {"controls copy.pbk --module no.so", 2, {"no.so"}},
+        {"prefs get rootFolder", 1, {"rootFolder"}},
     };
     for (const auto& [arguments, code, messages] : cases) {
         SCOPED_TRACE(arguments);
         run(arguments).expectFailure(code, messages);
+        EXPECT_FALSE(hasTemporaries());
     }
     run("render copy.pbk -o old.png", "__EGL_VENDOR_LIBRARY_FILENAMES=/nonexistent")
-        .expectFailure(1, {"lacks an OpenGL context"});
-}
-
-TEST_F(Pbhost, NamesWhatCannotBeUsed) {
-    write("pixel3.pbk", kernelText("output pixel3 dst; void evaluatePixel() {}"));
-    write("empty.pbk", "");
-    write("broken.pbg", graphText(copyText("sampleNearst")));
-    write("set.pbk", setText);
-    write("text.png", "no picture");
-    const std::tuple<std::string, Texts, Texts, int, Texts> cases[] = {
-        // the file, pictures and settings; exit code and messages
-        {"missing.pbk", {}, {}, 3, {"missing.pbk", "No such file"}},
-        {"in.txt", {}, {}, 3, {"in.txt", ".pbk"}},
-        {"broken.pbg", {"in.png"}, {}, 3, {"broken.pbg", "  a, vertex", "sampleNearst(src"}},
-        {"pixel3.pbk", {}, {}, 3, {"pixel3.pbk", "output must have four channels"}},
-        {"empty.pbk", {}, {}, 3, {"empty.pbk", "no kernel was found"}},
-        {"copy.pbk", {"text.png"}, {}, 4, {"text.png"}},
-        {"copy.pbk", {"in.png", "in.png"}, {}, 2, {"takes 1 picture, 2 are given"}},
-        {"set.pbk", {}, {"size=1"}, 2, {"size", "gain, count, isOn, tone, mode, at"}},
-        {"set.pbk", {}, {"at=1"}, 2, {"at", "takes 2 values, 1 is given"}},
-        {"set.pbk", {}, {"at=1,nan"}, 2, {"\"nan\" is not a number"}},
-        {"set.pbk", {}, {"count=1.5"}, 2, {"\"1.5\" is not a whole number"}},
-        {"set.pbk", {}, {"isOn=yes"}, 2, {"\"yes\" is neither true nor false"}},
-        {"set.pbk", {}, {"isOn"}, 2, {"NAME=VALUE"}},
-    };
-    for (const auto& [file, pictures, settings, code, messages] : cases) {
-        SCOPED_TRACE(file + testing::PrintToString(settings));
-        render({file, pictures, "old.png", settings, {}, {}}).expectFailure(code, messages);
-    }
+        .expectFailure(1, {"OpenGL can not be used"});
 }
 
 TEST_F(Pbhost, RendersEveryExample) {
@@ -192,12 +235,14 @@ TEST_F(Pbhost, RendersEveryExample) {
         if (!file.ends_with(".pbk") && !file.ends_with(".pbg"))
             continue;
         SCOPED_TRACE(file);
-        const json model = json::parse((pbhost::Command(), pbhost::modelAsJson(file)));
-        const Texts pictures(model["inputs"].size(), "in.png");
-        const Result result = render({file, pictures, "out.png", {}, {}, {}});
-        EXPECT_EQ(result.code, 0);
-        EXPECT_EQ(result.err, "");
-        EXPECT_EQ(readPicture("out.png").height, pictures.empty() ? 360U : 6U);
+        const std::size_t inputs = json::parse(run("model '" + file + "'").out)["inputs"].size();
+        std::string arguments = "render '" + file + "' -o out.png";
+        for (std::size_t i = 0; i < inputs; ++i)
+            arguments += " -i in.png";
+        const Result result = run(arguments);
+        result.expectSuccess();
+        EXPECT_EQ(result.out + result.err, "");
+        EXPECT_EQ(readPicture("out.png").height, inputs == 0 ? 360U : 6U);
         ++count;
     }
     EXPECT_GT(count, 10);
@@ -205,7 +250,7 @@ TEST_F(Pbhost, RendersEveryExample) {
 
 TEST_F(Pbhost, CopiesEveryValueAtEveryDepth) {
     write("half.pbg", graphText(copyText("sampleNearest")));
-    const std::tuple<const char*, Depth, std::string, std::string> cases[] = {
+    const std::tuple<std::string, Depth, std::string, std::string> cases[] = {
         {"copy.pbk", Depth::Bits8, "8.png", ""},
         {"copy.pbk", Depth::Bits16, "16.png", ""},
         {"copy.pbk", Depth::Bits32, "32.exr", ""},
@@ -214,8 +259,8 @@ TEST_F(Pbhost, CopiesEveryValueAtEveryDepth) {
     };
     for (const auto& [file, depth, name, note] : cases) {
         pbhost::writePicture(name, paint(depth));
-        const Result result = render({file, {name}, "to" + name, {}, {}, {}});
-        EXPECT_EQ(result.code, 0);
+        const Result result = run("render " + file + " -i " + name + " -o to" + name);
+        result.expectSuccess();
         EXPECT_EQ(result.err.empty(), note.empty()) << result.err;
         EXPECT_NE(result.err.find(note), std::string::npos) << result.err;
         EXPECT_EQ(readPicture("to" + name).depth, depth);
@@ -223,39 +268,104 @@ TEST_F(Pbhost, CopiesEveryValueAtEveryDepth) {
     }
 }
 
-// Through the program: its options, too, lead to the parameters.
-TEST_F(Pbhost, SetsParametersOfEveryKind) {
-    write("set.pbk", setText);
-    const std::pair<const char*, std::array<float, 4>> cases[] = {
-        // alpha, red, green, blue; the point lies in a picture of 4 by 4
-        {"--set count=-7 --set at=0.5,+1 --set isOn=false --set mode=1", {1, 0.75F, -6, -1}},
-        {"--set gain=1 --set gain=-1.5e1 --set isOn=1 --set tone=0.5,0.25,0.125",
-         {0, -13, 4, 0.375F}},
+TEST_F(Pbhost, SetsControlsOfEveryKind) {
+    const std::tuple<const char*, unsigned, std::array<float, 4>> cases[] = {
+        // arguments, width of the result, alpha, red, green, blue
+        {"", 4, {30, 321.25F, 3 + 32 + 256, 9.8F}},
+        {"--set gain=-1.5e0 --set shift=4,5,6 --set count=-7", 4, {30, 652.5F, 281, 9.8F}},
+        {"--set GAIN=1 --set 'shift[1]=0' --set at=0.5,+1", 4, {30, 302, 3 + 8 + 256, 9.8F}},
+        {"--set isOn=false --set mode=2 --set turn=-90", 4, {422, 321.25F, 291, -1}},
+        {"--set isOn=0 --set isOn=1 --set Tone=1,0.2,0.4", 4, {30, 321.25F, 291, 9.4F}},
+        {"--set 'mode=Hard, edged' --set tone=0,0,0,1", 4, {542, 321.25F, 291, 8}},
+        {"--downsample 2,1 --set at=2,3", 2, {30, 321.25F, 3 + 32 + 768, 9.8F}},
     };
-    for (const auto& [settings, argb] : cases) {
-        const Result result = run("render set.pbk -o out.exr --depth 32 --size 4x4 "s + settings);
-        SCOPED_TRACE(settings + result.err);
+    for (const auto& [arguments, width, argb] : cases) {
+        const Result result = run("render set.pbk -o out.exr --depth 32 --size 4x4 "s + arguments);
+        SCOPED_TRACE(arguments + result.err);
         ASSERT_EQ(result.code, 0);
         const Picture picture = readPicture("out.exr");
-        ASSERT_EQ(picture.pixels.size(), 4U * 4 * 16);
-        for (std::size_t at = 0; at < picture.pixels.size(); at += 16)
-            EXPECT_EQ(std::memcmp(&picture.pixels[at], argb.data(), 16), 0) << at;
+        ASSERT_EQ(picture.width, width);
+        for (std::size_t at = 0; at < picture.pixels.size(); at += 4) {
+            float channel = 0;
+            std::memcpy(&channel, &picture.pixels[at], 4);
+            EXPECT_NEAR(channel, argb[at / 4 % 4], 1e-3) << at;
+        }
     }
 }
 
+// The kernel moves behind the project's back, and is found by the setting or by an answer.
+TEST_F(Pbhost, FindsTheKernelOfAProject) {
+    const std::string blend = "new/blend.pbk";
+    fs::create_directories("old");
+    fs::copy(examples + "blend.pbk", "old/blend.pbk");
+    run("render old/blend.pbk -i in.png --layer FRONT='" + examples +
+        "pictures/second.png' -o first.png --set mode=Screen --set opacity=70 --save p.json")
+        .expectSuccess();
+    const std::string first = readFile("first.png");
+    fs::rename("old", "new");
+    run("render --project p.json -o old.png")
+        .expectFailure(3, {"old/blend.pbk", "prefs set rootFolder", "--answer"});
+    run("render --project p.json -o second.png --answer " + blend).expectSuccess();
+    EXPECT_TRUE(readFile("second.png") == first);
+    run("prefs set rootFolder .").expectSuccess();
+    EXPECT_EQ(run("prefs").out, "Settings_cs_TVM_Launcher / rootFolder = " +
+                                    (fs::current_path() / ".").string() + "\n");
+    run("render --project p.json -o third.png --save p2.json").expectSuccess();
+    EXPECT_TRUE(readFile("third.png") == first);
+    run("prefs unset rootFolder").expectSuccess();
+    EXPECT_EQ(run("prefs list").out, "");
+    run("render --project p2.json -o fourth.png --set opacity=10").expectSuccess();
+    EXPECT_FALSE(readFile("fourth.png") == first);
+    EXPECT_FALSE(hasTemporaries());
+}
+
+TEST_F(Pbhost, LetsTheEffectSpeak) {
+    EXPECT_EQ(run("info copy.pbk").out,
+              "Pixel Bender Kernel : Mine\nversion : 1\nVendor : -\n\n\n");
+    EXPECT_NE(run("about").out.find("OpenGL version : "), std::string::npos);
+    EXPECT_NE(run("host").out.find("AEGP Stream Suite 9\n"), std::string::npos);
+    for (const char* answers : {"--export-log .", "--answer yes --answer ."}) {
+        const Result result = run("info broken.pbk "s + answers);
+        result.expectSuccess();
+        EXPECT_NE(result.err.find("Mine vertex shader failed to compile"), std::string::npos);
+        const std::string log = readFile("Tvelmarondine_error_log.txt");
+        EXPECT_TRUE(log.starts_with("Win32bit\nvendor : ")) << log;
+        EXPECT_NE(log.find("\nMine(v)\n"), std::string::npos) << log;
+        EXPECT_NE(log.find("\n\nMine(f)\n"), std::string::npos) << log;
+        fs::remove("Tvelmarondine_error_log.txt");
+    }
+    run("info broken.pbk --export-log /proc").expectFailure(1, {"/proc", "could not be written"});
+    const json shown = json::parse(run("controls '" + examples + "tint.pbk' --json").out);
+    EXPECT_EQ(shown["title"], "TVM:Tint");
+    EXPECT_EQ(shown["controls"][0],
+              json::parse(R"({"index": 44, "name": "Amount", "kind": "fixed slider",
+                              "value": 85.0, "default": 85.0, "range": [0.0, 100.0],
+                              "choices": null, "display": "percent", "hidden": false})"));
+    EXPECT_EQ(shown["controls"].size(), 3U);
+    EXPECT_EQ(json::parse(run("controls set.pbk --json --all").out)["controls"].size(), 123U);
+}
+
+TEST_F(Pbhost, OutlivesItsWork) {
+    const LongRender crashed, interrupted, orphaned;
+    EXPECT_EQ(crashed.end(crashed.child, SIGABRT), 5);
+    EXPECT_NE(readFile("err.txt").find("crashed (Aborted)"), std::string::npos);
+    EXPECT_EQ(interrupted.end(interrupted.parent, SIGINT), 130);
+    EXPECT_EQ(orphaned.end(orphaned.parent, SIGKILL), -SIGKILL);
+    fs::remove(".pbhost-" + std::to_string(orphaned.child) + "-0.png"); // nobody was left to do it
+    EXPECT_FALSE(hasTemporaries());
+    EXPECT_EQ(readFile("old.png"), "old");
+}
+
 TEST_F(Pbhost, ShowsTextsAndModels) {
-    const pbhost::Command command;
-    const std::string tint = examples + "tint.pbk", dissolve = examples + "dissolve.pbg";
-    pbKernelInfo kernel;
-    pbhost::readKernelFile(tint, kernel);
-    EXPECT_EQ(run("translate '" + tint + "' --stage fragment --order 9").out,
-              std::string(pbhost::kernelTexts(kernel, 9).fragment));
-    EXPECT_NE(pbhost::translate({dissolve, "", "", 18}).find("scatter  ScatteredSwitch\n"),
+    const std::string tint = "'" + examples + "tint.pbk'", dissolve = examples + "dissolve.pbg";
+    const std::string text = run("translate " + tint + " --stage fragment --order 9").out;
+    EXPECT_NE(text.find("parameter float3 shadows;"), std::string::npos) << text;
+    EXPECT_NE(text.find("gl_FragColor = dst.gbar;"), std::string::npos) << text;
+    EXPECT_NE(run("translate '" + dissolve + "'").out.find("scatter  ScatteredSwitch\n"),
               std::string::npos);
-    EXPECT_EQ(
-        json::parse(run("model '" + tint + "'").out)["parameters"][0]["defaultValue"]["value"],
-        json::parse("[0.1, 0.06, 0.3]"));
-    EXPECT_EQ(json::parse(pbhost::modelAsJson(dissolve))["connections"][2],
+    EXPECT_EQ(json::parse(run("model " + tint).out)["parameters"][0]["defaultValue"]["value"],
+              json::parse("[0.1, 0.06, 0.3]"));
+    EXPECT_EQ(json::parse(run("model '" + dissolve + "'").out)["connections"][2],
               json::parse(R"({"from": "scatter", "fromOutput": "dst", "to": "dst", "toInput": "",
                               "kind": "ToOutputImage"})"));
 }

@@ -1,0 +1,20 @@
+// The work in a process of its own: what takes an OpenGL driver down with it leaves somebody to
+// say so, and to tidy up.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+namespace pbhost {
+
+// Runs the work in a child and gives its answer, which is an exit code. A child that crashes gives
+// a message and ExitCode::Crashed. An interrupt ends the child and gives 128 and the signal's
+// number. In both cases the child's temporary files are removed from the folders. The child ends
+// with its parent.
+//
+// The program must not have started a thread yet. Those that libraries start before main() are
+// missing in the child; it ends without their farewells, which would wait for them for ever.
+int runInChild(const std::function<int()>& work, const std::vector<std::filesystem::path>& folders);
+
+} // namespace pbhost

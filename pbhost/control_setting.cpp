@@ -1,0 +1,252 @@
+#include "pbhost/control_setting.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "hostkit/param_values.h"
+#include "pbhost/control_list.h"
+#include "pbhost/failure.h"
+
+namespace pbhost {
+
+namespace {
+
+using Indices = std::vector<std::size_t>;
+
+constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / 65536.0;
+
+bool areAlike(std::string_view one, std::string_view other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) ==
+               std::tolower(static_cast<unsigned char>(b));
+    });
+}
+
+bool areSame(std::string_view one, std::string_view other) {
+    return one == other;
+}
+
+using Comparison = bool (*)(std::string_view, std::string_view);
+
+// The controls of that name; if there are none, those of that name with "[0]", "[1]" ... behind it.
+Indices findByName(const hostkit::Effect& effect, const Indices& among, std::string_view name,
+                   Comparison isName) {
+    Indices found;
+    for (const std::size_t index : among)
+        if (isName(nameOf(effect, index), name))
+            found.push_back(index);
+    if (!found.empty())
+        return found;
+    for (const std::size_t index : among)
+        if (isName(nameOf(effect, index),
+                   std::string(name) + "[" + std::to_string(found.size()) + "]"))
+            found.push_back(index);
+    return found;
+}
+
+std::vector<std::string> splitValues(const std::string& text) {
+    std::vector<std::string> values;
+    std::size_t start = 0;
+    for (std::size_t comma = 0; comma != std::string::npos; start = comma + 1) {
+        comma = text.find(',', start);
+        values.push_back(text.substr(start, comma - start));
+    }
+    return values;
+}
+
+// One setting on its way into the controls.
+class Setter {
+public:
+    Setter(hostkit::Effect& owner, const ControlSetting& given, double compSeconds)
+        : effect_(owner), setting_(given), seconds_(compSeconds - owner.layer->inSeconds) {}
+
+    void run() {
+        const Indices found = find();
+        const std::vector<std::string> values = splitValues(setting_.value);
+        if (found.size() == 1)
+            return set(found.front(), values);
+        requireCount(values, found.size());
+        for (std::size_t k = 0; k < found.size(); ++k)
+            set(found[k], {values[k]});
+    }
+
+    [[noreturn]] void fail(const std::string& why) const {
+        throw Failure(ExitCode::Usage, "--set " + setting_.control + "=" + setting_.value + ": " +
+                                           why + "; the controls are:" + describeControls(effect_));
+    }
+
+private:
+    Indices find() const {
+        Indices all = listedControls(effect_);
+        std::erase_if(all, [this](std::size_t index) {
+            return effect_.definitions[index].param_type == PF_Param_LAYER;
+        });
+        for (const Comparison isName : {areSame, areAlike})
+            if (const Indices found = findByName(effect_, all, setting_.control, isName);
+                !found.empty())
+                return requireOneMeaning(found);
+        for (const std::size_t index : all)
+            if (std::to_string(index) == setting_.control)
+                return {index};
+        fail("there is no such control");
+    }
+
+    // Several controls must be the parts of one parameter.
+    Indices requireOneMeaning(const Indices& found) const {
+        for (std::size_t k = 1; k < found.size(); ++k)
+            if (nameOf(effect_, found[k]) == nameOf(effect_, found[0]) ||
+                !nameOf(effect_, found[k]).ends_with("[" + std::to_string(k) + "]"))
+                fail("several controls bear that name; give the index (pbhost controls shows it)");
+        return found;
+    }
+
+    void requireCount(const std::vector<std::string>& values, std::size_t wanted) const {
+        if (values.size() != wanted)
+            fail("it takes " + std::to_string(wanted) + (wanted == 1 ? " value, " : " values, ") +
+                 std::to_string(values.size()) + (values.size() == 1 ? " is given" : " are given"));
+    }
+
+    void set(std::size_t index, const std::vector<std::string>& values) {
+        hostkit::StreamValue value = effect_.control(index).at(seconds_);
+        const PF_ParamDef& definition = effect_.definitions[index];
+        switch (definition.param_type) {
+        case PF_Param_COLOR:
+            readColor(values, value.value.color);
+            break;
+        case PF_Param_POINT:
+            requireCount(values, 2);
+            value.value.two_d = {fixed(values[0]), fixed(values[1])};
+            break;
+        case PF_Param_POPUP:
+            value.value.one_d = choice(definition.u.pd);
+            break;
+        default:
+            requireCount(values, 1);
+            value.value.one_d = scalar(definition, values[0]);
+        }
+        effect_.control(index).set(value, seconds_);
+    }
+
+    double scalar(const PF_ParamDef& definition, const std::string& text) const {
+        if (definition.param_type == PF_Param_CHECKBOX)
+            return truth(text);
+        const double number = definition.param_type == PF_Param_SLIDER ? whole(text) : fixed(text);
+        const std::optional<Range> range = rangeOf(definition);
+        // As the control counts: the ends of a range are rounded, too.
+        const double counted = hostkit::toFixed(number) / 65536.0;
+        const double compared = definition.param_type == PF_Param_SLIDER ? number : counted;
+        if (range && (compared < range->low || compared > range->high))
+            fail("\"" + text + "\" is out of range, " + numberText(range->low) + " to " +
+                 numberText(range->high));
+        return number;
+    }
+
+    // Three numbers leave the alpha as it is.
+    void readColor(const std::vector<std::string>& values, AEGP_ColorVal& color) const {
+        if (values.size() != 4)
+            requireCount(values, 3);
+        double* const channels[] = {&color.redF, &color.greenF, &color.blueF, &color.alphaF};
+        for (std::size_t k = 0; k < values.size(); ++k) {
+            *channels[k] = number(values[k]);
+            if (*channels[k] < 0 || *channels[k] > 1)
+                fail("\"" + values[k] + "\" is out of range, 0 to 1");
+        }
+    }
+
+    double number(const std::string& text) const {
+        const auto number = parseNumber(text);
+        if (!number)
+            fail("\"" + text + "\" is not a number");
+        return *number;
+    }
+
+    double fixed(const std::string& text) const {
+        const double value = number(text);
+        if (std::abs(value) > mostFixed)
+            fail("\"" + text + "\" is out of range, a control holds -32768 to 32768");
+        return value;
+    }
+
+    double whole(const std::string& text) const {
+        const double value = number(text);
+        if (value != std::floor(value) || std::abs(value) > INT32_MAX)
+            fail("\"" + text + "\" is not a whole number");
+        return value;
+    }
+
+    double truth(const std::string& text) const {
+        if (text == "true" || text == "1")
+            return 1;
+        if (text == "false" || text == "0")
+            return 0;
+        fail("\"" + text + "\" is neither true nor false");
+    }
+
+    // By its number if there is one of it, else by its text, which may hold commas.
+    double choice(const PF_PopupDef& popup) const {
+        const std::vector<std::string> choices = choicesOf(popup);
+        for (std::size_t i = 0; i < choices.size(); ++i)
+            if (setting_.value == std::to_string(i + 1))
+                return static_cast<double>(i + 1);
+        for (const Comparison isName : {areSame, areAlike})
+            for (std::size_t i = 0; i < choices.size(); ++i)
+                if (isName(choices[i], setting_.value))
+                    return static_cast<double>(i + 1);
+        fail("there is no such choice");
+    }
+
+    hostkit::Effect& effect_;
+    const ControlSetting& setting_;
+    const double seconds_; // of the layer
+};
+
+} // namespace
+
+ControlSetting parseSetting(const char* option, const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0)
+        throw Failure(ExitCode::Usage, std::string(option) + " " + text +
+                                           ": write CONTROL=VALUE, or CONTROL=V,V,V for several");
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double seconds) {
+    Setter(effect, setting, seconds).run();
+}
+
+std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting) {
+    Indices all = listedControls(effect);
+    std::erase_if(all, [&](std::size_t index) {
+        return effect.definitions[index].param_type != PF_Param_LAYER;
+    });
+    for (const Comparison isName : {areSame, areAlike}) {
+        const Indices found = findByName(effect, all, setting.control, isName);
+        if (found.size() == 1)
+            return found.front();
+    }
+    for (const std::size_t index : all) // the first controls of the list
+        if (std::to_string(index) == setting.control)
+            return index;
+    std::string list;
+    for (const std::size_t index : all)
+        list.append("\n  ").append(std::to_string(index) + " " + nameOf(effect, index));
+    throw Failure(ExitCode::Usage, "--layer " + setting.control + "=" + setting.value +
+                                       ": there is no such layer control; there are:" +
+                                       (list.empty() ? "\n  none" : list));
+}
+
+std::optional<double> parseNumber(std::string_view text) {
+    double number = 0;
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number))
+        return std::nullopt;
+    return number;
+}
+
+} // namespace pbhost

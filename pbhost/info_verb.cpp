@@ -1,0 +1,70 @@
+#include "pbhost/info_verb.h"
+
+#include <iostream>
+
+#include "pbhost/failure.h"
+#include "pbhost/printable.h"
+#include "pbhost/scene.h"
+
+namespace pbhost {
+
+namespace {
+
+// Keeps the effect's own words for the program's output; all other dialogs go to the person.
+class Listener {
+public:
+    explicit Listener(Session& owner) : session_(owner) {
+        session_.host.scripts.person = [this](const hostkit::Question& question) {
+            const bool isAlert = question.kind == hostkit::Question::Kind::Alert;
+            if (!isAlert || question.title != "Pixel Bender Information")
+                return session_.dialogs.answer(question);
+            text = question.message;
+            return std::optional<std::string>();
+        };
+    }
+    ~Listener() { session_.host.scripts.person = nullptr; }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    std::string text;
+
+private:
+    Session& session_;
+};
+
+bool wasAsked(const Session& session, const char* title) {
+    for (const hostkit::Question& question : session.host.scripts.asked())
+        if (question.title == title)
+            return true;
+    return false;
+}
+
+} // namespace
+
+std::string info(Session& session, const InfoRequest& request) {
+    Scene scene(session, transparentSource(16, 16, Depth::Bits8));
+    scene.apply(request.file);
+    for (const std::string& message : scene.messages)
+        if (!message.empty())
+            std::cerr << printable(message) << "\n";
+    Listener listener(session);
+    if (!request.exportFolder.empty())
+        session.dialogs.prepare({"yes", request.exportFolder});
+    session.require(scene.effect.doDialog());
+    if (wasAsked(session, "Log file has failed to export"))
+        throw Failure(ExitCode::RenderFailed,
+                      request.exportFolder + ": the error log could not be written there");
+    if (!request.exportFolder.empty() && !wasAsked(session, "Log file has exported "))
+        std::cerr << "pbhost: note: there is no error log\n";
+    return listener.text + "\n";
+}
+
+std::string about(Session& session) {
+    session.require(session.plugin->about());
+    std::string text;
+    for (const std::string& line : session.takeMessages())
+        text.append(line).append("\n");
+    return text;
+}
+
+} // namespace pbhost

@@ -1,0 +1,28 @@
+// Whether the effect could load its file, and what to tell the user when it could not.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "hostkit/effect.h"
+#include "pbhost/failure.h"
+#include "pbhost/session.h"
+
+namespace pbhost {
+
+// Whether the instance runs a graph; else its title says so.
+bool hasGraph(const hostkit::Effect& effect);
+
+// Why the instance has no graph: what the effect said, and what the file lacks to be one.
+// `shownName` is the user's name for what was to be loaded, `file` the kernel or graph itself; it
+// need not be there.
+Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
+                    const std::vector<std::string>& messages);
+
+// What the effect said about a graph that it runs, as lines for standard error. Throws Failure
+// (BadKernel), with the driver's log, when a program of the graph does not compile. A node without
+// a kernel is no such program: the graph runs, and the node shows white.
+std::string warningsOfLoad(Session& session, const std::string& shownName, const std::string& file,
+                           const std::vector<std::string>& messages);
+
+} // namespace pbhost

@@ -1,0 +1,46 @@
+#include "pbhost/places.h"
+
+#include <cstdlib>
+
+#include "pbhost/failure.h"
+
+namespace pbhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+} // namespace
+
+fs::path findModule(const std::string& option) {
+    const std::string named = option.empty() ? environment("TVELMARONDINE_MODULE") : option;
+    std::error_code ignored;
+    const fs::path own = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    for (const fs::path& path :
+         {fs::path(named), own / "Tvelmarondine.so", own.parent_path() / "Tvelmarondine.so"}) {
+        if (!path.empty() && fs::is_regular_file(path, ignored))
+            return path;
+        if (!path.empty() && path == named)
+            throw Failure(ExitCode::Usage, named + ": there is no such module");
+    }
+    throw Failure(ExitCode::Usage, "Tvelmarondine.so lies neither beside the program nor one "
+                                   "folder above; say where with --module FILE");
+}
+
+fs::path preferencesFile(const std::string& option) {
+    if (!option.empty())
+        return option;
+    const fs::path configured = environment("XDG_CONFIG_HOME");
+    const fs::path home = environment("HOME");
+    if (!configured.is_absolute() && home.empty())
+        return {};
+    return (configured.is_absolute() ? configured : home / ".config") / "tvelmarondine" /
+           "preferences.json";
+}
+
+} // namespace pbhost

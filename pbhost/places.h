@@ -1,0 +1,18 @@
+// Where the program finds the effect module and the preferences.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace pbhost {
+
+// The option's file if it is not empty, else that of the environment's TVELMARONDINE_MODULE, else
+// Tvelmarondine.so beside the program or one folder above. Throws Failure (Usage) when there is
+// none.
+std::filesystem::path findModule(const std::string& option);
+
+// The option's file if it is not empty, else the user's own, which need not be there; empty without
+// a home folder.
+std::filesystem::path preferencesFile(const std::string& option);
+
+} // namespace pbhost

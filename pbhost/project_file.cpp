@@ -1,0 +1,203 @@
+#include "pbhost/project_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+#include "pbhost/control_list.h"
+#include "pbhost/failure.h"
+#include "pbhost/temporary_files.h"
+
+namespace pbhost {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr int version = 1;
+
+std::string toHex(const std::vector<std::byte>& bytes) {
+    constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (const std::byte byte : bytes) {
+        text += digits[std::to_integer<unsigned>(byte >> 4)];
+        text += digits[std::to_integer<unsigned>(byte & std::byte{15})];
+    }
+    return text;
+}
+
+unsigned digitOf(char digit) {
+    const std::size_t value = std::string_view("0123456789abcdef").find(digit);
+    if (value == std::string_view::npos)
+        throw std::invalid_argument("\"data\" is not made of hexadecimal digits");
+    return static_cast<unsigned>(value);
+}
+
+std::vector<std::byte> fromHex(const std::string& text) {
+    if (text.size() % 2 != 0)
+        throw std::invalid_argument("\"data\" has an odd number of digits");
+    std::vector<std::byte> bytes;
+    for (std::size_t i = 0; i < text.size(); i += 2)
+        bytes.push_back(std::byte(digitOf(text[i]) * 16 + digitOf(text[i + 1])));
+    return bytes;
+}
+
+Depth depthOfBits(int bits) {
+    if (bits != 8 && bits != 16 && bits != 32)
+        throw std::invalid_argument("\"depth\" is neither 8, 16 nor 32");
+    return bits == 8 ? Depth::Bits8 : bits == 16 ? Depth::Bits16 : Depth::Bits32;
+}
+
+ProjectFile parse(const ordered_json& json) {
+    if (json.at("version") != version)
+        throw std::invalid_argument("version " + json.at("version").dump() + " is unknown");
+    ProjectFile project;
+    project.depth = depthOfBits(json.at("depth").get<int>());
+    project.seconds = json.at("time").get<double>();
+    const ordered_json& layer = json.at("layer");
+    if (layer.contains("picture")) {
+        project.picture = layer.at("picture").get<std::string>();
+    } else {
+        project.width = layer.at("width").get<unsigned>();
+        project.height = layer.at("height").get<unsigned>();
+    }
+    project.flatBlock = fromHex(json.at("effect").at("data").get<std::string>());
+    project.controls = json.at("effect").at("controls");
+    return project;
+}
+
+// A stream's value as the project has it, and back. In full, so that a picture comes out the same.
+ordered_json storedValue(const Scene& scene, PF_ParamType kind, const hostkit::StreamValue& held) {
+    const AEGP_StreamVal2& value = held.value;
+    switch (kind) {
+    case PF_Param_LAYER: {
+        const std::string file = scene.fileOf(value.layer_id);
+        return file.empty() ? ordered_json() : ordered_json(file);
+    }
+    case PF_Param_COLOR:
+        return {value.color.redF, value.color.greenF, value.color.blueF, value.color.alphaF};
+    case PF_Param_POINT:
+        return {value.two_d.x, value.two_d.y};
+    default:
+        return value.one_d;
+    }
+}
+
+hostkit::StreamValue heldValue(Scene& scene, PF_ParamType kind, const ordered_json& stored) {
+    hostkit::StreamValue held;
+    AEGP_StreamVal2& value = held.value;
+    switch (kind) {
+    case PF_Param_LAYER:
+        if (!stored.is_null()) {
+            const int bytes = scene.effect.channelBytes();
+            value.layer_id =
+                scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
+        }
+        break;
+    case PF_Param_COLOR:
+        value.color = {stored.at(3).get<double>(), stored.at(0).get<double>(),
+                       stored.at(1).get<double>(), stored.at(2).get<double>()};
+        break;
+    case PF_Param_POINT:
+        value.two_d = {stored.at(0).get<double>(), stored.at(1).get<double>()};
+        break;
+    default:
+        value.one_d = stored.get<double>();
+    }
+    return held;
+}
+
+const char* interpolationName(AEGP_KeyframeInterpolationType type) {
+    return type == AEGP_KeyInterp_HOLD ? "hold" : "linear";
+}
+
+AEGP_KeyframeInterpolationType interpolationOf(const ordered_json& json, const char* side) {
+    return json.value(side, "linear") == "hold" ? AEGP_KeyInterp_HOLD : AEGP_KeyInterp_LINEAR;
+}
+
+ordered_json storedControl(Scene& scene, std::size_t index) {
+    const hostkit::Stream& stream = scene.effect.control(index);
+    const PF_ParamType kind = scene.effect.definitions[index].param_type;
+    ordered_json json = {{"index", index},
+                         {"name", nameOf(scene.effect, index)},
+                         {"kind", kindName(kind)},
+                         {"value", storedValue(scene, kind, stream.constant)}};
+    for (const hostkit::Keyframe& keyframe : stream.keyframes)
+        json["keyframes"].push_back({{"time", keyframe.seconds},
+                                     {"value", storedValue(scene, kind, keyframe.value)},
+                                     {"in", interpolationName(keyframe.in)},
+                                     {"out", interpolationName(keyframe.out)}});
+    return json;
+}
+
+void fillControl(Scene& scene, const ordered_json& stored) {
+    const auto index = stored.at("index").get<std::size_t>();
+    if (index == 0 || index >= scene.effect.definitions.size())
+        throw std::invalid_argument("there is no control " + std::to_string(index));
+    const PF_ParamType kind = scene.effect.definitions[index].param_type;
+    if (stored.at("kind") != kindName(kind))
+        throw std::invalid_argument("control " + std::to_string(index) + " is a " + kindName(kind));
+    hostkit::Stream& stream = scene.effect.control(index);
+    stream.keyframes.clear();
+    stream.set(heldValue(scene, kind, stored.at("value")), 0);
+    for (const ordered_json& each : stored.value("keyframes", ordered_json::array())) {
+        const std::size_t at = stream.addKeyframe(each.at("time").get<double>());
+        stream.setKeyframe(at, heldValue(scene, kind, each.at("value")));
+        stream.keyframes[at].in = interpolationOf(each, "in");
+        stream.keyframes[at].out = interpolationOf(each, "out");
+    }
+}
+
+// What the reading threw, as a failure that names the file.
+template<class Work>
+auto orBadProject(const std::string& path, const Work& work) {
+    const auto bad = [&](const std::exception& error) {
+        return Failure(ExitCode::Usage, path + ": no project that can be read: " + error.what());
+    };
+    try {
+        return work();
+    } catch (const ordered_json::exception& error) {
+        throw bad(error);
+    } catch (const std::invalid_argument& error) {
+        throw bad(error);
+    }
+}
+
+ordered_json layerAsJson(const hostkit::Footage& source) {
+    if (source.name.empty())
+        return {{"width", source.width}, {"height", source.height}};
+    return {{"picture", source.name}};
+}
+
+} // namespace
+
+ProjectFile readProject(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw Failure(ExitCode::Usage, path + ": cannot be read: " + std::strerror(errno));
+    return orBadProject(path, [&] { return parse(ordered_json::parse(file)); });
+}
+
+void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {
+    orBadProject(path, [&] {
+        for (const ordered_json& stored : project.controls)
+            fillControl(scene, stored);
+    });
+}
+
+void writeProject(const std::string& path, Scene& scene, double seconds) {
+    ordered_json controls = ordered_json::array();
+    for (const std::size_t index : listedControls(scene.effect))
+        controls.push_back(storedControl(scene, index));
+    const ordered_json json = {{"version", version},
+                               {"depth", scene.effect.channelBytes() * 8},
+                               {"time", seconds},
+                               {"layer", layerAsJson(*scene.layer.source)},
+                               {"effect",
+                                {{"title", scene.effect.title()},
+                                 {"data", toHex(scene.effect.save())},
+                                 {"controls", controls}}}};
+    writeTextFile(path, jsonText(json));
+}
+
+} // namespace pbhost

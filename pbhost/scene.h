@@ -1,0 +1,65 @@
+// What a session has open: one composition with the effect's layer, an instance of the effect on
+// it, and the layers that its layer controls show.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "hostkit/effect.h"
+#include "pbhost/picture.h"
+#include "pbhost/session.h"
+
+namespace pbhost {
+
+// A picture and the file that it came from; empty: it came from none.
+struct Source {
+    Picture picture;
+    std::string file; // absolute
+};
+
+// Throws Failure (BadPicture).
+Source readSource(const std::string& file, std::optional<Depth> depth);
+
+// Without a file: transparent. Throws Failure (Usage) for an impossible size.
+Source transparentSource(unsigned width, unsigned height, Depth depth);
+
+class Scene {
+public:
+    // The project takes the depth of the layer's picture.
+    Scene(Session& owner, Source layerSource);
+
+    // Applies the effect to the layer with that file chosen, as a user would choose it. Throws
+    // Failure (BadKernel) when the effect can make no graph of it.
+    void apply(const std::string& file);
+
+    // The same out of a project. A file that is neither where it was nor under the folder of the
+    // preferences is asked for. `project` is the project's name for messages. The controls have the
+    // kernel's defaults then.
+    void open(const std::string& project, const std::vector<std::byte>& flatBlock);
+
+    // Shows what the effect said of the graph. Throws Failure (BadKernel), with the driver's log,
+    // when a program of it does not compile.
+    void checkPrograms();
+
+    // A layer below the others; its id. The picture must have the project's depth.
+    AEGP_LayerIDVal addLayer(Source source);
+
+    // The file of a layer's picture; empty: none.
+    std::string fileOf(AEGP_LayerIDVal layer) const;
+
+    Session& session;
+    hostkit::Layer& layer;
+    hostkit::Effect& effect;
+    std::vector<std::string> messages; // of the loading
+
+private:
+    const std::string& file();
+    void requireGraph();
+
+    std::string shownName_; // of what was loaded
+    std::string file_;      // the kernel or graph; empty: not known yet
+};
+
+} // namespace pbhost
