@@ -150,10 +150,10 @@ void Effect::dressControl(std::size_t index, const PF_ParamDef& look) {
     stream.name = toUtf16(look.name);
     if (look.param_type != PF_Param_POPUP)
         return;
+    // The stored value stands, as far as there are that many choices now.
     stream.choices = look.u.pd.num_choices;
-    StreamValue choice;
-    choice.value.one_d = look.u.pd.value;
-    stream.set(choice, now() - layer->inSeconds);
+    if (stream.keyframes.empty())
+        stream.set(stream.constant, 0);
 }
 
 } // namespace hostkit

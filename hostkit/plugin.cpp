@@ -107,7 +107,7 @@ PF_Err Plugin::call(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_P
     lastCommand_ = command;
     const ActiveCommand active(command, inData);
     const PF_Err error = enter(command, inData, outData, params, output, extra);
-    takeOverGlobalData(command, outData);
+    takeOverGlobalData(command, error, outData);
     return error;
 }
 
@@ -121,15 +121,17 @@ PF_Err Plugin::enter(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_
     }
 }
 
-void Plugin::takeOverGlobalData(PF_Cmd command, const PF_OutData& outData) {
+void Plugin::takeOverGlobalData(PF_Cmd command, PF_Err error, const PF_OutData& outData) {
     switch (command) {
     case PF_Cmd_GLOBAL_SETUP:
         globalData_ = outData.global_data;
         isSetUp_ = true;
         break;
     case PF_Cmd_GLOBAL_SETDOWN:
-        globalData_ = nullptr;
-        isSetUp_ = false;
+        // A module that could not end keeps what it has, and is asked again.
+        if (error == PF_Err_NONE)
+            globalData_ = nullptr;
+        isSetUp_ = globalData_ != nullptr;
         break;
     default:
         if (outData.global_data != globalData_)

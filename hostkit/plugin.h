@@ -56,7 +56,7 @@ public:
 private:
     PF_Err enter(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_ParamDef** params,
                  PF_LayerDef* output, void* extra) const;
-    void takeOverGlobalData(PF_Cmd command, const PF_OutData& outData);
+    void takeOverGlobalData(PF_Cmd command, PF_Err error, const PF_OutData& outData);
 
     Pipl pipl_;
     EntryPoint entry_ = nullptr;
