@@ -261,12 +261,15 @@ TEST_F(EffectControls, WearTheKernelsRangesAndDefaults) {
          "115 r 0: 255 0 255 64 0 0 255 63"},
         {"float4 s <parameterType: 'colorRGBA'; defaultValue: float4(0.2, 0.4, 0.6, 0.8);>",
          "116 s 0: 204 51 102 153 204 51 102 153"},
+        {"float3 t <parameterType: 'colorRGB'; aeUIControl: 'aeColor'; defaultValue: "
+         "float3(1.0, 0.0, 0.0);>",
+         "117 t 0: 255 255 0 0 0 255 0 0"},
     };
     std::string all;
     for (const auto& [declaration, control] : rows)
         all += *declaration == '\0' ? "" : parameter(declaration);
     Effect& effect = applyWith(all);
-    EXPECT_EQ(visible(effect), "4-5 24-26 34-35 44-50 94-96 104-105 114-116");
+    EXPECT_EQ(visible(effect), "4-5 24-26 34-35 44-50 94-96 104-105 114-117");
     EXPECT_EQ(effect.title(), "TVM:Test");
     for (const auto& [declaration, control] : rows) {
         const std::size_t index = std::stoul(control);

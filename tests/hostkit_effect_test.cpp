@@ -123,7 +123,7 @@ TEST_F(HostkitEffect, ChecksOutEachKindOfControlWithItsValue) {
         }
         sent.params[2]->u.sd = {5, 1, 2, 3, 4, 6};
         sent.params[8]->u.pd.value = 7;
-        sent.params[8]->u.pd.num_choices = 1;
+        sent.params[8]->u.pd.num_choices = 3;
         sent.with<PF_ParamUtilsSuite1>([&](const PF_ParamUtilsSuite1& suite) {
             for (const A_long i : {2, 8})
                 EXPECT_EQ(suite.PF_UpdateParamUI(sent.in->effect_ref, i, sent.params[i]), 0);
@@ -137,8 +137,8 @@ TEST_F(HostkitEffect, ChecksOutEachKindOfControlWithItsValue) {
     EXPECT_EQ(seen[7].u.td.x_value, width << 15);  // 50 percent
     EXPECT_EQ(seen[7].u.td.y_value, height << 14); // 25
     EXPECT_EQ(seen[8].u.pd.value, 2);
-    EXPECT_EQ(effect().valueAt(8, 0).u.pd.value, 1); // held within the choices
     EXPECT_EQ(effect().valueAt(2, 0).u.sd.value, 0); // an update sets no value
+    EXPECT_EQ(effect().valueAt(8, 0).u.pd.value, 2);
     EXPECT_EQ(effect().valueAt(2, 0).u.sd.slider_max, 4);
 
     Layer& other = comp.addLayer("other", makeFootage<std::uint8_t>());

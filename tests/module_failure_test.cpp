@@ -38,6 +38,7 @@ const std::map<std::string, std::string> giveBacks = {
     {"checkin_param", "parameter"},
     // A text that cannot be read is in doubt, and stays with the host.
     {"AEGP_LockMemHandle", "memory handle"},
+    {"AEGP_GetMemHandleSize", "memory handle"},
     {"AcquireSuite", ""}, // that of the call which would give something back
     {"AEGP Memory Suite", "memory handle"},
     {"AEGP Effect Suite", "effect"},

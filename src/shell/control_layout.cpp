@@ -97,6 +97,8 @@ private:
 } // namespace
 
 ControlForm controlForm(const pbParameter& parameter) {
+    if (componentCount(parameter.type) == 0)
+        return ControlForm::None;
     if (const ControlForm form = formOfHint(parameter.aeUIControl); form != ControlForm::None)
         return form;
     if (const ControlForm form = formOfType(parameter.parameterType); form != ControlForm::None)

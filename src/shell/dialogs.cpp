@@ -39,13 +39,8 @@ void showInformation(const PF_InData& inData, const pbGraph& graph) {
     alertBox(inData.pica_basicP, text.c_str(), "Pixel Bender Information", false);
 }
 
-// Whether the user named a file and it could be loaded.
-bool askForFile(const PF_InData& inData, GlobalData& globalData, SequenceData& sequence) {
-    NarrowString path;
-    if (!openFileDialog(inData.pica_basicP, promptFor(sequence).c_str(), "pbk or pbg:*.pbk;*.pbg;",
-                        path) ||
-        !globalData.loadGraph(inData, path, true))
-        return false;
+// Gives the instance a new file, and with it all that had lost the same one.
+void adopt(const GlobalData& globalData, SequenceData& sequence, const NarrowString& path) {
     const NarrowString oldPath = sequence.filePath;
     sequence.setPath(path);
     if (oldPath.empty())
@@ -53,6 +48,19 @@ bool askForFile(const PF_InData& inData, GlobalData& globalData, SequenceData& s
     else
         repair(globalData, oldPath, path);
     sequence.controlsBuilt = false;
+}
+
+// Whether the user named a file and it could be loaded. The instance may end while the user
+// chooses: the host goes on living behind its dialogs.
+bool askForFile(const PF_InData& inData, GlobalData& globalData, PF_Handle handle,
+                const SequenceData& asking) {
+    NarrowString path;
+    if (!openFileDialog(inData.pica_basicP, promptFor(asking).c_str(), "pbk or pbg:*.pbk;*.pbg;",
+                        path) ||
+        !globalData.loadGraph(inData, path, true))
+        return false;
+    if (SequenceData* sequence = liveSequence(globalData, handle))
+        adopt(globalData, *sequence, path);
     return true;
 }
 
@@ -64,13 +72,13 @@ NarrowString labelled(const char* label, const char* text) {
 
 PF_Err DoDialog(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef** /*params*/) {
     GlobalData& globalData = globalDataOf(*in_data);
-    SequenceData* sequence = liveSequence(globalData, out_data->sequence_data);
+    const SequenceData* sequence = liveSequence(globalData, out_data->sequence_data);
     if (sequence == nullptr)
         return PF_Err_NONE;
     const pbGraph* graph = globalData.findGraph(sequence->filePath);
     if (graph != nullptr && isRunnable(*graph))
         showInformation(*in_data, *graph);
-    else if (askForFile(*in_data, globalData, *sequence))
+    else if (askForFile(*in_data, globalData, out_data->sequence_data, *sequence))
         return PF_Err_NONE;
     offerErrorLog(*in_data);
     return PF_Err_NONE;

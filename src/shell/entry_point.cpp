@@ -43,9 +43,30 @@ PF_Err dispatch(PF_Cmd command, PF_InData* inData, PF_OutData* outData, PF_Param
     }
 }
 
-// These two answer nothing.
+// Whether the command's handler needs the heap and the record for its answer.
+bool doesWork(PF_Cmd command) {
+    switch (command) {
+    case PF_Cmd_ABOUT:
+    case PF_Cmd_GLOBAL_SETUP:
+    case PF_Cmd_GLOBAL_SETDOWN:
+    case PF_Cmd_PARAMS_SETUP:
+    case PF_Cmd_SEQUENCE_SETUP:
+    case PF_Cmd_SEQUENCE_RESETUP:
+    case PF_Cmd_SEQUENCE_FLATTEN:
+    case PF_Cmd_SEQUENCE_SETDOWN:
+    case PF_Cmd_DO_DIALOG:
+    case PF_Cmd_UPDATE_PARAMS_UI:
+    case PF_Cmd_SMART_PRE_RENDER:
+    case PF_Cmd_SMART_RENDER:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Two of them answer nothing.
 bool needsOutData(PF_Cmd command) {
-    return command != PF_Cmd_ABOUT && command != PF_Cmd_GLOBAL_SETDOWN;
+    return doesWork(command) && command != PF_Cmd_ABOUT && command != PF_Cmd_GLOBAL_SETDOWN;
 }
 
 } // namespace
@@ -60,7 +81,7 @@ extern "C" [[gnu::visibility("default")]] PF_Err EntryPointFunc(PF_Cmd cmd, PF_I
         const GlobalData* globalData = objectIn<GlobalData>(in_data->global_data);
         const CommandScope scope(cmd, globalData != nullptr ? globalData->pluginId : 0, in_data);
         // Without a context there is no heap, and no handler can keep what it promises.
-        if (scope.context == nullptr)
+        if (scope.context == nullptr && doesWork(cmd))
             return PF_Err_OUT_OF_MEMORY;
         return dispatch(cmd, in_data, out_data, params, output, extra);
     } catch (long code) {

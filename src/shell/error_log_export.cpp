@@ -21,11 +21,11 @@ _JST::String<aeAllocator> logFileText(const GlobalData& globalData) {
     return text;
 }
 
-bool writeLogFile(const GlobalData& globalData, const NarrowString& path) {
+bool writeLogFile(const NarrowString& path, const _JST::String<aeAllocator>& text) {
     _JST::File<aeAllocator> file{_JST::String<aeAllocator>(path.c_str())};
     if (!file.open('w'))
         return false;
-    const bool isWritten = file.write(logFileText(globalData));
+    const bool isWritten = file.write(text);
     return file.close() && isWritten;
 }
 
@@ -51,7 +51,9 @@ void offerErrorLog(const PF_InData& inData) {
     if (!selectFolderDialog(basic, "Select where export log", path))
         return;
     path.append("/Tvelmarondine_error_log.txt");
-    if (!writeLogFile(globalData, path)) {
+    const _JST::String<aeAllocator> text = logFileText(globalData);
+    const std::size_t exported = globalData.errorLog.size();
+    if (!writeLogFile(path, text)) {
         alertBox(basic, "Log file has failed to export.\nTry other folder.",
                  "Log file has failed to export", false);
         return;
@@ -60,5 +62,6 @@ void offerErrorLog(const PF_InData& inData) {
              "Log file has been exported. (Tvelmarondine_log.txt) \n"
              "Please send it, with the Pixel Bender file, to support@holmvarden.example",
              "Log file has exported ", false);
-    globalData.errorLog.clear();
+    // What came while the user read that is not in the file.
+    globalData.errorLog.erase(0, exported);
 }

@@ -111,8 +111,8 @@ bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool 
         return false;
     }
     assignSlots(*graph);
-    pbGraph& loaded = *graph;
     addGraph(path, std::move(graph));
+    const pbGraph& loaded = *findGraph(path);
     speaker.say(kind.fromFile, loaded.name);
     loaded.reportGraph();
     return true;

@@ -33,7 +33,13 @@ NarrowString markerComment(const PF_InData& inData) {
     if (markers.numKeyframes() < 1)
         return {};
     AEO::Marker marker(markers, 0);
-    return toNarrow(AEO::readWideText(basic, marker.newString(AEGP_MarkerString_COMMENT)));
+    AEO::Memory text(basic, marker.newString(AEGP_MarkerString_COMMENT));
+    const std::size_t units = text.size() / sizeof(A_UTF16Char);
+    const auto* characters = static_cast<const A_UTF16Char*>(text.lock());
+    if (characters == nullptr)
+        return {};
+    const std::u16string_view all(characters, units);
+    return toNarrow(all.substr(0, all.find(u'\0')));
 }
 
 // A project on another machine: the file may lie under the folder that the user keeps such files
@@ -94,7 +100,8 @@ PF_Err SequenceResetup(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef** p
     auto sequence = makeObject<SequenceData>(globalData, readFlatBlock(in_data->sequence_data));
     findMovedFile(*in_data, *sequence);
     globalData.loadGraph(*in_data, sequence->filePath, false);
-    in_data->utils->host_dispose_handle(in_data->sequence_data);
+    in_data->utils->host_dispose_handle(
+        out_data->sequence_data != nullptr ? out_data->sequence_data : in_data->sequence_data);
     out_data->sequence_data = release(sequence);
     return PF_Err_NONE;
 }

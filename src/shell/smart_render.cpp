@@ -46,7 +46,7 @@ PF_Err checkOutWorlds(const PF_InData& inData, const PF_SmartRenderCallbacks& ca
     PF_Err error = callbacks.checkout_layer_pixels(inData.effect_ref, 0, &input);
     if (error == PF_Err_NONE)
         error = callbacks.checkout_output(inData.effect_ref, &output);
-    if (error == PF_Err_NONE)
+    if (error == PF_Err_NONE && output != nullptr)
         error = callSuite(inData.pica_basicP, &PF_WorldSuite2::PF_GetPixelFormat,
                           static_cast<const PF_EffectWorld*>(output), &worlds.format);
     worlds.input = input;
@@ -155,7 +155,8 @@ PF_Err SmartRender(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra
         return PF_Err_NONE;
     Worlds worlds;
     const PF_Err error = checkOutWorlds(*in_data, *extra->cb, worlds);
-    if (error != PF_Err_NONE)
+    if (error != PF_Err_NONE || worlds.input == nullptr || worlds.output == nullptr ||
+        worlds.output->data == nullptr)
         return error;
     pbGraph* graph = globalData.findGraph(sequence->filePath);
     if (graph == nullptr || !isRunnable(*graph))

@@ -108,7 +108,8 @@ AEGP_StreamVal2 defaultOf(const pbParameter& parameter, std::size_t k, const PF_
         return value;
     case ControlForm::Color:
     case ControlForm::ColorRGBA:
-        value.color = {component(3), component(0), component(1), component(2)};
+        value.color = {parameter.parameterType == pbParameterColorRGB ? 1.0 : component(3),
+                       component(0), component(1), component(2)};
         return value;
     default:
         value.one_d = component(k);
@@ -117,6 +118,7 @@ AEGP_StreamVal2 defaultOf(const pbParameter& parameter, std::size_t k, const PF_
 }
 
 void writeDefaults(const PF_InData& inData, const pbGraph& graph) {
+    const UndoGroup group(inData.pica_basicP);
     OwnEffect effect(inData);
     for (const auto& parameter : graph.parameters)
         for (std::int32_t k = 0; parameter->slot >= 0 && k < controlsOf(parameter->parameter); ++k)
@@ -147,7 +149,7 @@ PF_Err UpdateParamsUI(PF_InData* in_data, PF_OutData* /*out_data*/, PF_ParamDef*
     const pbGraph* graph = globalData.findGraph(sequence->filePath);
     PF_Err error = PF_Err_NONE;
     if (!sequence->controlsBuilt) {
-        if (params == nullptr)
+        if (graph != nullptr && params == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         error = buildControls(*in_data, graph, params);
         sequence->controlsBuilt = true;
