@@ -14,6 +14,7 @@
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
+#include "platform/wgl.h"
 
 namespace {
 
@@ -28,7 +29,11 @@ void require(bool isTrue, const char* what) {
 class ModuleFrame {
 public:
     ModuleFrame(const pbhost::Picture& input) : plugin_(TVM_MODULE_PATH) {
+        // Setting up leaves no context current, as it does with any host.
+        const HDC deviceContext = wglGetCurrentDC();
+        const HGLRC context = wglGetCurrentContext();
         require(plugin_.setUp() == 0, "the module cannot be set up");
+        wglMakeCurrent(deviceContext, context);
         const auto file = std::filesystem::temp_directory_path() / "module_bench.pbg";
         std::ofstream(file) << bench::chainText(1);
         auto& host = hostkit::Host::current();
@@ -75,17 +80,21 @@ void frame(benchmark::State& state) {
     const auto texts = bench::passTexts(1);
     const bench::SamePeer same(texts, bench::gain);
     const bench::BestPeer best(texts, bench::gain, input);
-    hostkit::World moduleOutput;
+    hostkit::World moduleOutput = // without padding, as the peers have it
+        hostkit::makeWorld(static_cast<int>(size.width), static_cast<int>(size.height),
+                           static_cast<int>(pbhost::bytesPerChannel(size.depth)));
     std::vector<pbhost::Picture> outputs(2,
                                          pbhost::makePicture(size.width, size.height, size.depth));
+    // A frame ends when its pixels are there. What is put off (the clearing behind it) is put off
+    // by all three: the module's context cannot be waited for from outside.
     bench::PairedTiming timing({[&] { module.frame(moduleOutput); },
                                 [&] {
                                     same.frame(input, outputs[0]);
-                                    glFinish();
+                                    glFlush();
                                 },
                                 [&] {
                                     best.frame(input, outputs[1]);
-                                    glFinish();
+                                    glFlush();
                                 }});
     timing.round(); // warms up, and fills the outputs
     if (moduleOutput.data != outputs[0].pixels || outputs[0].pixels != outputs[1].pixels)

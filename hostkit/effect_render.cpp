@@ -108,10 +108,12 @@ RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
     if (layer->source == nullptr || layer->source->pixels.channelBytes != frame.channelBytes)
         throw std::logic_error("the layer of an effect has a source of the project's depth");
     // A render in the middle of another one puts its own in front.
-    Frame* const outer = std::exchange(frame_, &frame);
-    RenderResult result = renderFrame(request, frame, reusedOutput);
-    frame_ = outer;
-    return result;
+    struct InFront {
+        Frame*& place;
+        Frame* outer;
+        ~InFront() { place = outer; }
+    } const inFront{frame_, std::exchange(frame_, &frame)};
+    return renderFrame(request, frame, reusedOutput);
 }
 
 RenderResult Effect::renderFrame(const RenderRequest& request, Frame& frame, World& reusedOutput) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -46,13 +47,17 @@ Block* find(PF_Handle handle, const char* call) {
 }
 
 PF_Handle make(A_u_longlong size) {
-    auto block = std::make_unique<Block>(size);
-    if (block->address == nullptr && size != 0)
+    try {
+        auto block = std::make_unique<Block>(size);
+        if (block->address == nullptr && size != 0)
+            return nullptr;
+        PF_Handle handle = &block->address;
+        memory().blocks.emplace(handle, std::move(block));
+        ++memory().made;
+        return handle;
+    } catch (const std::bad_alloc&) {
         return nullptr;
-    ++memory().made;
-    PF_Handle handle = &block->address;
-    memory().blocks.emplace(handle, std::move(block));
-    return handle;
+    }
 }
 
 PF_Handle newHandle(A_u_longlong size) {

@@ -1,5 +1,10 @@
 #include "hostkit/preferences.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
@@ -13,13 +18,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Values = std::map<std::string, std::map<std::string, std::string>>;
+using Values = Preferences::Values;
 
 std::runtime_error failure(const fs::path& file, const std::string& reason) {
     return std::runtime_error(file.string() + ": " + reason);
 }
 
 Values readFile(const fs::path& file) {
+    if (fs::is_directory(file))
+        throw failure(file, "it is a folder");
     std::ifstream stream(file);
     if (!stream)
         throw failure(file, "cannot be opened");
@@ -41,7 +48,7 @@ std::string toJson(const fs::path& file, const Values& values) {
 void writeFile(const fs::path& file, const Values& values) {
     const std::string text = toJson(file, values);
     fs::path fresh = file;
-    fresh += ".new";
+    fresh += "." + std::to_string(getpid()) + ".new";
     std::ofstream stream(fresh, std::ios::binary);
     stream << text;
     stream.close();
@@ -55,15 +62,34 @@ void writeFile(const fs::path& file, const Values& values) {
     throw failure(file, "cannot be written" + (error ? ": " + error.message() : ""));
 }
 
+Values readIfThere(const fs::path& file) {
+    std::error_code error;
+    const bool isThere = !file.empty() && fs::exists(file, error);
+    if (error)
+        throw failure(file, error.message());
+    return isThere ? readFile(file) : Values();
+}
+
+// Keeps other processes from changing the same preferences for as long as it stands.
+class ChangeLock {
+public:
+    explicit ChangeLock(fs::path file) {
+        file += ".lock";
+        lock_ = open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644);
+        if (lock_ < 0 || flock(lock_, LOCK_EX) != 0)
+            throw failure(file, std::generic_category().message(errno));
+    }
+    ~ChangeLock() { close(lock_); }
+    ChangeLock(const ChangeLock&) = delete;
+    ChangeLock& operator=(const ChangeLock&) = delete;
+
+private:
+    int lock_ = -1;
+};
+
 } // namespace
 
-Preferences::Preferences(fs::path file) : file_(std::move(file)) {
-    std::error_code error;
-    if (!file_.empty() && fs::exists(file_, error))
-        values_ = readFile(file_);
-    if (error)
-        throw failure(file_, error.message());
-}
+Preferences::Preferences(fs::path file) : file_(std::move(file)), values_(readIfThere(file_)) {}
 
 std::optional<std::string> Preferences::get(const std::string& section,
                                             const std::string& key) const {
@@ -76,24 +102,25 @@ std::optional<std::string> Preferences::get(const std::string& section,
 
 void Preferences::set(const std::string& section, const std::string& key,
                       const std::string& value) {
-    Values changed = values_;
-    changed[section][key] = value;
-    commit(std::move(changed));
+    change([&](Values& values) { values[section][key] = value; });
 }
 
 void Preferences::erase(const std::string& section, const std::string& key) {
-    Values changed = values_;
-    const auto found = changed.find(section);
-    if (found == changed.end() || found->second.erase(key) == 0)
-        return;
-    if (found->second.empty())
-        changed.erase(found);
-    commit(std::move(changed));
+    change([&](Values& values) {
+        const auto found = values.find(section);
+        if (found != values.end() && found->second.erase(key) != 0 && found->second.empty())
+            values.erase(found);
+    });
 }
 
-void Preferences::commit(Values changed) {
-    if (!file_.empty())
-        writeFile(file_, changed);
+// Another process may have changed the file since it was read.
+void Preferences::change(const std::function<void(Values&)>& work) {
+    if (file_.empty())
+        return work(values_);
+    const ChangeLock lock(file_);
+    Values changed = readIfThere(file_);
+    work(changed);
+    writeFile(file_, changed);
     values_ = std::move(changed);
 }
 
