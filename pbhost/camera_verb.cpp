@@ -2,6 +2,7 @@
 
 #include <GL/gl.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -48,12 +49,20 @@ private:
     std::optional<ContextSwitch> current_;
 };
 
+bool areFinite(const std::array<double, 3>& numbers) {
+    return std::all_of(numbers.begin(), numbers.end(), [](double x) { return std::isfinite(x); });
+}
+
 void check(const CameraRequest& request) {
     constexpr unsigned most = std::numeric_limits<A_long>::max();
     if (request.width == 0 || request.height == 0 || request.width > most || request.height > most)
         throw Failure(ExitCode::Usage, "a composition has 1 pixel at least each way");
     if (!(request.pixelAspect >= 1e-3 && request.pixelAspect <= 1e3))
         throw Failure(ExitCode::Usage, "a pixel aspect lies between 0.001 and 1000");
+    if (request.zoom && !(std::isfinite(*request.zoom) && *request.zoom > 0))
+        throw Failure(ExitCode::Usage, "--zoom: a camera's zoom is a number above 0");
+    if ((request.position && !areFinite(*request.position)) || !areFinite(request.rotation))
+        throw Failure(ExitCode::Usage, "--position and --rotation take finite numbers");
 }
 
 void setNumbers(hostkit::Layer& layer, AEGP_LayerStream which, double x, double y = 0,

@@ -1,9 +1,12 @@
 #include "pbhost/control_list.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <string_view>
 
 #include "hostkit/param_values.h"
@@ -16,6 +19,7 @@ namespace {
 constexpr std::array<const char*, 8> kindNames = {"layer",    "slider", "fixed slider", "angle",
                                                   "checkbox", "color",  "point",        "popup"};
 constexpr double fixedOne = 65536;
+constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / fixedOne;
 
 std::optional<Range> moreThanOne(double low, double high) {
     return low < high ? std::optional(Range{low, high}) : std::nullopt;
@@ -121,6 +125,42 @@ std::optional<Range> rangeOf(const PF_ParamDef& definition) {
         return moreThanOne(u.ad.valid_min / fixedOne, u.ad.valid_max / fixedOne);
     default:
         return std::nullopt;
+    }
+}
+
+std::string faultOfNumber(const PF_ParamDef& definition, double number) {
+    const PF_ParamType kind = definition.param_type;
+    if (kind == PF_Param_CHECKBOX)
+        return number == 0 || number == 1 ? "" : "is neither true nor false";
+    const bool isWhole = kind == PF_Param_SLIDER || kind == PF_Param_POPUP;
+    if (isWhole && !(std::abs(number) <= INT32_MAX && number == std::floor(number)))
+        return "is not a whole number";
+    if (!isWhole && !(std::abs(number) <= mostFixed))
+        return "is out of range, a control holds -32768 to 32768";
+    std::optional<Range> range = rangeOf(definition);
+    if (kind == PF_Param_COLOR)
+        range = Range{0, 1};
+    else if (kind == PF_Param_POPUP)
+        range = Range{1, std::max(1.0, static_cast<double>(definition.u.pd.num_choices))};
+    // As the control counts: the ends of a range are rounded, too.
+    const bool isFixed = kind == PF_Param_FIX_SLIDER || kind == PF_Param_ANGLE;
+    const double counted = isFixed ? hostkit::toFixed(number) / fixedOne : number;
+    if (range && (counted < range->low || counted > range->high))
+        return "is out of range, " + numberText(range->low) + " to " + numberText(range->high);
+    return "";
+}
+
+bool mayBeDefault(const PF_ParamDef& definition, double number) {
+    const PF_ParamDefUnion& u = definition.u;
+    switch (definition.param_type) {
+    case PF_Param_SLIDER:
+        return number == u.sd.dephault;
+    case PF_Param_FIX_SLIDER:
+        return hostkit::toFixed(number) == u.fs_d.dephault;
+    case PF_Param_ANGLE:
+        return hostkit::toFixed(number) == u.ad.dephault;
+    default:
+        return definition.param_type == PF_Param_COLOR || definition.param_type == PF_Param_POINT;
     }
 }
 

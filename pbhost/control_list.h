@@ -31,6 +31,14 @@ struct Range {
 // range.
 std::optional<Range> rangeOf(const PF_ParamDef& definition);
 
+// What is wrong with a number for a control, or with one of its numbers, as the end of a sentence
+// about it; empty: nothing.
+std::string faultOfNumber(const PF_ParamDef& definition, double number);
+
+// Whether a number may be the control's default, which may lie outside the range. A definition
+// holds those of colours and points only roughly, so that any number may be one.
+bool mayBeDefault(const PF_ParamDef& definition, double number);
+
 // The texts of a popup's choices; a choice without one goes by its number, counted from 1.
 std::vector<std::string> choicesOf(const PF_PopupDef& popup);
 

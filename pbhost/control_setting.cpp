@@ -4,10 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
-#include <limits>
 
-#include "hostkit/param_values.h"
 #include "pbhost/control_list.h"
 #include "pbhost/failure.h"
 
@@ -16,8 +13,6 @@ namespace pbhost {
 namespace {
 
 using Indices = std::vector<std::size_t>;
-
-constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / 65536.0;
 
 bool areAlike(std::string_view one, std::string_view other) {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
@@ -115,67 +110,41 @@ private:
         const PF_ParamDef& definition = effect_.definitions[index];
         switch (definition.param_type) {
         case PF_Param_COLOR:
-            readColor(values, value.value.color);
+            readColor(definition, values, value.value.color);
             break;
         case PF_Param_POINT:
             requireCount(values, 2);
-            value.value.two_d = {fixed(values[0]), fixed(values[1])};
+            value.value.two_d = {number(definition, values[0]), number(definition, values[1])};
             break;
         case PF_Param_POPUP:
             value.value.one_d = choice(definition.u.pd);
             break;
         default:
             requireCount(values, 1);
-            value.value.one_d = scalar(definition, values[0]);
+            value.value.one_d = definition.param_type == PF_Param_CHECKBOX
+                                    ? truth(values[0])
+                                    : number(definition, values[0]);
         }
         effect_.control(index).set(value, seconds_);
     }
 
-    double scalar(const PF_ParamDef& definition, const std::string& text) const {
-        if (definition.param_type == PF_Param_CHECKBOX)
-            return truth(text);
-        const double number = definition.param_type == PF_Param_SLIDER ? whole(text) : fixed(text);
-        const std::optional<Range> range = rangeOf(definition);
-        // As the control counts: the ends of a range are rounded, too.
-        const double counted = hostkit::toFixed(number) / 65536.0;
-        const double compared = definition.param_type == PF_Param_SLIDER ? number : counted;
-        if (range && (compared < range->low || compared > range->high))
-            fail("\"" + text + "\" is out of range, " + numberText(range->low) + " to " +
-                 numberText(range->high));
-        return number;
-    }
-
     // Three numbers leave the alpha as it is.
-    void readColor(const std::vector<std::string>& values, AEGP_ColorVal& color) const {
+    void readColor(const PF_ParamDef& definition, const std::vector<std::string>& values,
+                   AEGP_ColorVal& color) const {
         if (values.size() != 4)
             requireCount(values, 3);
         double* const channels[] = {&color.redF, &color.greenF, &color.blueF, &color.alphaF};
-        for (std::size_t k = 0; k < values.size(); ++k) {
-            *channels[k] = number(values[k]);
-            if (*channels[k] < 0 || *channels[k] > 1)
-                fail("\"" + values[k] + "\" is out of range, 0 to 1");
-        }
+        for (std::size_t k = 0; k < values.size(); ++k)
+            *channels[k] = number(definition, values[k]);
     }
 
-    double number(const std::string& text) const {
+    double number(const PF_ParamDef& definition, const std::string& text) const {
         const auto number = parseNumber(text);
         if (!number)
             fail("\"" + text + "\" is not a number");
+        if (const std::string fault = faultOfNumber(definition, *number); !fault.empty())
+            fail("\"" + text + "\" " + fault);
         return *number;
-    }
-
-    double fixed(const std::string& text) const {
-        const double value = number(text);
-        if (std::abs(value) > mostFixed)
-            fail("\"" + text + "\" is out of range, a control holds -32768 to 32768");
-        return value;
-    }
-
-    double whole(const std::string& text) const {
-        const double value = number(text);
-        if (value != std::floor(value) || std::abs(value) > INT32_MAX)
-            fail("\"" + text + "\" is not a whole number");
-        return value;
     }
 
     double truth(const std::string& text) const {

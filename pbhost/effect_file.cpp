@@ -1,5 +1,7 @@
 #include "pbhost/effect_file.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -7,12 +9,20 @@
 #include <iterator>
 
 #include "pbhost/failure.h"
+#include "pbhost/printable.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"
 
 namespace pbhost {
 
 namespace {
+
+std::string lowerEnding(const std::string& path) {
+    std::string ending = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
+    for (char& c : ending)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ending;
+}
 
 Failure unreadable(const std::string& path, const std::string& reason) {
     return {ExitCode::BadKernel, path + ": cannot be read: " + reason};
@@ -38,18 +48,22 @@ std::string readWhole(const std::string& path) {
 
 } // namespace
 
+bool namesEffectFile(const std::string& path) {
+    const std::string ending = lowerEnding(path);
+    return ending == ".pbk" || ending == ".pbg";
+}
+
 bool isGraphFile(const std::string& path) {
-    const char last = path.empty() ? '\0' : path.back();
-    if (last == 'g' || last == 'G')
-        return true;
-    if (last == 'k' || last == 'K')
-        return false;
-    throw Failure(ExitCode::BadKernel,
-                  path + ": neither a kernel (.pbk) nor a graph (.pbg) by its name");
+    if (!namesEffectFile(path))
+        throw Failure(ExitCode::BadKernel,
+                      path + ": neither a kernel (.pbk) nor a graph (.pbg) by its name");
+    return lowerEnding(path) == ".pbg";
 }
 
 void requireReadable(const std::string& path) {
     isGraphFile(path);
+    if (!isUtf8(std::filesystem::absolute(path).string()))
+        throw unreadable(path, "the name is not UTF-8");
     openFile(path);
 }
 

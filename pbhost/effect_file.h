@@ -9,11 +9,15 @@
 
 namespace pbhost {
 
-// True for a graph (.pbg), false for a kernel (.pbk), by the last letter in either case. Throws
-// Failure for any other.
+// Whether the name ends in .pbk or .pbg, in any case.
+bool namesEffectFile(const std::string& path);
+
+// True for a graph (.pbg), false for a kernel (.pbk), by the name's ending. Throws Failure for any
+// other.
 bool isGraphFile(const std::string& path);
 
-// Throws Failure unless the file is there and can be read, with a name that isGraphFile takes.
+// Throws Failure unless the file is there and can be read, with a name that isGraphFile and the
+// effect take.
 void requireReadable(const std::string& path);
 
 // Both throw Failure when the file cannot be read. A file that reads, but is no kernel or graph,

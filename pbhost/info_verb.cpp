@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
 #include "pbhost/printable.h"
 #include "pbhost/scene.h"
@@ -39,14 +40,18 @@ bool wasAsked(const Session& session, const char* title) {
     return false;
 }
 
+// The export empties the log, which else tells what does not compile.
+void checkPrograms(Scene& scene, const std::string& file, bool isExported) {
+    scene.checkPrograms();
+    if (isExported && !isGraphFile(file))
+        throw Failure(ExitCode::BadKernel, file + ": does not compile; the error log says why");
+}
+
 } // namespace
 
-std::string info(Session& session, const InfoRequest& request) {
+void info(Session& session, const InfoRequest& request, std::string& text) {
     Scene scene(session, transparentSource(16, 16, Depth::Bits8));
     scene.apply(request.file);
-    for (const std::string& message : scene.messages)
-        if (!message.empty())
-            std::cerr << printable(message) << "\n";
     Listener listener(session);
     if (!request.exportFolder.empty())
         session.dialogs.prepare({"yes", request.exportFolder});
@@ -54,9 +59,15 @@ std::string info(Session& session, const InfoRequest& request) {
     if (wasAsked(session, "Log file has failed to export"))
         throw Failure(ExitCode::RenderFailed,
                       request.exportFolder + ": the error log could not be written there");
-    if (!request.exportFolder.empty() && !wasAsked(session, "Log file has exported "))
+    text = listener.text + "\n";
+    const bool isExported = wasAsked(session, "Log file has exported ");
+    if (request.exportFolder.empty())
+        return checkPrograms(scene, request.file, isExported);
+    for (const std::string& message : scene.messages)
+        if (!message.empty())
+            std::cerr << printable(message) << "\n";
+    if (!isExported)
         std::cerr << "pbhost: note: there is no error log\n";
-    return listener.text + "\n";
 }
 
 std::string about(Session& session) {

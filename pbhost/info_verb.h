@@ -13,9 +13,10 @@ struct InfoRequest {
     std::string exportFolder; // for the error log; empty: the questions go to the person
 };
 
-// What the effect tells of its kernel or graph. Throws Failure: RenderFailed when the log could not
-// be written.
-std::string info(Session& session, const InfoRequest& request);
+// Puts what the effect tells of its kernel or graph into `text`, which holds even when this throws
+// Failure: RenderFailed when the log could not be written; without a folder for the log BadKernel
+// for what does not compile.
+void info(Session& session, const InfoRequest& request, std::string& text);
 
 // What it tells of OpenGL.
 std::string about(Session& session);

@@ -39,6 +39,10 @@ void writeOut(const std::string& text) {
         throw Failure(ExitCode::RenderFailed, "standard output could not be written");
 }
 
+CLI::Validator notEmpty() {
+    return {[](std::string& text) { return std::string(text.empty() ? "it is empty" : ""); }, ""};
+}
+
 void addPreferences(CLI::App& verb, std::string& file) {
     verb.add_option("--prefs", file, "The preferences' file (default: the user's own)");
 }
@@ -60,8 +64,11 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& verb) {
 void addPictures(CLI::App& verb, pbhost::RenderRequest& request) {
     verb.add_option("-i,--input", request.inputs,
                     "A picture: the first for the layer, the others for layer controls 1 to 3")
-        ->allow_extra_args(false);
-    verb.add_option("-o,--output", request.output, "The picture to write")->required();
+        ->allow_extra_args(false)
+        ->check(notEmpty());
+    verb.add_option("-o,--output", request.output, "The picture to write")
+        ->required()
+        ->check(notEmpty());
     verb.add_option("--layer", request.layers,
                     "A layer control's picture: N=PICTURE, by the control's number or name")
         ->allow_extra_args(false);
@@ -81,9 +88,11 @@ void addFrame(CLI::App& verb, pbhost::RenderRequest& request, int& bits) {
     verb.add_option("--downsample", request.downsample,
                     "A part of the resolution, X or X,Y: 2 for a half")
         ->capture_default_str();
-    verb.add_option("--time", request.time, "The time to render, in seconds (default: 0)");
-    verb.add_option("--project", request.project, "The project to open instead of a file");
-    verb.add_option("--save", request.save, "The project to write");
+    verb.add_option("--time", request.time, "The time to render, in seconds (default: 0)")
+        ->check(notEmpty());
+    verb.add_option("--project", request.project, "The project to open instead of a file")
+        ->check(notEmpty());
+    verb.add_option("--save", request.save, "The project to write")->check(notEmpty());
 }
 
 void addRender(CLI::App& app, Job& job) {
@@ -99,7 +108,8 @@ void addRender(CLI::App& app, Job& job) {
             request->depth = *bits == 8    ? pbhost::Depth::Bits8
                              : *bits == 16 ? pbhost::Depth::Bits16
                                            : pbhost::Depth::Bits32;
-        job.folders = {pbhost::folderOf(request->output), pbhost::folderOf(request->save)};
+        for (const std::string& file : {request->output, request->save})
+            job.folders.push_back(pbhost::folderOf(pbhost::placeOf(file)));
         job.work = [request, options] {
             return pbhost::inSession(*options, [&](pbhost::Session& session) {
                 pbhost::render(session, *request);
@@ -134,9 +144,16 @@ void addInfo(CLI::App& app, Job& job) {
     const auto options = addSession(*verb);
     verb->callback([&job, request, options] {
         job.work = [request, options] {
-            return pbhost::inSession(*options, [&](pbhost::Session& session) {
-                return pbhost::info(session, *request);
-            });
+            std::string text;
+            try {
+                return pbhost::inSession(*options, [&](pbhost::Session& session) {
+                    pbhost::info(session, *request, text);
+                    return text;
+                });
+            } catch (const Failure&) {
+                writeOut(text);
+                throw;
+            }
         };
     });
 }
@@ -161,12 +178,12 @@ void addHost(CLI::App& app, Job& job) {
     });
 }
 
-// One of the verb's own verbs, over its key and value.
-void addPref(CLI::App& prefs, Job& job, const char* name, const char* help,
-             const std::vector<const char*>& texts,
+// One of the verb's own verbs, over its key and value. They share the request, since --prefs may
+// stand in front of them, too.
+void addPref(CLI::App& prefs, Job& job, const std::shared_ptr<pbhost::PrefsRequest>& request,
+             const char* name, const char* help, const std::vector<const char*>& texts,
              const std::function<std::string(const pbhost::PrefsRequest&)>& work) {
     auto* verb = prefs.add_subcommand(name, help);
-    auto request = std::make_shared<pbhost::PrefsRequest>();
     for (const char* text : texts)
         verb->add_option(text, *text == 'K' ? request->key : request->value)->required();
     if (!texts.empty())
@@ -182,17 +199,19 @@ void addPrefs(CLI::App& app, Job& job) {
     auto request = std::make_shared<pbhost::PrefsRequest>();
     addPreferences(*verb, request->file);
     verb->require_subcommand(0, 1);
-    addPref(*verb, job, "list", "All of them", {}, pbhost::listPrefs);
-    addPref(*verb, job, "get", "One value", {"KEY"}, pbhost::getPref);
-    addPref(*verb, job, "set", "Keep a value; rootFolder is where moved files are looked for",
-            {"KEY", "VALUE"}, [](const pbhost::PrefsRequest& asked) {
+    addPref(*verb, job, request, "list", "All of them", {}, pbhost::listPrefs);
+    addPref(*verb, job, request, "get", "One value", {"KEY"}, pbhost::getPref);
+    addPref(*verb, job, request, "set",
+            "Keep a value; rootFolder is where moved files are looked for", {"KEY", "VALUE"},
+            [](const pbhost::PrefsRequest& asked) {
                 pbhost::setPref(asked);
                 return std::string();
             });
-    addPref(*verb, job, "unset", "Forget a value", {"KEY"}, [](const pbhost::PrefsRequest& asked) {
-        pbhost::unsetPref(asked);
-        return std::string();
-    });
+    addPref(*verb, job, request, "unset", "Forget a value", {"KEY"},
+            [](const pbhost::PrefsRequest& asked) {
+                pbhost::unsetPref(asked);
+                return std::string();
+            });
     verb->callback([&job, verb, request] {
         if (verb->get_subcommands().empty())
             job.work = [request] { return pbhost::listPrefs(*request); };
@@ -285,12 +304,20 @@ int runJob(const Job& job) {
         job.folders);
 }
 
+constexpr const char* helpHint = "To see what is understood: pbhost --help, pbhost VERB --help\n";
+
+void requireVerb(const CLI::App& app, int argc, char** argv) {
+    const auto isMeant = [&](const CLI::App* verb) { return verb->get_name() == argv[1]; };
+    if (argc > 1 && *argv[1] != '-' && app.get_subcommands(isMeant).empty())
+        throw Failure(ExitCode::Usage,
+                      "there is no verb '" + std::string(argv[1]) + "'\n" + helpHint);
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
-    app.require_subcommand(0, 1); // with none, the parser would name no mistyped verb
+    app.require_subcommand(0, 1); // without one there is more to say than an error
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return std::string("pbhost: ") + error.what() +
-               "\nTo see what is understood: pbhost --help, " + "pbhost VERB --help\n";
+        return std::string("pbhost: ") + error.what() + "\n" + helpHint;
     });
     app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
@@ -299,6 +326,7 @@ int run(int argc, char** argv) {
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})
         add(app, job);
+    requireVerb(app, argc, argv);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -257,16 +257,6 @@ void checkPicture(const fs::path& path, const Picture& picture) {
         failWrite(path, "the picture has fewer pixels than its size tells");
 }
 
-void checkTarget(const fs::path& path, const fs::path& folder) {
-    std::error_code error;
-    if (!fs::is_directory(folder, error))
-        failWrite(path, "there is no folder '" + folder.string() + "'");
-    if (fs::is_directory(path, error))
-        failWrite(path, "it is a folder");
-    if (::access(folder.c_str(), W_OK | X_OK) != 0)
-        failWrite(path, "no permission to write into '" + folder.string() + "'");
-}
-
 // Gives the reason of a failure, or an empty text.
 std::string encode(const std::string& name, OIIO::ImageOutput& output, const Picture& picture) {
     const unsigned channels = output.supports("alpha") ? 4 : 3;
@@ -371,7 +361,8 @@ Picture readPicture(const fs::path& path, std::optional<Depth> wanted) {
 
 void writePicture(const fs::path& path, const Picture& picture) {
     checkPicture(path, picture);
-    checkTarget(path, folderOf(path));
+    if (const std::string obstacle = obstacleAt(path); !obstacle.empty())
+        failWrite(path, obstacle);
     const TemporaryFile temporary(path);
     const auto output = OIIO::ImageOutput::create(temporary.path.string());
     if (!output) {
@@ -379,12 +370,12 @@ void writePicture(const fs::path& path, const Picture& picture) {
         failWrite(path, "no picture format is known for the extension '" +
                             path.extension().string() + "'");
     }
+    if (const std::error_code error = temporary.create())
+        failWrite(path, error.message());
     const std::string reason = writeFile(temporary.path, *output, picture);
     if (!reason.empty())
         failWrite(path, replaceAll(reason, temporary.path.string(), path.string()));
-    std::error_code error;
-    fs::rename(temporary.path, path, error);
-    if (error)
+    if (const std::error_code error = temporary.moveToPlace())
         failWrite(path, error.message());
 }
 

@@ -33,6 +33,9 @@ fs::path findModule(const std::string& option) {
 }
 
 fs::path preferencesFile(const std::string& option) {
+    std::error_code ignored;
+    if (fs::is_directory(option, ignored))
+        throw Failure(ExitCode::Usage, option + ": cannot hold preferences: it is a folder");
     if (!option.empty())
         return option;
     const fs::path configured = environment("XDG_CONFIG_HOME");

@@ -12,7 +12,7 @@ namespace pbhost {
 std::filesystem::path findModule(const std::string& option);
 
 // The option's file if it is not empty, else the user's own, which need not be there; empty without
-// a home folder.
+// a home folder. Throws Failure (Usage) for a folder.
 std::filesystem::path preferencesFile(const std::string& option);
 
 } // namespace pbhost

@@ -6,6 +6,7 @@
 #include "hostkit/preferences.h"
 #include "pbhost/failure.h"
 #include "pbhost/places.h"
+#include "pbhost/printable.h"
 
 namespace pbhost {
 
@@ -20,7 +21,7 @@ hostkit::Preferences open(const PrefsRequest& request) {
                                        "with --prefs");
     try {
         return hostkit::Preferences(file);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         throw Failure(ExitCode::Usage, error.what());
     }
 }
@@ -28,7 +29,7 @@ hostkit::Preferences open(const PrefsRequest& request) {
 std::string valueOf(const hostkit::Preferences& preferences, const PrefsRequest& request) {
     const auto value = preferences.get(request.section, request.key);
     if (!value)
-        throw Failure(ExitCode::RenderFailed,
+        throw Failure(ExitCode::Usage,
                       "prefs: there is no " + request.section + " / " + request.key);
     return *value;
 }
@@ -52,10 +53,15 @@ void setPref(const PrefsRequest& request) {
     std::string value = request.value;
     std::error_code error;
     if (request.key == "rootFolder") {
+        if (value.empty())
+            throw Failure(ExitCode::Usage, "prefs set rootFolder: a folder's path is needed");
         value = fs::absolute(value).string();
         if (!fs::is_directory(value, error))
             std::cerr << "pbhost: note: there is no folder " << value << " yet\n";
     }
+    for (const std::string& text : {request.section, request.key, value})
+        if (!isUtf8(text))
+            throw Failure(ExitCode::Usage, "prefs set: " + text + ": the text is not UTF-8");
     hostkit::Preferences preferences = open(request);
     const fs::path folder = preferencesFile(request.file).parent_path();
     if (!folder.empty())

@@ -12,8 +12,9 @@ struct PrefsRequest {
     std::string value;
 };
 
-// Each gives what the verb prints and throws Failure: RenderFailed for a key that is not there and
-// a file that cannot be written, Usage for preferences that cannot be read.
+// Each gives what the verb prints and throws Failure: RenderFailed for a file that cannot be
+// written, Usage for a key that is not there, a value that cannot be kept, and preferences that
+// cannot be read.
 std::string listPrefs(const PrefsRequest& request); // of all sections
 std::string getPref(const PrefsRequest& request);
 void setPref(const PrefsRequest& request); // a folder is kept as an absolute path

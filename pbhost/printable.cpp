@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "hostkit/text.h"
+
 namespace pbhost {
 
 std::string printable(std::string text) {
@@ -10,6 +12,10 @@ std::string printable(std::string text) {
     };
     std::replace_if(text.begin(), text.end(), isSteering, ' ');
     return text;
+}
+
+bool isUtf8(std::string_view text) {
+    return hostkit::toUtf8(hostkit::toUtf16(text)) == text;
 }
 
 } // namespace pbhost

@@ -1,7 +1,9 @@
 #include "pbhost/project_file.h"
 
 #include <cerrno>
+#include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 #include "pbhost/control_list.h"
@@ -54,6 +56,8 @@ ProjectFile parse(const ordered_json& json) {
     ProjectFile project;
     project.depth = depthOfBits(json.at("depth").get<int>());
     project.seconds = json.at("time").get<double>();
+    if (!isTime(project.seconds))
+        throw std::invalid_argument("\"time\" is no time: " + json.at("time").dump());
     const ordered_json& layer = json.at("layer");
     if (layer.contains("picture")) {
         project.picture = layer.at("picture").get<std::string>();
@@ -107,6 +111,26 @@ hostkit::StreamValue heldValue(Scene& scene, PF_ParamType kind, const ordered_js
     return held;
 }
 
+// As for --set, but a default fits.
+void requireFit(const Scene& scene, std::size_t index, const ordered_json& number) {
+    const PF_ParamDef& definition = scene.effect.definitions[index];
+    const std::string fault = faultOfNumber(definition, number.get<double>());
+    if (!fault.empty() && !mayBeDefault(definition, number.get<double>()))
+        throw std::invalid_argument("control " + std::to_string(index) + ", " +
+                                    nameOf(scene.effect, index) + ": " + number.dump() + " " +
+                                    fault);
+}
+
+hostkit::StreamValue fittingValue(Scene& scene, std::size_t index, const ordered_json& stored) {
+    const PF_ParamType kind = scene.effect.definitions[index].param_type;
+    const hostkit::StreamValue value = heldValue(scene, kind, stored);
+    if (kind != PF_Param_LAYER)
+        for (const ordered_json& number :
+             stored.is_array() ? stored : ordered_json::array({stored}))
+            requireFit(scene, index, number);
+    return value;
+}
+
 const char* interpolationName(AEGP_KeyframeInterpolationType type) {
     return type == AEGP_KeyInterp_HOLD ? "hold" : "linear";
 }
@@ -139,10 +163,14 @@ void fillControl(Scene& scene, const ordered_json& stored) {
         throw std::invalid_argument("control " + std::to_string(index) + " is a " + kindName(kind));
     hostkit::Stream& stream = scene.effect.control(index);
     stream.keyframes.clear();
-    stream.set(heldValue(scene, kind, stored.at("value")), 0);
+    stream.set(fittingValue(scene, index, stored.at("value")), 0);
     for (const ordered_json& each : stored.value("keyframes", ordered_json::array())) {
-        const std::size_t at = stream.addKeyframe(each.at("time").get<double>());
-        stream.setKeyframe(at, heldValue(scene, kind, each.at("value")));
+        const auto seconds = each.at("time").get<double>();
+        if (!isTime(std::abs(seconds))) // of the layer, which may begin later
+            throw std::invalid_argument("control " + std::to_string(index) +
+                                        ": a keyframe's \"time\" is no time");
+        const std::size_t at = stream.addKeyframe(seconds);
+        stream.setKeyframe(at, fittingValue(scene, index, each.at("value")));
         stream.keyframes[at].in = interpolationOf(each, "in");
         stream.keyframes[at].out = interpolationOf(each, "out");
     }
@@ -151,15 +179,12 @@ void fillControl(Scene& scene, const ordered_json& stored) {
 // What the reading threw, as a failure that names the file.
 template<class Work>
 auto orBadProject(const std::string& path, const Work& work) {
-    const auto bad = [&](const std::exception& error) {
-        return Failure(ExitCode::Usage, path + ": no project that can be read: " + error.what());
-    };
     try {
         return work();
-    } catch (const ordered_json::exception& error) {
-        throw bad(error);
-    } catch (const std::invalid_argument& error) {
-        throw bad(error);
+    } catch (const Failure&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw Failure(ExitCode::Usage, path + ": no project that can be read: " + error.what());
     }
 }
 
@@ -172,6 +197,9 @@ ordered_json layerAsJson(const hostkit::Footage& source) {
 } // namespace
 
 ProjectFile readProject(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        throw Failure(ExitCode::Usage, path + ": cannot be read: it is a folder");
     std::ifstream file(path, std::ios::binary);
     if (!file)
         throw Failure(ExitCode::Usage, path + ": cannot be read: " + std::strerror(errno));

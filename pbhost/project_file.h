@@ -19,6 +19,11 @@
 
 namespace pbhost {
 
+// Whether a project can stand at that time, in seconds: times must fit 32 bits.
+constexpr bool isTime(double seconds) {
+    return seconds >= 0 && seconds <= 500000;
+}
+
 struct ProjectFile {
     Depth depth = Depth::Bits8;
     double seconds = 0;  // where it was rendered last

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <iostream>
 #include <utility>
 
@@ -10,18 +11,21 @@
 #include "pbhost/control_setting.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
+#include "pbhost/printable.h"
 #include "pbhost/project_file.h"
 #include "pbhost/scene.h"
+#include "pbhost/temporary_files.h"
 
 namespace pbhost {
+
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr unsigned defaultWidth = 640; // of a layer without a picture
 constexpr unsigned defaultHeight = 360;
 constexpr unsigned mostDownsampling = 64;
-constexpr unsigned largestSide = 16384;  // pixels
-constexpr double latestSeconds = 500000; // times must fit 32 bits
+constexpr unsigned largestSide = 16384; // pixels
 
 // Two whole numbers with that character in between; nothing for any other text.
 std::optional<std::pair<unsigned, unsigned>> parsePair(const std::string& text, char between) {
@@ -56,7 +60,7 @@ std::pair<unsigned, unsigned> parseDownsample(const std::string& text) {
 
 double parseTime(const std::string& text) {
     const auto seconds = parseNumber(text);
-    if (!seconds || *seconds < 0 || *seconds > latestSeconds)
+    if (!seconds || !isTime(*seconds))
         throw Failure(ExitCode::Usage, "--time " + text + ": write a number of seconds");
     return *seconds;
 }
@@ -71,7 +75,8 @@ struct Plan {
         for (const std::string& text : request.settings)
             settings.push_back(parseSetting("--set", text));
         for (const std::string& text : request.layers)
-            layers.push_back(parseSetting("--layer", text));
+            if (layers.emplace_back(parseSetting("--layer", text)).value.empty())
+                throw Failure(ExitCode::Usage, "--layer " + text + ": write CONTROL=PICTURE");
         for (std::size_t i = 1; i < request.inputs.size(); ++i)
             layers.insert(layers.begin() + static_cast<std::ptrdiff_t>(i) - 1,
                           {std::to_string(i), request.inputs[i]});
@@ -155,15 +160,45 @@ void setControls(Scene& scene, const Plan& plan) {
         applySetting(scene.effect, each, plan.seconds);
 }
 
+bool areSameFile(const fs::path& one, const fs::path& other) {
+    std::error_code ignored;
+    const auto place = [&](const fs::path& path) {
+        return fs::weakly_canonical(fs::absolute(path, ignored), ignored);
+    };
+    return fs::equivalent(one, other, ignored) ||
+           (!place(one).empty() && place(one) == place(other));
+}
+
+// That the project can be written, once there is something to write, and harms no other file.
+void checkSave(const Scene& scene, const RenderRequest& request) {
+    const std::string& save = request.save;
+    if (const std::string obstacle = obstacleAt(save); !obstacle.empty())
+        throw Failure(ExitCode::RenderFailed, "cannot write '" + save + "': " + obstacle);
+    const auto refuse = [&](const std::string& why) {
+        throw Failure(ExitCode::Usage, "--save " + save + ": " + why);
+    };
+    if (areSameFile(save, request.output))
+        refuse("the picture goes there");
+    if (namesEffectFile(save) || areSameFile(save, request.file))
+        refuse("a project does not replace a kernel or graph");
+    for (const auto& layer : scene.layer.composition->layers) {
+        const std::string& picture = layer->source->name;
+        if (!picture.empty() && areSameFile(save, picture))
+            refuse("a picture comes from there");
+        if (!isUtf8(picture))
+            refuse("'" + picture + "' cannot be kept in a project: the name is not UTF-8");
+    }
+}
+
 // The effect says nothing when a frame is too large for OpenGL, and draws nothing.
 void requireTextureSize(const hostkit::Layer& layer, const Plan& plan) {
     const hostkit::Footage& source = *layer.source;
     const auto side = [](int pixels, unsigned part) { return (pixels + part - 1) / part; };
     if (std::max(side(source.width, plan.downsample.first),
                  side(source.height, plan.downsample.second)) > largestSide)
-        throw Failure(ExitCode::RenderFailed, "the picture is larger than the " +
-                                                  std::to_string(largestSide) +
-                                                  " pixels a side that OpenGL drivers take");
+        throw Failure(source.name.empty() ? ExitCode::Usage : ExitCode::RenderFailed,
+                      "the picture is larger than the " + std::to_string(largestSide) +
+                          " pixels a side that OpenGL drivers take");
 }
 
 Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {
@@ -202,6 +237,8 @@ void render(Session& session, const RenderRequest& request) {
     setControls(scene, plan);
     for (const auto& layer : scene.layer.composition->layers)
         requireTextureSize(*layer, plan);
+    if (!request.save.empty())
+        checkSave(scene, request);
     try {
         writePicture(request.output, renderFrame(scene, plan, depth));
     } catch (const PictureError& error) {

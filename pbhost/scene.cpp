@@ -1,7 +1,7 @@
 #include "pbhost/scene.h"
 
-#include <cstring>
 #include <iostream>
+#include <string_view>
 #include <utility>
 
 #include "hostkit/text.h"
@@ -53,6 +53,17 @@ void addMarker(hostkit::Layer& layer, const std::string& comment) {
     markers.setKeyframe(markers.addKeyframe(0), value);
 }
 
+// For messages alone: the block is the effect's own. Empty: it is none.
+std::string pathIn(const std::vector<std::byte>& block) {
+    using namespace std::string_view_literals;
+    const std::string bytes(reinterpret_cast<const char*>(block.data()), block.size());
+    // The path stands behind the block's version, in version 1 behind one number more.
+    const std::size_t start = bytes.starts_with("\1\0\0\0"sv)   ? 8
+                              : bytes.starts_with("\0\0\0\0"sv) ? 4
+                                                                : bytes.size();
+    return start < bytes.size() && bytes.back() == '\0' ? bytes.c_str() + start : "";
+}
+
 } // namespace
 
 Source readSource(const std::string& file, std::optional<Depth> depth) {
@@ -89,6 +100,9 @@ void Scene::apply(const std::string& file) {
 }
 
 void Scene::open(const std::string& project, const std::vector<std::byte>& flatBlock) {
+    if (pathIn(flatBlock).empty())
+        throw Failure(ExitCode::Usage,
+                      project + ": the project is damaged: its \"data\" names no kernel or graph");
     shownName_ = project;
     session.require(effect.open(flatBlock));
     if (!hasGraph(effect)) {
@@ -118,17 +132,11 @@ std::string Scene::fileOf(AEGP_LayerIDVal id) const {
     return found == nullptr ? "" : found->source->name;
 }
 
-// For messages alone: the block is the effect's own. Its path stands behind two numbers.
 const std::string& Scene::file() {
-    constexpr std::size_t pathAt = 8;
     if (!file_.empty())
         return file_;
-    const std::vector<std::byte> block = effect.save();
+    file_ = pathIn(effect.save());
     session.require(effect.updateParamsUi());
-    if (block.size() > pathAt) {
-        const char* text = reinterpret_cast<const char*>(block.data()) + pathAt;
-        file_.assign(text, strnlen(text, block.size() - pathAt));
-    }
     return file_;
 }
 

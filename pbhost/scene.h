@@ -36,7 +36,7 @@ public:
 
     // The same out of a project. A file that is neither where it was nor under the folder of the
     // preferences is asked for. `project` is the project's name for messages. The controls have the
-    // kernel's defaults then.
+    // kernel's defaults then. Throws Failure, also (Usage) for a block that is damaged.
     void open(const std::string& project, const std::vector<std::byte>& flatBlock);
 
     // Shows what the effect said of the graph. Throws Failure (BadKernel), with the driver's log,

@@ -41,7 +41,7 @@ bool isStrict() {
 hostkit::Host makeHost(const std::string& option) {
     try {
         return hostkit::Host(preferencesFile(option));
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         throw Failure(ExitCode::Usage, error.what());
     }
 }
@@ -59,12 +59,16 @@ void report(const std::vector<std::string>& faults, bool isVerbose) {
 QuietOutput::QuietOutput(bool isVerbose) : saved_(::dup(STDOUT_FILENO)) {
     std::fflush(stdout);
     const int other = isVerbose ? ::dup(STDERR_FILENO) : ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (other < 0 || other == STDOUT_FILENO) // it was closed, and its number is taken now
+        return;
     ::dup2(other, STDOUT_FILENO);
     ::close(other);
 }
 
 QuietOutput::~QuietOutput() {
     std::fflush(stdout);
+    if (saved_ < 0) // there was none
+        return;
     ::dup2(saved_, STDOUT_FILENO);
     ::close(saved_);
 }
@@ -134,7 +138,7 @@ std::string inSession(const SessionOptions& options,
     std::string text;
     try {
         text = work(session);
-    } catch (const Failure&) {
+    } catch (...) {
         report(session.end(), options.isVerbose);
         throw;
     }

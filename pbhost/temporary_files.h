@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace pbhost {
@@ -13,8 +14,14 @@ namespace pbhost {
 // The folder that a path lies in; of a bare name the current one.
 std::filesystem::path folderOf(const std::filesystem::path& path);
 
-// A name beside the target, with its ending. The file is removed again unless it has been moved to
-// its place.
+// Where a file of that name lies: a symbolic link leads there.
+std::filesystem::path placeOf(const std::filesystem::path& path);
+
+// Why no file can be written there; empty: nothing speaks against it.
+std::string obstacleAt(const std::filesystem::path& target);
+
+// A name beside the place of the target, with the target's ending. The file is removed again unless
+// it has been moved to its place.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& target);
@@ -22,7 +29,15 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
+    // Makes the file, empty; fails where there is one of that name.
+    std::error_code create() const;
+    // A file that was there gives its permissions to this one.
+    std::error_code moveToPlace() const;
+
     std::filesystem::path path;
+
+private:
+    std::filesystem::path place_;
 };
 
 // Puts the text into the place of the target in one step. Throws Failure (RenderFailed).

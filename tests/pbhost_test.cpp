@@ -188,6 +188,18 @@ TEST_F(Pbhost, ExplainsItsFailures) {
     write("old.json", R"({"version": 2})");
     write("half.json", R"({"version": 1, "depth": 8, "time": 0, "layer": {"width": 4, "height": 4},
                            "effect": {"data": "0", "controls": []}})");
+    fs::copy("in.png", "\xff.png");
+    fs::create_symlink("copy.pbk", "link.json");
+    run("render set.pbk -o x.png --size 4x4 --save good.json").expectSuccess();
+    const json good = json::parse(readFile("good.json"));
+    for (const auto& [name, place, value] :
+         {std::tuple("damaged.json", "/effect/data", json("0100")),
+          std::tuple("late.json", "/time", json(1e9)),
+          std::tuple("far.json", "/effect/controls/3/value", json(3.0))}) {
+        json changed = good;
+        changed[json::json_pointer(place)] = value;
+        write(name, changed.dump());
+    }
     const std::tuple<std::string, int, Texts> cases[] = {
         {"", 2, {"render", "controls", "prefs"}},
         {"render missing.pbk -o old.png", 3, {"missing.pbk", "No such file"}},
@@ -203,7 +215,7 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render copy.pbk --layer 2=in.png -o old.png", 2, {"--layer 2", "there are:\n  none"}},
         {"render copy.pbk -o old.png --size 4x", 2, {"--size 4x", "WIDTHxHEIGHT"}},
         {"render copy.pbk -i in.png -o old.png --size 4x4", 2, {"--size goes without"}},
-        {"render copy.pbk -o old.png --size 99999x1", 1, {"larger than"}},
+        {"render copy.pbk -o old.png --size 99999x1", 2, {"larger than"}},
         {"render copy.pbk -o old.png --downsample 0", 2, {"--downsample 0", "1 to 64"}},
         {"render set.pbk -o old.png --set size=1", 2, {"no such", "gain: fixed slider from -2 to"}},
         {"render set.pbk -o old.png --set shift=1,2", 2, {"takes 3 values, 2 are given"}},
@@ -217,7 +229,28 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render --project old.json -o old.png", 2, {"old.json", "version 2 is unknown"}},
         {"render --project half.json -o old.png", 2, {"half.json", "odd number of digits"}},
         {"controls copy.pbk --module no.so", 2, {"no.so"}},
-        {"prefs get rootFolder", 1, {"rootFolder"}},
+        {"prefs get rootFolder", 2, {"rootFolder"}},
+        {"frobnicate", 2, {"there is no verb 'frobnicate'", "--help"}},
+        {"render in.png -o old.png", 3, {"in.png", "neither a kernel (.pbk) nor a graph"}},
+        {"render \xff.pbk -o old.png", 3, {"the name is not UTF-8"}},
+        {"render copy.pbk -i '' -o old.png", 2, {"--input", "empty"}},
+        {"render copy.pbk -o ''", 2, {"--output", "empty"}},
+        {"render copy.pbk -o old.png --time ''", 2, {"--time", "empty"}},
+        {"render copy.pbk -o old.png --layer 1=", 2, {"--layer 1=", "CONTROL=PICTURE"}},
+        {"render copy.pbk -o old.png --save ./old.png", 2, {"the picture goes there"}},
+        {"render copy.pbk -o old.png --save link.json", 2, {"kernel or graph"}},
+        {"render copy.pbk -o old.png -i in.png --save in.png", 2, {"a picture comes from there"}},
+        {"render copy.pbk -o old.png -i \xff.png --save p.json", 2, {"the name is not UTF-8"}},
+        {"render copy.pbk -o old.png --save no/p.json", 1, {"there is no folder 'no'"}},
+        {"render --project . -o old.png", 2, {".: cannot be read: it is a folder"}},
+        {"render --project damaged.json -o old.png", 2, {"the project is damaged"}},
+        {"render --project late.json -o old.png", 2, {"late.json", "\"time\" is no time"}},
+        {"render --project far.json -o old.png", 2, {"far.json", "gain: 3.0 is out of range, -2"}},
+        {"prefs --prefs .", 2, {".: cannot hold preferences: it is a folder"}},
+        {"prefs set rootFolder ''", 2, {"a folder's path is needed"}},
+        {"prefs set key \xff", 2, {"not UTF-8"}},
+        {"camera --zoom 0", 2, {"--zoom"}},
+        {"camera --position 0 0 inf", 2, {"--position"}},
     };
     for (const auto& [arguments, code, messages] : cases) {
         SCOPED_TRACE(arguments);
@@ -314,9 +347,24 @@ TEST_F(Pbhost, FindsTheKernelOfAProject) {
     EXPECT_TRUE(readFile("third.png") == first);
     run("prefs unset rootFolder").expectSuccess();
     EXPECT_EQ(run("prefs list").out, "");
+    run("prefs --prefs mine.json set key value").expectSuccess();
+    EXPECT_EQ(run("prefs --prefs mine.json get key").out, "value\n");
+    EXPECT_EQ(run("prefs list").out, "");
     run("render --project p2.json -o fourth.png --set opacity=10").expectSuccess();
     EXPECT_FALSE(readFile("fourth.png") == first);
     EXPECT_FALSE(hasTemporaries());
+}
+
+TEST_F(Pbhost, WritesThroughLinks) {
+    fs::create_directory("away");
+    write("away/out.png", "old");
+    fs::permissions("away/out.png", fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("away/out.png", "link.png");
+    run("render copy.pbk -i in.png -o link.png").expectSuccess();
+    EXPECT_TRUE(fs::is_symlink("link.png"));
+    EXPECT_EQ(readPicture("away/out.png").pixels, paint(Depth::Bits8).pixels);
+    EXPECT_EQ(fs::status("away/out.png").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
 }
 
 TEST_F(Pbhost, LetsTheEffectSpeak) {
@@ -324,9 +372,11 @@ TEST_F(Pbhost, LetsTheEffectSpeak) {
               "Pixel Bender Kernel : Mine\nversion : 1\nVendor : -\n\n\n");
     EXPECT_NE(run("about").out.find("OpenGL version : "), std::string::npos);
     EXPECT_NE(run("host").out.find("AEGP Stream Suite 9\n"), std::string::npos);
-    for (const char* answers : {"--export-log .", "--answer yes --answer ."}) {
+    for (const auto& [answers, code] :
+         {std::pair("--export-log .", 0), std::pair("--answer yes --answer .", 3)}) {
         const Result result = run("info broken.pbk "s + answers);
-        result.expectSuccess();
+        EXPECT_EQ(result.code, code);
+        EXPECT_NE(result.out.find("Pixel Bender Kernel : Mine"), std::string::npos);
         EXPECT_NE(result.err.find("Mine vertex shader failed to compile"), std::string::npos);
         const std::string log = readFile("Tvelmarondine_error_log.txt");
         EXPECT_TRUE(log.starts_with("Win32bit\nvendor : ")) << log;
