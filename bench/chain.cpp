@@ -5,8 +5,6 @@
 #include <random>
 #include <string>
 
-#include "bench/frame_peers.h"
-#include "bench/paired_timing.h"
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
 #include "engine/image_node.h"
@@ -128,13 +126,31 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
         outputs[0].pixels == std::vector<std::byte>(outputs[0].pixels.size()) ||
         glGetError() != GL_NO_ERROR)
         return state.SkipWithError("the engine and its peers give different pictures");
+    runRounds(state, timing, "engine");
+}
+
+void runRounds(benchmark::State& state, PairedTiming& timing, const std::string& measured) {
     for ([[maybe_unused]] auto iteration : state)
         state.SetIterationTime(timing.round());
-    state.counters["engine_ms"] = timing.medianMilliseconds(0);
+    state.counters[measured + "_ms"] = timing.medianMilliseconds(0);
     state.counters["same_ms"] = timing.medianMilliseconds(1);
     state.counters["best_ms"] = timing.medianMilliseconds(2);
     state.counters["ratio_same"] = timing.medianRatio(0, 1);
     state.counters["ratio_best"] = timing.medianRatio(0, 2);
+}
+
+void applyFrameSizes(benchmark::internal::Benchmark* frame) {
+    constexpr int rounds = 30;
+    frame->ArgNames({"width", "height", "bits"});
+    for (const auto& [width, height] : {std::pair{1920, 1080}, std::pair{3840, 2160}})
+        for (const int bits : {8, 16, 32})
+            frame->Args({width, height, bits});
+    frame->Iterations(rounds)->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+ChainSize frameSize(const benchmark::State& state) {
+    return {1, static_cast<unsigned>(state.range(0)), static_cast<unsigned>(state.range(1)),
+            depthOfBits(state.range(2))};
 }
 
 Depth depthOfBits(std::int64_t bits) {

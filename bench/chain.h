@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "bench/frame_peers.h"
+#include "bench/paired_timing.h"
 #include "pbhost/picture.h"
 
 namespace bench {
@@ -30,12 +31,19 @@ std::vector<PassTexts> passTexts(std::size_t passes);
 // Fixed noise over the whole range of the depth.
 pbhost::Picture makeNoise(const ChainSize& size);
 
-// The whole of a benchmark with manual time, which is the engine's. Counters: the medians
-// `engine_ms`, `same_ms` and `best_ms`, and how many times as long as each peer the engine takes
-// (`ratio_same`, `ratio_best`). Fails when the three pictures differ in a byte.
+// The whole of a benchmark with manual time, which is the engine's. Fails when the three pictures
+// differ in a byte.
 void runChainBenchmark(benchmark::State& state, const ChainSize& size);
+
+// The arguments width, height and bits of the benchmarks of single frames, with their rounds.
+void applyFrameSizes(benchmark::internal::Benchmark* frame);
+ChainSize frameSize(const benchmark::State& state);
 
 // Of 8, 16 or 32 bits per channel.
 pbhost::Depth depthOfBits(std::int64_t bits);
+
+// Runs the rounds of the state. The counters are the medians of the action that is measured, under
+// its name, and of the peers behind it, and how many times as long as each peer it takes.
+void runRounds(benchmark::State& state, PairedTiming& timing, const std::string& measured);
 
 } // namespace bench

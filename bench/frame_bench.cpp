@@ -6,25 +6,11 @@
 
 namespace {
 
-constexpr int rounds = 30;
-
 void frame(benchmark::State& state) {
-    bench::runChainBenchmark(state, {1, static_cast<unsigned>(state.range(0)),
-                                     static_cast<unsigned>(state.range(1)),
-                                     bench::depthOfBits(state.range(2))});
+    bench::runChainBenchmark(state, bench::frameSize(state));
 }
 
-BENCHMARK(frame)
-    ->ArgNames({"width", "height", "bits"})
-    ->Args({1920, 1080, 8})
-    ->Args({1920, 1080, 16})
-    ->Args({1920, 1080, 32})
-    ->Args({3840, 2160, 8})
-    ->Args({3840, 2160, 16})
-    ->Args({3840, 2160, 32})
-    ->Iterations(rounds)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(frame)->Apply(bench::applyFrameSizes);
 
 } // namespace
 

@@ -8,17 +8,13 @@
 #include <stdexcept>
 
 #include "bench/chain.h"
-#include "bench/frame_peers.h"
 #include "bench/gl_main.h"
-#include "bench/paired_timing.h"
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
 #include "platform/wgl.h"
 
 namespace {
-
-constexpr int rounds = 30;
 
 void require(bool isTrue, const char* what) {
     if (!isTrue)
@@ -72,9 +68,7 @@ private:
 };
 
 void frame(benchmark::State& state) {
-    const bench::ChainSize size = {1, static_cast<unsigned>(state.range(0)),
-                                   static_cast<unsigned>(state.range(1)),
-                                   bench::depthOfBits(state.range(2))};
+    const bench::ChainSize size = bench::frameSize(state);
     const pbhost::Picture input = bench::makeNoise(size);
     ModuleFrame module(input);
     const auto texts = bench::passTexts(1);
@@ -99,28 +93,12 @@ void frame(benchmark::State& state) {
     timing.round(); // warms up, and fills the outputs
     if (moduleOutput.data != outputs[0].pixels || outputs[0].pixels != outputs[1].pixels)
         return state.SkipWithError("the module and its peers give different pictures");
-    for ([[maybe_unused]] auto iteration : state)
-        state.SetIterationTime(timing.round());
-    state.counters["module_ms"] = timing.medianMilliseconds(0);
-    state.counters["same_ms"] = timing.medianMilliseconds(1);
-    state.counters["best_ms"] = timing.medianMilliseconds(2);
-    state.counters["ratio_same"] = timing.medianRatio(0, 1);
-    state.counters["ratio_best"] = timing.medianRatio(0, 2);
+    bench::runRounds(state, timing, "module");
     for (const std::string& fault : hostkit::ledger::takeFaults())
         state.SkipWithError(fault.c_str());
 }
 
-BENCHMARK(frame)
-    ->ArgNames({"width", "height", "bits"})
-    ->Args({1920, 1080, 8})
-    ->Args({1920, 1080, 16})
-    ->Args({1920, 1080, 32})
-    ->Args({3840, 2160, 8})
-    ->Args({3840, 2160, 16})
-    ->Args({3840, 2160, 32})
-    ->Iterations(rounds)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(frame)->Apply(bench::applyFrameSizes);
 
 } // namespace
 

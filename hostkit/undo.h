@@ -30,7 +30,6 @@ public:
     // Takes the newest step back; false: there is none, or a group is open.
     bool undo();
 
-    int openGroups() const { return depth_; }
     const std::vector<Step>& steps() const { return steps_; }
 
 private:
