@@ -55,7 +55,7 @@ void engineFrame(pbGraph& graph, Picture& input, Picture& output) {
     describe(frame.images[0], input);
     frame.images[0].imageIndex = 0;
     graph.render(frame);
-    graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(frame);
+    graph.output()->readBack(frame);
     graph.resetNodes();
 }
 
@@ -103,7 +103,7 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     pbGraphInfo info;
     readGraphText(chainText(size.passes), info);
     pbGraph graph(info, hostChannelOrder);
-    static_cast<ImageNode*>(graph.imageNodeAt(0))->slot = 0;
+    graph.imageNodeAt(0)->slot = 0;
     Picture input = makeNoise(size);
     std::vector<Picture> outputs(3, pbhost::makePicture(size.width, size.height, size.depth));
     const SamePeer same(passTexts(size.passes), gain);
@@ -150,11 +150,7 @@ void applyFrameSizes(benchmark::internal::Benchmark* frame) {
 
 ChainSize frameSize(const benchmark::State& state) {
     return {1, static_cast<unsigned>(state.range(0)), static_cast<unsigned>(state.range(1)),
-            depthOfBits(state.range(2))};
-}
-
-Depth depthOfBits(std::int64_t bits) {
-    return bits == 8 ? Depth::Bits8 : bits == 16 ? Depth::Bits16 : Depth::Bits32;
+            pbhost::depthOfBits(static_cast<int>(state.range(2))).value()};
 }
 
 } // namespace bench

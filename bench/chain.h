@@ -39,9 +39,6 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size);
 void applyFrameSizes(benchmark::internal::Benchmark* frame);
 ChainSize frameSize(const benchmark::State& state);
 
-// Of 8, 16 or 32 bits per channel.
-pbhost::Depth depthOfBits(std::int64_t bits);
-
 // Runs the rounds of the state. The counters are the medians of the action that is measured, under
 // its name, and of the peers behind it, and how many times as long as each peer it takes.
 void runRounds(benchmark::State& state, PairedTiming& timing, const std::string& measured);

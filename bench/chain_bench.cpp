@@ -8,8 +8,9 @@ namespace {
 constexpr int rounds = 30;
 
 void chain(benchmark::State& state) {
-    bench::runChainBenchmark(state, {static_cast<std::size_t>(state.range(0)), 1920, 1080,
-                                     bench::depthOfBits(state.range(1))});
+    bench::runChainBenchmark(state,
+                             {static_cast<std::size_t>(state.range(0)), 1920, 1080,
+                              pbhost::depthOfBits(static_cast<int>(state.range(1))).value()});
 }
 
 BENCHMARK(chain)

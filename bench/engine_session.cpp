@@ -9,19 +9,10 @@
 namespace bench {
 
 EngineSession::EngineSession() {
-    setDeviceName("Benchmark");
-    createDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
     wglMakeCurrent(device_.glDeviceContext, device_.glRenderContext);
     glewInit(); // its result says nothing here: it misses a display that nobody needs
-    if (const char* missing = missingFeature()) {
-        destroyDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
+    if (const char* missing = missingFeature())
         throw std::runtime_error(std::string("OpenGL cannot be used here, it lacks ") + missing);
-    }
-}
-
-EngineSession::~EngineSession() {
-    wglMakeCurrent(nullptr, nullptr);
-    destroyDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
 }
 
 } // namespace bench

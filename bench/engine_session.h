@@ -12,14 +12,14 @@ class EngineSession {
 public:
     // Throws std::runtime_error when OpenGL cannot do what the engine needs.
     EngineSession();
-    ~EngineSession();
+    ~EngineSession() { wglMakeCurrent(nullptr, nullptr); }
     EngineSession(const EngineSession&) = delete;
     EngineSession& operator=(const EngineSession&) = delete;
 
 private:
     hostkit::Host host_;
     CommandScope scope_{0, 0, host_.inData()};
-    Device device_;
+    OwnDevice device_{"Benchmark"};
 };
 
 } // namespace bench

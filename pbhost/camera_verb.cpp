@@ -27,27 +27,11 @@ using Rows = std::array<std::array<double, 4>, 4>;
 // The host counts pixel aspects in fractions.
 constexpr A_u_long aspectUnits = 1000000;
 
-class CurrentDevice {
-public:
-    CurrentDevice() {
-        setDeviceName("pbhost");
-        createDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
-        if (device_.glRenderContext == nullptr)
-            throw Failure(ExitCode::RenderFailed, "OpenGL cannot be used here: there is no context "
-                                                  "(a software driver for EGL will do)");
-        current_.emplace(device_);
-    }
-    ~CurrentDevice() {
-        current_.reset();
-        destroyDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
-    }
-    CurrentDevice(const CurrentDevice&) = delete;
-    CurrentDevice& operator=(const CurrentDevice&) = delete;
-
-private:
-    Device device_;
-    std::optional<ContextSwitch> current_;
-};
+void requireContext(const Device& device) {
+    if (device.glRenderContext == nullptr)
+        throw Failure(ExitCode::RenderFailed, "OpenGL cannot be used here: there is no context (a "
+                                              "software driver for EGL will do)");
+}
 
 bool areFinite(const std::array<double, 3>& numbers) {
     return std::all_of(numbers.begin(), numbers.end(), [](double x) { return std::isfinite(x); });
@@ -114,7 +98,9 @@ Rows projectionOf(const CameraRequest& request) {
     hostkit::Plugin plugin(findModule(request.module));
     hostkit::Effect& effect =
         *layer.effects.emplace_back(std::make_unique<hostkit::Effect>(plugin, layer));
-    const CurrentDevice device;
+    const OwnDevice device("pbhost");
+    requireContext(device);
+    const ContextSwitch inContext(device);
     const CommandScope command(PF_Cmd_RENDER, 0, host.inData());
     AEO::Interface interface(host.inData()->pica_basicP,
                              reinterpret_cast<PF_ProgPtr>(const_cast<hostkit::Effect*>(&effect)));

@@ -104,10 +104,7 @@ void addRender(CLI::App& app, Job& job) {
     addFrame(*verb, *request, *bits);
     const auto options = addSession(*verb);
     verb->callback([&job, request, bits, options] {
-        if (*bits != 0)
-            request->depth = *bits == 8    ? pbhost::Depth::Bits8
-                             : *bits == 16 ? pbhost::Depth::Bits16
-                                           : pbhost::Depth::Bits32;
+        request->depth = pbhost::depthOfBits(*bits);
         for (const std::string& file : {request->output, request->save})
             job.folders.push_back(pbhost::folderOf(pbhost::placeOf(file)));
         job.work = [request, options] {

@@ -24,6 +24,14 @@ constexpr unsigned bytesPerPixel(Depth depth) {
     return channelsPerPixel * bytesPerChannel(depth);
 }
 
+// Of 8, 16 or 32 bits per channel; nothing for any other number.
+constexpr std::optional<Depth> depthOfBits(int bits) {
+    return bits == 8    ? std::optional(Depth::Bits8)
+           : bits == 16 ? std::optional(Depth::Bits16)
+           : bits == 32 ? std::optional(Depth::Bits32)
+                        : std::nullopt;
+}
+
 struct Picture {
     unsigned width = 0;  // pixels
     unsigned height = 0; // pixels, row 0 is the topmost

@@ -44,17 +44,14 @@ std::vector<std::byte> fromHex(const std::string& text) {
     return bytes;
 }
 
-Depth depthOfBits(int bits) {
-    if (bits != 8 && bits != 16 && bits != 32)
-        throw std::invalid_argument("\"depth\" is neither 8, 16 nor 32");
-    return bits == 8 ? Depth::Bits8 : bits == 16 ? Depth::Bits16 : Depth::Bits32;
-}
-
 ProjectFile parse(const ordered_json& json) {
     if (json.at("version") != version)
         throw std::invalid_argument("version " + json.at("version").dump() + " is unknown");
     ProjectFile project;
-    project.depth = depthOfBits(json.at("depth").get<int>());
+    const auto depth = depthOfBits(json.at("depth").get<int>());
+    if (!depth)
+        throw std::invalid_argument("\"depth\" is neither 8, 16 nor 32");
+    project.depth = *depth;
     project.seconds = json.at("time").get<double>();
     if (!isTime(project.seconds))
         throw std::invalid_argument("\"time\" is no time: " + json.at("time").dump());

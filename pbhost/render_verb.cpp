@@ -147,13 +147,11 @@ void checkInputs(Scene& scene, const Plan& plan) {
 }
 
 void setControls(Scene& scene, const Plan& plan) {
-    const auto depth = scene.layer.source->pixels.channelBytes;
+    const auto depth = depthOfBits(scene.effect.channelBytes() * 8);
     for (const ControlSetting& each : plan.layers) {
         const std::size_t index = findLayerControl(scene.effect, each);
         hostkit::StreamValue value;
-        value.value.layer_id = scene.addLayer(readSource(each.value, depth == 1   ? Depth::Bits8
-                                                                     : depth == 2 ? Depth::Bits16
-                                                                                  : Depth::Bits32));
+        value.value.layer_id = scene.addLayer(readSource(each.value, depth));
         scene.effect.control(index).set(value, plan.seconds);
     }
     for (const ControlSetting& each : plan.settings)

@@ -128,7 +128,7 @@ TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
     HostImage whole(40, 30, 1);
     FrameDescription frame = frameFor(whole);
     frame.images[0] = image.slot(0);
-    static_cast<ImageNode*>(graph->imageNodeAt(0))->slot = 0;
+    graph->imageNodeAt(0)->slot = 0;
     graph->render(frame);
     HostImage part(12, 9, 1);
     FrameDescription target;

@@ -24,11 +24,8 @@ std::string debugOutputOf(const char* wish, Work work) {
     return testing::internal::GetCapturedStderr();
 }
 
-struct OwnedDevice : Device {
-    OwnedDevice() { createDevice(glWindow, glDeviceContext, glRenderContext); }
-    ~OwnedDevice() { destroyDevice(glWindow, glDeviceContext, glRenderContext); }
-    OwnedDevice(const OwnedDevice&) = delete;
-    OwnedDevice& operator=(const OwnedDevice&) = delete;
+struct OwnedDevice : OwnDevice {
+    OwnedDevice() : OwnDevice("Tvelmarondine") {}
     bool isCurrent() const {
         return eglGetCurrentContext() == glRenderContext && wglGetCurrentContext() != nullptr &&
                wglGetCurrentDC() == glDeviceContext;

@@ -29,11 +29,6 @@ Connection* findInput(NodeBase& node, std::string_view name) {
     return nullptr;
 }
 
-NodeBase* outputOf(const pbGraph& graph) {
-    const auto index = static_cast<std::size_t>(graph.outputNode);
-    return graph.outputNode >= 0 && index < graph.nodes.size() ? graph.nodes[index].get() : nullptr;
-}
-
 } // namespace
 
 pbGraph::pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t channelOrder)
@@ -102,7 +97,7 @@ void pbGraph::buildGraph(const pbGraphInfo& graphInfo) {
     closeOpenInputs();
     if (outputNode == -1)
         tell("No output node.\n");
-    else if (NodeBase* output = outputOf(*this); output != nullptr && hasCycle(*output))
+    else if (output() != nullptr && hasCycle(*output()))
         refuse("Cyclick Dependency detected.\n");
 }
 
@@ -141,8 +136,13 @@ void pbGraph::closeOpenInputs() {
         }
 }
 
+NodeBase* pbGraph::output() const {
+    const auto index = static_cast<std::size_t>(outputNode);
+    return outputNode >= 0 && index < nodes.size() ? nodes[index].get() : nullptr;
+}
+
 void pbGraph::render(const FrameDescription& frame) {
-    nodes[static_cast<std::size_t>(outputNode)]->render(frame);
+    output()->render(frame);
 }
 
 void pbGraph::resetNodes() {
@@ -155,15 +155,15 @@ std::int32_t pbGraph::imageNodeCount() const {
         nodes.begin(), nodes.end(), [](const auto& node) { return !node->isKernel(); }));
 }
 
-NodeBase* pbGraph::imageNodeAt(std::int32_t index) const {
+ImageNode* pbGraph::imageNodeAt(std::int32_t index) const {
     if (index < 0)
         return nullptr;
     for (const auto& node : nodes)
         if (!node->isKernel() && index-- == 0)
-            return node.get();
+            return static_cast<ImageNode*>(node.get());
     return nullptr;
 }
 
 bool isRunnable(const pbGraph& graph) {
-    return !graph.failed && outputOf(graph) != nullptr;
+    return !graph.failed && graph.output() != nullptr;
 }

@@ -15,6 +15,8 @@
 #include "pixelbender/model.h"
 #include "support/text.h"
 
+class ImageNode;
+
 class pbGraph : public aeBase {
 public:
     // swizzle is the channel order index of the host's pixels, for every program. Both throw the
@@ -31,7 +33,10 @@ public:
 
     // The image nodes, counted in the order of `nodes`; null for an index that has none.
     std::int32_t imageNodeCount() const;
-    NodeBase* imageNodeAt(std::int32_t index) const;
+    ImageNode* imageNodeAt(std::int32_t index) const;
+
+    // The node that holds the result; null when the graph has none.
+    NodeBase* output() const;
 
     // Tells nodes and parameters to the developer's channel.
     void reportGraph() const;

@@ -22,6 +22,19 @@ void createDevice(HWND& window, HDC& deviceContext, HGLRC& renderContext);
 // The window stays: it goes with the module. Handles that are null or already gone do no harm.
 void destroyDevice(HWND window, HDC deviceContext, HGLRC renderContext);
 
+// A device that lives as long as the object: for whoever needs the process' one device to end with
+// something else. The name is that of setDeviceName; nothing is current behind the constructor.
+class OwnDevice : public Device {
+public:
+    explicit OwnDevice(const char* name) {
+        setDeviceName(name);
+        createDevice(glWindow, glDeviceContext, glRenderContext);
+    }
+    ~OwnDevice() { destroyDevice(glWindow, glDeviceContext, glRenderContext); }
+    OwnDevice(const OwnDevice&) = delete;
+    OwnDevice& operator=(const OwnDevice&) = delete;
+};
+
 // Makes the device's context current for a stretch of code and then gives back what was current,
 // whether this process' WGL made it or not. Nests.
 class ContextSwitch {

@@ -4,8 +4,6 @@
 #include <charconv>
 #include <string>
 
-#include "engine/image_node.h"
-#include "engine/pb_graph.h"
 #include "host/suite_table.h"
 #include "sdk/pf_suites.h"
 #include "shell/control_layout.h"
@@ -182,23 +180,20 @@ public:
         : inData_(inData), params_(params), suites_(inData.pica_basicP),
           suite_(suites_.suite<PF_ParamUtilsSuite1>()) {}
 
-    void dressImage(const NodeBase& image, std::int32_t slot) {
-        writeName(*params_[slot], nameText(image.name));
-        update(slot);
+    void dressImage(const ImageNode& image) {
+        writeName(*params_[image.slot], nameText(image.name));
+        update(image.slot);
     }
 
-    void dressParameter(const pbParameter& parameter, std::int32_t slot) {
+    void dressControl(const pbParameter& parameter, std::int32_t k, std::int32_t index) {
+        PF_ParamDef& definition = *params_[index];
         const std::int32_t count = controlsOf(parameter);
-        const std::string_view label = labelOf(parameter);
-        for (std::int32_t k = 0; k < count; ++k) {
-            PF_ParamDef& definition = *params_[slot + k];
-            if (count == 1)
-                writeName(definition, label);
-            else
-                writeNumberedName(definition, label, k, count);
-            define(definition, {inData_, parameter, static_cast<std::size_t>(k)});
-            update(slot + k);
-        }
+        if (count == 1)
+            writeName(definition, labelOf(parameter));
+        else
+            writeNumberedName(definition, labelOf(parameter), k, count);
+        define(definition, {inData_, parameter, static_cast<std::size_t>(k)});
+        update(index);
     }
 
     PF_Err error() const { return error_; }
@@ -220,13 +215,9 @@ private:
 
 PF_Err dressControls(const PF_InData& inData, const pbGraph& graph, PF_ParamDef** params) {
     Dresser dresser(inData, params);
-    for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i) {
-        const auto* image = static_cast<const ImageNode*>(graph.imageNodeAt(i));
-        if (image->slot > 0)
-            dresser.dressImage(*image, image->slot);
-    }
-    for (const auto& parameter : graph.parameters)
-        if (parameter->slot >= 0)
-            dresser.dressParameter(parameter->parameter, parameter->slot);
+    forEachLayerImage(graph, [&](const ImageNode& image) { dresser.dressImage(image); });
+    forEachControl(graph, [&](const pbParameter& parameter, std::int32_t k, std::int32_t index) {
+        dresser.dressControl(parameter, k, index);
+    });
     return dresser.error();
 }

@@ -1,8 +1,5 @@
 #include "shell/control_layout.h"
 
-#include "engine/image_node.h"
-#include "engine/pb_graph.h"
-
 namespace {
 
 constexpr std::int32_t lastLayerControl = controlPools[0].end() - 1;
@@ -136,7 +133,7 @@ std::int32_t controlsOf(const pbParameter& parameter) {
 
 void assignSlots(pbGraph& graph) {
     for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i)
-        static_cast<ImageNode*>(graph.imageNodeAt(i))->slot = i <= lastLayerControl ? i : -1;
+        graph.imageNodeAt(i)->slot = i <= lastLayerControl ? i : -1;
     FreeControls controls;
     for (const auto& parameter : graph.parameters) {
         const ControlForm form = controlForm(parameter->parameter);

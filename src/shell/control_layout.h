@@ -7,10 +7,9 @@
 #include <array>
 #include <cstdint>
 
-#include "pixelbender/model.h"
+#include "engine/image_node.h"
+#include "engine/pb_graph.h"
 #include "sdk/pf_params.h"
-
-class pbGraph;
 
 inline constexpr std::int32_t controlCount = 124; // index 0 is the host's own input layer
 
@@ -64,6 +63,23 @@ PF_ParamType controlType(ControlForm form);
 
 // The controls that the parameter takes, next to each other: one for each component, or one alone.
 std::int32_t controlsOf(const pbParameter& parameter);
+
+// Calls work(image) for each image that has a layer control, in the images' order.
+template<class Work>
+void forEachLayerImage(const pbGraph& graph, Work work) {
+    for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i)
+        if (const ImageNode& image = *graph.imageNodeAt(i); image.slot > 0)
+            work(image);
+}
+
+// Calls work(parameter, k, index) for each control of each parameter that has controls: k is its
+// place among those of the parameter, index that in the list.
+template<class Work>
+void forEachControl(const pbGraph& graph, Work work) {
+    for (const auto& parameter : graph.parameters)
+        for (std::int32_t k = 0; parameter->slot >= 0 && k < controlsOf(parameter->parameter); ++k)
+            work(parameter->parameter, k, parameter->slot + k);
+}
 
 // Gives each image and each parameter its slot; -1 where the controls of its kind have run out.
 void assignSlots(pbGraph& graph);

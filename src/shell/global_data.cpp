@@ -5,7 +5,6 @@
 #include "host/suite_table.h"
 #include "sdk/aegp_suites.h"
 #include "shell/commands.h"
-#include "shell/plugin_facts.h"
 #include "shell/report_handlers.h"
 #include "support/report.h"
 
@@ -51,7 +50,6 @@ PF_Err GlobalSetup(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef** /*par
     out_data->my_version = pluginVersion;
     out_data->out_flags = pluginOutFlags;
     out_data->out_flags2 = pluginOutFlags2;
-    setDeviceName(pluginName);
     auto globalData = makeObject<GlobalData>(*in_data);
     installReportHandlers();
     const ContextSwitch inContext(globalData->device);

@@ -10,6 +10,7 @@
 #include "engine/pb_graph.h"
 #include "gpu/device.h"
 #include "sdk/pf_types.h"
+#include "shell/plugin_facts.h"
 #include "support/text.h"
 
 // The object that lies in a locked handle of the host's heap; null for a null handle.
@@ -21,14 +22,6 @@ T* objectIn(PF_Handle handle) {
 struct GraphCacheEntry {
     NarrowString path;
     std::unique_ptr<pbGraph> graph; // never null; dies with the device's context current
-};
-
-// The device's handles, made and destroyed with the object.
-struct OwnDevice : Device {
-    OwnDevice() { createDevice(glWindow, glDeviceContext, glRenderContext); }
-    ~OwnDevice() { destroyDevice(glWindow, glDeviceContext, glRenderContext); }
-    OwnDevice(const OwnDevice&) = delete;
-    OwnDevice& operator=(const OwnDevice&) = delete;
 };
 
 // The members go in the reverse of their order, the device after all that could need it.
@@ -48,7 +41,7 @@ public:
 
     HostVector<GraphCacheEntry> graphCache; // grows only
     A_long pluginId = 0;                    // under which the host knows the effect
-    OwnDevice device;
+    OwnDevice device{pluginName};
     const char* glVendor = nullptr; // texts of the driver's, null without a context
     const char* glVersion = nullptr;
     const char* glslVersion = nullptr;

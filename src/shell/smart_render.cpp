@@ -2,13 +2,13 @@
 // and the result straight back into the host's output buffer.
 #include <optional>
 
-#include "engine/image_node.h"
 #include "host/item.h"
 #include "host/layer.h"
 #include "host/param_checkout.h"
 #include "host/suite_holder.h"
 #include "sdk/pf_suites.h"
 #include "shell/commands.h"
+#include "shell/control_layout.h"
 #include "shell/parameter_reading.h"
 #include "shell/sequence_data.h"
 #include "support/report.h"
@@ -117,19 +117,16 @@ class LayerImages {
 public:
     LayerImages(PF_InData& inData, const pbGraph& graph, FrameDescription& frame) {
         std::size_t next = 0;
-        for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i) {
-            const std::int32_t slot = static_cast<ImageNode*>(graph.imageNodeAt(i))->slot;
-            if (slot <= 0 || next == checkouts_.size())
-                continue;
-            const PF_ParamDef control = checkouts_[next].emplace(&inData).read(slot);
+        forEachLayerImage(graph, [&](const ImageNode& node) {
+            const PF_ParamDef control = checkouts_[next].emplace(&inData).read(node.slot);
             ImageSlot& image = frame.images[++next];
-            image.imageIndex = slot;
+            image.imageIndex = node.slot;
             describeLayer(inData, control.u.ld, image, frame);
-        }
+        });
     }
 
 private:
-    std::array<std::optional<ParamCheckout>, 3> checkouts_;
+    std::array<std::optional<ParamCheckout>, controlPools[0].count> checkouts_;
 };
 
 void renderGraph(PF_InData& inData, pbGraph& graph, const Worlds& worlds) {
@@ -140,7 +137,7 @@ void renderGraph(PF_InData& inData, pbGraph& graph, const Worlds& worlds) {
     graph.render(frame);
     FrameDescription target;
     describeWorld(target, *worlds.output, frame.componentBytes);
-    graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(target);
+    graph.output()->readBack(target);
     graph.resetNodes();
 }
 

@@ -3,7 +3,6 @@
 // doing anything twice.
 #include <bitset>
 
-#include "engine/image_node.h"
 #include "host/effect.h"
 #include "host/host_services.h"
 #include "host/interface.h"
@@ -64,14 +63,10 @@ void retitle(const PF_InData& inData, const char* name) {
 
 ControlSet usedControls(const pbGraph& graph) {
     ControlSet used;
-    for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i) {
-        const auto* image = static_cast<const ImageNode*>(graph.imageNodeAt(i));
-        if (image->slot > 0)
-            used.set(static_cast<std::size_t>(image->slot));
-    }
-    for (const auto& parameter : graph.parameters)
-        for (std::int32_t k = 0; parameter->slot >= 0 && k < controlsOf(parameter->parameter); ++k)
-            used.set(static_cast<std::size_t>(parameter->slot + k));
+    const auto use = [&](std::int32_t index) { used.set(static_cast<std::size_t>(index)); };
+    forEachLayerImage(graph, [&](const ImageNode& image) { use(image.slot); });
+    forEachControl(graph,
+                   [&](const pbParameter&, std::int32_t, std::int32_t index) { use(index); });
     return used;
 }
 
@@ -120,10 +115,9 @@ AEGP_StreamVal2 defaultOf(const pbParameter& parameter, std::size_t k, const PF_
 void writeDefaults(const PF_InData& inData, const pbGraph& graph) {
     const UndoGroup group(inData.pica_basicP);
     OwnEffect effect(inData);
-    for (const auto& parameter : graph.parameters)
-        for (std::int32_t k = 0; parameter->slot >= 0 && k < controlsOf(parameter->parameter); ++k)
-            effect.control(parameter->slot + k)
-                .setValue(defaultOf(parameter->parameter, static_cast<std::size_t>(k), inData));
+    forEachControl(graph, [&](const pbParameter& parameter, std::int32_t k, std::int32_t index) {
+        effect.control(index).setValue(defaultOf(parameter, static_cast<std::size_t>(k), inData));
+    });
 }
 
 PF_Err buildControls(const PF_InData& inData, const pbGraph* graph, PF_ParamDef** params) {

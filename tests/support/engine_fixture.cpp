@@ -105,9 +105,6 @@ bool HostImage::isPaddingIntact() const {
 }
 
 EngineTest::EngineTest() {
-    setDeviceName("EngineTest");
-    createDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
-    current_ = std::make_unique<ContextSwitch>(device_);
     glewInit();
     EXPECT_STREQ(missingFeature(), nullptr) << "the engine cannot be tested here";
     messages = {};
@@ -120,8 +117,6 @@ EngineTest::~EngineTest() {
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
     for (const int channel : {ChannelTrace, ChannelInfo, ChannelErrorLog})
         setReportHandler(nullptr, channel);
-    current_.reset();
-    destroyDevice(device_.glWindow, device_.glDeviceContext, device_.glRenderContext);
 }
 
 std::unique_ptr<pbGraph> EngineTest::kernelGraph(const std::string& text) {
@@ -148,11 +143,11 @@ std::string kernelText(const std::string& declarations, const std::string& body,
 void EngineTest::renderFrame(pbGraph& graph, FrameDescription frame, HostImage& output) {
     ASSERT_TRUE(isRunnable(graph));
     for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i)
-        static_cast<ImageNode*>(graph.imageNodeAt(i))->slot = i;
+        graph.imageNodeAt(i)->slot = i;
     graph.render(frame);
     FrameDescription target;
     static_cast<ImageSlot&>(target) = output.slot(-1);
-    graph.nodes[static_cast<std::size_t>(graph.outputNode)]->readBack(target);
+    graph.output()->readBack(target);
     graph.resetNodes();
     EXPECT_TRUE(output.isPaddingIntact());
 }

@@ -69,8 +69,8 @@ protected:
     static std::string trace(); // on the developer's
 
 private:
-    Device device_;
-    std::unique_ptr<ContextSwitch> current_;
+    OwnDevice device_{"EngineTest"};
+    ContextSwitch current_{device_};
 };
 
 // The frame of an output: its size and depth, no images yet.
