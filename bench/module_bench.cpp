@@ -36,8 +36,7 @@ public:
         host.project.channelBytes = static_cast<int>(pbhost::bytesPerChannel(input.depth));
         host.scripts.answers.emplace_back(file.string());
         hostkit::Layer& layer = addLayer(input);
-        effect_ =
-            layer.effects.emplace_back(std::make_unique<hostkit::Effect>(plugin_, layer)).get();
+        effect_ = &hostkit::addEffect(plugin_, layer);
         require(effect_->apply() == 0 && effect_->title() == "TVM:Chain",
                 "the effect cannot be applied");
         std::filesystem::remove(file);
@@ -52,15 +51,13 @@ public:
 
 private:
     static hostkit::Layer& addLayer(const pbhost::Picture& input) {
-        auto footage = std::make_shared<hostkit::Footage>();
-        footage->width = static_cast<int>(input.width);
-        footage->height = static_cast<int>(input.height);
-        footage->pixels = hostkit::makeWorld(footage->width, footage->height,
-                                             hostkit::Host::current().project.channelBytes);
-        footage->pixels.data = input.pixels;
-        return hostkit::Host::current()
-            .project.addComposition("bench", footage->width, footage->height)
-            .addLayer("layer", footage);
+        const int width = static_cast<int>(input.width);
+        const int height = static_cast<int>(input.height);
+        hostkit::Project& project = hostkit::Host::current().project;
+        hostkit::World pixels = hostkit::makeWorld(width, height, project.channelBytes);
+        pixels.data = input.pixels;
+        return project.addComposition("bench", width, height)
+            .addLayer("layer", hostkit::makeFootage("noise", std::move(pixels)));
     }
 
     hostkit::Plugin plugin_;

@@ -156,4 +156,8 @@ void Effect::dressControl(std::size_t index, const PF_ParamDef& look) {
         stream.set(stream.constant, 0);
 }
 
+Effect& addEffect(Plugin& plugin, Layer& layer) {
+    return *layer.effects.emplace_back(std::make_unique<Effect>(plugin, layer));
+}
+
 } // namespace hostkit

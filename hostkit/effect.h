@@ -113,4 +113,7 @@ private:
     Frame* frame_ = nullptr;
 };
 
+// A new instance below the others on the layer, to which no command was sent yet.
+Effect& addEffect(Plugin& plugin, Layer& layer);
+
 } // namespace hostkit

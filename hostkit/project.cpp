@@ -131,6 +131,15 @@ World makeWorld(int width, int height, int channelBytes, int paddingPixels) {
     return world;
 }
 
+std::shared_ptr<Footage> makeFootage(std::string name, World pixels) {
+    auto footage = std::make_shared<Footage>();
+    footage->name = std::move(name);
+    footage->width = pixels.width;
+    footage->height = pixels.height;
+    footage->pixels = std::move(pixels);
+    return footage;
+}
+
 Layer::Layer(Composition& owner, AEGP_LayerIDVal layerId) : composition(&owner), id(layerId) {
     makeStreams(*this);
     setConstant(*this, AEGP_LayerStream_SCALE, 100, 100, 100);
@@ -152,6 +161,13 @@ Layer::~Layer() {
 Stream* Layer::stream(AEGP_LayerStream which) {
     const auto found = streams.find(which);
     return found == streams.end() ? nullptr : &found->second;
+}
+
+void Layer::addMarker(double seconds, const std::string& comment) {
+    Stream& markers = *stream(AEGP_LayerStream_MARKER);
+    StreamValue value;
+    value.marker = std::make_shared<Marker>(Marker{toUtf16(comment)});
+    markers.setKeyframe(markers.addKeyframe(seconds), value);
 }
 
 A_Matrix4 Layer::toWorld(double compSeconds) const {

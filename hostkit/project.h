@@ -50,6 +50,9 @@ struct Footage : Item {
     World pixels; // at full resolution
 };
 
+// A picture of that size, with a pixel aspect of 1.
+std::shared_ptr<Footage> makeFootage(std::string name, World pixels);
+
 struct Layer {
     Layer(Composition& owner, AEGP_LayerIDVal layerId);
     ~Layer();
@@ -59,6 +62,9 @@ struct Layer {
     // One of the layer's own streams; null for a number that this kind of layer does not have: a
     // camera has no anchor point, scale, opacity and markers, and only it has a zoom.
     Stream* stream(AEGP_LayerStream which);
+
+    // A marker at a time of the layer, with that comment in UTF-8. Not for a camera.
+    void addMarker(double seconds, const std::string& comment);
 
     // The layer's place in the world at a time of the composition, parents included; of a camera
     // the matrix that takes its space (the eye at 0, looking along z) to the world. A point goes

@@ -96,14 +96,12 @@ Rows projectionOf(const CameraRequest& request) {
     hostkit::Layer& layer = composition.addLayer("layer", nullptr);
     // No command is sent to it: it only stands there to be asked by.
     hostkit::Plugin plugin(findModule(request.module));
-    hostkit::Effect& effect =
-        *layer.effects.emplace_back(std::make_unique<hostkit::Effect>(plugin, layer));
+    hostkit::Effect& effect = hostkit::addEffect(plugin, layer);
     const OwnDevice device("pbhost");
     requireContext(device);
     const ContextSwitch inContext(device);
     const CommandScope command(PF_Cmd_RENDER, 0, host.inData());
-    AEO::Interface interface(host.inData()->pica_basicP,
-                             reinterpret_cast<PF_ProgPtr>(const_cast<hostkit::Effect*>(&effect)));
+    AEO::Interface interface(host.inData()->pica_basicP, reinterpret_cast<PF_ProgPtr>(&effect));
     loadCompositionCamera(host.inData(), reinterpret_cast<AEGP_CompH>(&composition), interface,
                           composition.now);
     return currentProjection();

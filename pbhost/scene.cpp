@@ -4,7 +4,6 @@
 #include <string_view>
 #include <utility>
 
-#include "hostkit/text.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
 #include "pbhost/load_check.h"
@@ -15,18 +14,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::shared_ptr<hostkit::Footage> makeFootage(Source source) {
-    auto footage = std::make_shared<hostkit::Footage>();
+std::shared_ptr<hostkit::Footage> footageOf(Source source) {
     Picture& picture = source.picture;
-    footage->name = std::move(source.file);
-    footage->width = static_cast<int>(picture.width);
-    footage->height = static_cast<int>(picture.height);
-    footage->pixels.width = footage->width;
-    footage->pixels.height = footage->height;
-    footage->pixels.channelBytes = static_cast<int>(bytesPerChannel(picture.depth));
-    footage->pixels.rowBytes = static_cast<int>(picture.rowBytes);
-    footage->pixels.data = std::move(picture.pixels);
-    return footage;
+    return hostkit::makeFootage(std::move(source.file),
+                                {static_cast<int>(picture.width), static_cast<int>(picture.height),
+                                 static_cast<int>(bytesPerChannel(picture.depth)),
+                                 static_cast<int>(picture.rowBytes), std::move(picture.pixels)});
 }
 
 hostkit::Layer& makeLayer(hostkit::Host& host, Source source) {
@@ -34,7 +27,7 @@ hostkit::Layer& makeLayer(hostkit::Host& host, Source source) {
     host.project.channelBytes = static_cast<int>(bytesPerChannel(picture.depth));
     hostkit::Composition& composition = host.project.addComposition(
         "pbhost", static_cast<int>(picture.width), static_cast<int>(picture.height));
-    return composition.addLayer("picture", makeFootage(std::move(source)));
+    return composition.addLayer("picture", footageOf(std::move(source)));
 }
 
 // The endings by which the effect knows a marker that names its file.
@@ -43,14 +36,6 @@ bool canBeMarker(const std::string& path) {
         if (path.ends_with(ending))
             return true;
     return false;
-}
-
-void addMarker(hostkit::Layer& layer, const std::string& comment) {
-    hostkit::StreamValue value;
-    value.marker = std::make_shared<hostkit::Marker>();
-    value.marker->comment = hostkit::toUtf16(comment);
-    hostkit::Stream& markers = *layer.stream(AEGP_LayerStream_MARKER);
-    markers.setKeyframe(markers.addKeyframe(0), value);
 }
 
 // For messages alone: the block is the effect's own. Empty: it is none.
@@ -84,15 +69,14 @@ Source transparentSource(unsigned width, unsigned height, Depth depth) {
 
 Scene::Scene(Session& owner, Source layerSource)
     : session(owner), layer(makeLayer(owner.host, std::move(layerSource))),
-      effect(*layer.effects.emplace_back(std::make_unique<hostkit::Effect>(*owner.plugin, layer))) {
-}
+      effect(hostkit::addEffect(*owner.plugin, layer)) {}
 
 void Scene::apply(const std::string& file) {
     requireReadable(file);
     shownName_ = file_ = file;
     const std::string path = fs::absolute(file).string();
     if (canBeMarker(path))
-        addMarker(layer, path);
+        layer.addMarker(0, path);
     else
         session.dialogs.prepare({path});
     session.require(effect.apply());
@@ -124,7 +108,7 @@ void Scene::checkPrograms() {
 }
 
 AEGP_LayerIDVal Scene::addLayer(Source source) {
-    return layer.composition->addLayer("picture", makeFootage(std::move(source))).id;
+    return layer.composition->addLayer("picture", footageOf(std::move(source))).id;
 }
 
 std::string Scene::fileOf(AEGP_LayerIDVal id) const {

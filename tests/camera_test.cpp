@@ -32,7 +32,7 @@ constexpr Place nowhere{-1, -1};
 class CameraTest : public EngineTest {
 protected:
     CameraTest() {
-        layer.effects.push_back(std::make_unique<hostkit::Effect>(plugin, layer));
+        hostkit::addEffect(plugin, layer);
         comp.defaultCameraDistance = zoom;
         target->setSize(5 * width, 5 * height, GL_FLOAT);
         glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, target->getName());

@@ -75,7 +75,7 @@ TEST_F(EffectLife, TakesItsFileFromTheFirstMarker) {
     for (const auto& [comment, isTaken] : cases) {
         SCOPED_TRACE(comment);
         host.infoPanel.clear();
-        mark(layer, comment);
+        layer.addMarker(0, comment);
         Effect& effect = addEffect(layer);
         EXPECT_EQ(effect.apply(), 0);
         EXPECT_EQ((effect.outFlags & PF_OutFlag_SEND_DO_DIALOG) == 0, isTaken);
@@ -91,11 +91,8 @@ TEST_F(EffectLife, TakesItsFileFromTheFirstMarker) {
         EXPECT_EQ(asked[0].message, "Select Pixel Bender file");
         EXPECT_EQ(asked[0].filter, "pbk or pbg:*.pbk;*.pbg;");
     }
-    mark(layer, write("good.pbk", gainKernel));
-    Stream& markers = *layer.stream(AEGP_LayerStream_MARKER);
-    StreamValue second;
-    second.marker = std::make_shared<Marker>(Marker{u"/later.pbk"});
-    markers.setKeyframe(markers.addKeyframe(1), second);
+    layer.addMarker(0, write("good.pbk", gainKernel));
+    layer.addMarker(1, "/later.pbk");
     Effect& effect = addEffect(layer);
     EXPECT_EQ(effect.apply(), 0);
     EXPECT_EQ(effect.title(), "TVM:Test");

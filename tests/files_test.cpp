@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "pbhost/temporary_files.h"
 #include "support/files.h"
 #include "tests/support/running_command.h"
 
@@ -27,11 +28,7 @@ std::ptrdiff_t openDescriptors() {
 // Each test works in a folder of its own, and leaves nothing open.
 class Files : public RunningCommand {
 protected:
-    Files() { EXPECT_NE(mkdtemp(root_.data()), nullptr); }
-    ~Files() override {
-        fs::remove_all(root_);
-        EXPECT_EQ(openDescriptors(), descriptorsBefore_);
-    }
+    ~Files() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
 
     std::string in(const std::string& name) const { return root_ + "/" + name; }
 
@@ -57,7 +54,8 @@ protected:
         return names;
     }
 
-    std::string root_ = (fs::temp_directory_path() / "files_test.XXXXXX").string();
+    const pbhost::TemporaryFolder temporary_;
+    const std::string& root_ = temporary_.path;
     std::ptrdiff_t descriptorsBefore_ = openDescriptors();
 };
 

@@ -54,15 +54,11 @@ constexpr int width = 7;
 constexpr int height = 4;
 
 template<class Channel>
-std::shared_ptr<Footage> makeFootage() {
-    auto footage = std::make_shared<Footage>();
-    footage->name = "footage";
-    footage->width = width;
-    footage->height = height;
-    footage->pixels = makeWorld(width, height, sizeof(Channel), 2);
+std::shared_ptr<Footage> footageOf() {
+    World pixels = makeWorld(width, height, sizeof(Channel), 2);
     for (int i = 0; i < width * height * 4; ++i)
-        channelAt<Channel>(footage->pixels, i / 4 % width, i / 4 / width, i % 4) = i * i % 251;
-    return footage;
+        channelAt<Channel>(pixels, i / 4 % width, i / 4 / width, i % 4) = i * i % 251;
+    return makeFootage("footage", std::move(pixels));
 }
 
 // A host with a layer of 7 by 4 pixels and an effect on it. Nothing may be left or wrong behind it.
@@ -75,7 +71,7 @@ protected:
         module = reinterpret_cast<RecordingModule* (*)()>(dlsym(library, "recordingModule"))();
         *module = RecordingModule();
         plugin->setUp();
-        layer.effects.push_back(std::make_unique<Effect>(*plugin, layer));
+        addEffect(*plugin, layer);
     }
     ~HostkitEffect() override {
         plugin.reset();
@@ -88,7 +84,7 @@ protected:
 
     Host host;
     Composition& comp = host.project.addComposition("comp", 20, 10);
-    Layer& layer = comp.addLayer("layer", makeFootage<std::uint8_t>());
+    Layer& layer = comp.addLayer("layer", footageOf<std::uint8_t>());
     std::optional<Plugin> plugin;
     RecordingModule* module = nullptr;
 };
@@ -141,7 +137,7 @@ TEST_F(HostkitEffect, ChecksOutEachKindOfControlWithItsValue) {
     EXPECT_EQ(effect().valueAt(8, 0).u.pd.value, 2);
     EXPECT_EQ(effect().valueAt(2, 0).u.sd.slider_max, 4);
 
-    Layer& other = comp.addLayer("other", makeFootage<std::uint8_t>());
+    Layer& other = comp.addLayer("other", footageOf<std::uint8_t>());
     const std::vector<std::pair<A_long, AEGP_StreamVal2>> values = {
         {1, {.layer_id = other.id}},       {2, {.one_d = 2.6}},
         {4, {.one_d = -2.5 / 65536}},      {5, {.one_d = 1}},
@@ -170,7 +166,7 @@ TYPED_TEST_SUITE(HostkitFrames, Depths);
 
 TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
     this->host.project.channelBytes = sizeof(TypeParam);
-    this->layer.source = makeFootage<TypeParam>();
+    this->layer.source = footageOf<TypeParam>();
     World& source = this->layer.source->pixels;
     this->effect().apply();
     PF_ParamDef point{};

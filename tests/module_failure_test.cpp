@@ -74,7 +74,7 @@ private:
                                 "dst = sampleNearest(src, outCoord());"));
     }
     void begin(const std::string& path) {
-        mark(layer, path);
+        layer.addMarker(0, path);
         effect.setUpSequence();
     }
     void beginWithout() {
@@ -115,7 +115,7 @@ std::vector<Step> Life::steps() {
         {"new instance", [=, this] { beginWithout(); }, [this] { return effect.setUpSequence(); }},
         {"choice of a file", [=, this] { beginWithout(), answer({freshFile()}); },
          [this] { return effect.doDialog(); }},
-        {"marked file", [this] { mark(layer, freshFile()); },
+        {"marked file", [this] { layer.addMarker(0, freshFile()); },
          [this] { return effect.setUpSequence(); }},
         {"dressing", [this] { begin(good_); }, [this] { return effect.updateParamsUi(); }},
         {"frame", [] {}, render},

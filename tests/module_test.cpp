@@ -117,7 +117,7 @@ TEST_F(ModuleTest, TextsReachTheDialogUnchanged) {
 
     const std::string name = "/x\");alert(\"gotcha.pbk";
     Layer& layer = addPicture();
-    mark(layer, "/nowhere" + name);
+    layer.addMarker(0, "/nowhere" + name);
     addEffect(layer).apply();
     host.scripts.clear();
     layer.effects.front()->doDialog();
@@ -130,12 +130,12 @@ TEST_F(ModuleTest, FindsFilesByNamesOutsideTheNarrowCharacters) {
     const std::string name = "\xF0\x9F\x8E\xA8 \xC3\xA9.pbk";
     const std::string path = write("\xE7\xB5\xB5/\xF0\xA0\x80\x80/" + name, copyKernel);
     Layer& layer = addPicture();
-    mark(layer, path);
+    layer.addMarker(0, path);
     Effect& effect = addEffect(layer);
     EXPECT_EQ(effect.apply(), 0);
     EXPECT_EQ(effect.title(), "TVM:Test") << shown();
 
-    mark(layer, "/gone/" + name);
+    layer.addMarker(0, "/gone/" + name);
     Effect& moved = addEffect(layer);
     EXPECT_EQ(moved.apply(), 0);
     EXPECT_EQ(moved.title(), "TVM:(Invalid PB)");

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "pbhost/picture.h"
+#include "pbhost/temporary_files.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -104,10 +105,8 @@ struct Result {
 class Pbhost : public testing::Test {
 protected:
     Pbhost() {
-        std::string pattern = (fs::temp_directory_path() / "pbhost_test.XXXXXX").string();
-        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
-        fs::current_path(pattern);
-        setenv("XDG_CONFIG_HOME", pattern.c_str(), 1);
+        fs::current_path(temporary_.path);
+        setenv("XDG_CONFIG_HOME", temporary_.path.c_str(), 1);
         setenv("TVELMARONDINE_STRICT", "1", 1);
         pbhost::writePicture("in.png", paint(Depth::Bits8));
         write("copy.pbk", copyText("sampleNearest"));
@@ -115,11 +114,9 @@ protected:
         write("set.pbk", setText);
         write("old.png", "old");
     }
-    ~Pbhost() override {
-        const fs::path folder = fs::current_path();
-        fs::current_path("/");
-        fs::remove_all(folder);
-    }
+    ~Pbhost() override { fs::current_path("/"); }
+
+    const pbhost::TemporaryFolder temporary_;
 
     // Arguments and environment are text for the shell.
     static Result run(const std::string& arguments, const std::string& environment = "") {

@@ -128,7 +128,7 @@ TEST(SuiteTables, AMissingSuiteEndsTheCommandAndTheOthersGoBack) {
     const int suite = 0;
     suites::withdrawAll();
     suites::offer("AEGP Stream Suite", 9, &suite);
-    suites::offer("AEGP Effect Suite", 2, &suite); // another version is no replacement
+    suites::offer("AEGP Effect Suite", 2, &suite);    // another version is no replacement
     suites::offer("AEGP Keyframe Suite", 4, nullptr); // lent with success, but there is none
     const auto borrow = [](auto accessor) {
         SuiteTable table(&suites::basicSuite());

@@ -22,6 +22,7 @@
 #include "hostkit/references.h"
 #include "hostkit/suite_tables.h"
 #include "hostkit/suites.h"
+#include "hostkit/text.h"
 #include "tests/support/running_command.h"
 
 namespace calls = hostkit::calls;
@@ -35,62 +36,31 @@ constexpr A_long pluginId = 7;
 const std::u16string comment =
     u"a comment that is longer than a string keeps in itself \xd83d\xde00";
 
-// A layer with a marker and an effect of one control. The effect belongs to no module, so the few
-// functions that lead to it are the test's own; all others are the host's.
+// A layer with a marker and an effect of one control, whose module is sent no command.
 class Scene : public RunningCommand {
 protected:
     Scene() {
-        scene = this;
         currentPluginId = pluginId;
-        layer.stream(AEGP_LayerStream_MARKER)->keyframes = {
-            {0, {{}, std::make_shared<hostkit::Marker>(hostkit::Marker{comment})}}};
-        group.children.push_back(
-            std::make_unique<hostkit::Stream>(u"Control", "control", AEGP_StreamType_OneD));
-        control().parent = &group;
-        group.layer = control().layer = &layer;
-        interfaces.AEGP_GetEffectLayer = [](PF_ProgPtr, AEGP_LayerH* found) {
-            return serve("layer", found, reinterpret_cast<AEGP_LayerH>(&scene->layer));
-        };
-        interfaces.AEGP_GetNewEffectForEffect = [](AEGP_PluginID plugin, PF_ProgPtr,
-                                                   AEGP_EffectRefH* effect) {
+        layer.addMarker(0, hostkit::toUtf8(comment));
+        effect.addControl({{1}, PF_Param_SLIDER, "Control", 0, {}}); // behind the input layer
+        group.name = u"Effect";
+        group.matchName = "effect";
+        control().matchName = "control";
+        // The host does not look at the id; whether it is handed on shows here.
+        interfaces.AEGP_GetNewEffectForEffect = [](AEGP_PluginID plugin, PF_ProgPtr running,
+                                                   AEGP_EffectRefH* reference) {
             EXPECT_EQ(plugin, pluginId);
-            const A_Err err = serve("effect", effect, reinterpret_cast<AEGP_EffectRefH>(scene));
-            if (err == 0)
-                ledger::lend(ledger::Kind::Effect, *effect, "the effect");
-            return err;
-        };
-        effects.AEGP_DisposeEffect = [](AEGP_EffectRefH effect) -> A_Err {
-            ledger::giveBack(ledger::Kind::Effect, effect, "AEGP_DisposeEffect");
-            return calls::enter("AEGP_DisposeEffect");
-        };
-        streams.AEGP_GetNewEffectStreamByIndex = [](AEGP_PluginID, AEGP_EffectRefH effect,
-                                                    A_long index, AEGP_StreamRefH* stream) {
-            EXPECT_EQ(index, 1);
-            if (effect == nullptr)
-                return PF_Err_BAD_CALLBACK_PARAM;
-            const A_Err err = calls::enter("stream");
-            if (err == 0)
-                *stream = hostkit::references::lendStream(scene->control(), "the control");
-            return err;
+            return tables::interfaceSuite().AEGP_GetNewEffectForEffect(plugin, running, reference);
         };
         suites::offer(interfaces.name, interfaces.version, &interfaces);
-        suites::offer(effects.name, effects.version, &effects);
-        suites::offer(streams.name, streams.version, &streams);
     }
+    ~Scene() override { layer.effects.clear(); }
 
-    template<class T>
-    static A_Err serve(const char* call, T* place, T answer) {
-        const A_Err err = calls::enter(call);
-        if (err == 0)
-            *place = answer;
-        return err;
-    }
-
-    hostkit::Stream& control() { return *group.children.front(); }
+    hostkit::Stream& control() { return effect.control(1); }
 
     // Hides the control, renames its parent and reads the marker.
     std::u16string useWrappers() {
-        AEO::Interface interface(basic, nullptr);
+        AEO::Interface interface(basic, reinterpret_cast<PF_ProgPtr>(&effect));
         {
             AEO::Effect effect(basic, interface.newEffect());
             AEO::Stream stream(basic, effect.newParamStream(1));
@@ -130,14 +100,13 @@ protected:
         return outcome;
     }
 
-    static inline Scene* scene = nullptr;
     SPBasicSuite* basic = host.inData()->pica_basicP;
     hostkit::Composition& comp = host.project.addComposition("Comp", 640, 360);
     hostkit::Layer& layer = comp.addLayer("", std::make_shared<hostkit::Footage>());
-    hostkit::Stream group{u"Effect", "effect", AEGP_StreamType_NO_DATA};
+    hostkit::Plugin plugin{TVM_MODULE_PATH};
+    hostkit::Effect& effect = hostkit::addEffect(plugin, layer);
+    hostkit::Stream& group = *effect.group;
     AEGP_PFInterfaceSuite1 interfaces = tables::interfaceSuite();
-    AEGP_EffectSuite3 effects = tables::effectSuite();
-    AEGP_StreamSuite9 streams = tables::streamSuite();
 };
 
 bool isOneMemoryHandle(const std::vector<std::string>& stayed) {
@@ -161,6 +130,7 @@ TEST_F(Scene, EveryCallOfAChainMayFailAndNothingStaysLent) {
         // What the host does not take back stays, and so does text that it does not let be read.
         const bool isRefusedReturn = failed == "ReleaseSuite" || failed == "AEGP_FreeMemHandle" ||
                                      failed == "AEGP_DisposeStream" ||
+                                     failed == "AEGP_DisposeEffect" ||
                                      failed == "AEGP_DisposeStreamValue";
         const bool isUnreadable = failed == "AEGP_LockMemHandle" || failed == "AcquireSuite";
         EXPECT_TRUE(outcome.stayed.empty() || isRefusedReturn ||
@@ -272,7 +242,7 @@ TEST_F(Scene, LayersItemsAndCompositionsTellWhatTheyAre) {
         {"zoom", camera.zoom(AEGP_LTimeMode_CompTime, start), 500},
         {"camera type", camera.cameraType(), AEGP_CameraType_PERSPECTIVE},
         {"default", camera.defaultDistance(composition.handle()), comp.defaultCameraDistance},
-        {"effects", first.numEffects() + AEO::Effect(basic).numInstalledEffects(), 0}};
+        {"effects", first.numEffects() + AEO::Effect(basic).numInstalledEffects(), 2}};
     for (const auto& [name, value, expected] : numbers)
         EXPECT_EQ(value, expected) << name;
     camera.setParent(first.handle());
@@ -327,8 +297,8 @@ TEST_F(Scene, StreamsTakeKeyframesExpressionsAndNames) {
     EXPECT_EQ(parent.groupingType(), AEGP_StreamGroupingType_NAMED_GROUP);
     EXPECT_EQ(std::tuple(parent.numInGroup(), stream.indexInParent(), stream.dynamicFlags(),
                          stream.type(), parent.canAdd("control")),
-              std::tuple(1, 0, 0, AEGP_StreamType_OneD, false));
-    EXPECT_EQ(AEO::Stream(basic, parent.newChild(0)).matchName(), "control");
+              std::tuple(2, 1, 0, AEGP_StreamType_OneD, false));
+    EXPECT_EQ(AEO::Stream(basic, parent.newChild(1)).matchName(), "control");
     EXPECT_EQ(stream.err() + parent.err(), 0);
 }
 

@@ -2,12 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <fstream>
 
 #include "hostkit/ledger.h"
 #include "hostkit/memory.h"
-#include "hostkit/text.h"
 
 using namespace hostkit;
 
@@ -15,19 +13,13 @@ namespace {
 
 constexpr int paddingPixels = 3;
 
-std::filesystem::path newFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "module_test.XXXXXX").string();
-    EXPECT_NE(mkdtemp(pattern.data()), nullptr);
-    return pattern;
-}
-
 std::size_t offset(const World& world, int x, int y) {
     return static_cast<std::size_t>(y * world.rowBytes + x * world.pixelBytes());
 }
 
 } // namespace
 
-ModuleTest::ModuleTest() : folder(newFolder()) {
+ModuleTest::ModuleTest() {
     plugin.emplace(TVM_MODULE_PATH);
     EXPECT_EQ(plugin->setUp(), 0);
 }
@@ -37,7 +29,6 @@ ModuleTest::~ModuleTest() {
     EXPECT_EQ(memory::liveHandles(), 0U);
     EXPECT_THAT(ledger::outstanding(), testing::IsEmpty());
     EXPECT_THAT(ledger::takeFaults(), testing::IsEmpty());
-    std::filesystem::remove_all(folder);
 }
 
 std::string ModuleTest::write(const std::string& name, const std::string& bytes) {
@@ -51,23 +42,11 @@ std::string ModuleTest::write(const std::string& name, const std::string& bytes)
 
 Layer& ModuleTest::addPicture(int width, int height, int channelBytes) {
     host.project.channelBytes = channelBytes;
-    auto footage = std::make_shared<Footage>();
-    footage->name = "picture";
-    footage->width = width;
-    footage->height = height;
-    footage->pixels = makeWorld(width, height, channelBytes, paddingPixels);
+    World pixels = makeWorld(width, height, channelBytes, paddingPixels);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
-            setPixel(footage->pixels, x, y,
-                     testPattern(static_cast<unsigned>(x), static_cast<unsigned>(y)));
-    return comp.addLayer("layer", footage);
-}
-
-void ModuleTest::mark(Layer& layer, const std::string& path) {
-    Stream& markers = *layer.stream(AEGP_LayerStream_MARKER);
-    StreamValue value;
-    value.marker = std::make_shared<Marker>(Marker{toUtf16(path)});
-    markers.setKeyframe(markers.addKeyframe(0), value);
+            setPixel(pixels, x, y, testPattern(static_cast<unsigned>(x), static_cast<unsigned>(y)));
+    return comp.addLayer("layer", makeFootage("picture", std::move(pixels)));
 }
 
 Effect& ModuleTest::addEffect(Layer& layer) {

@@ -14,6 +14,7 @@
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/plugin.h"
+#include "pbhost/temporary_files.h"
 #include "tests/support/engine_fixture.h"
 
 class ModuleTest : public testing::Test {
@@ -28,9 +29,6 @@ protected:
     // A layer with a picture of this depth, painted with testPattern; the project renders at it.
     hostkit::Layer& addPicture(int width = 4, int height = 4, int channelBytes = 1);
 
-    // The first marker of the layer names the file.
-    static void mark(hostkit::Layer& layer, const std::string& path);
-
     // A new effect on top of the layer, to which no command was sent yet.
     hostkit::Effect& addEffect(hostkit::Layer& layer);
 
@@ -42,7 +40,8 @@ protected:
     // All lines that the Info panel got so far, each with its line end.
     std::string shown() const;
 
-    std::filesystem::path folder;
+    const pbhost::TemporaryFolder temporary;
+    std::filesystem::path folder = temporary.path;
     hostkit::Host host;
     hostkit::Composition& comp = host.project.addComposition("comp", 4, 4);
     std::optional<hostkit::Plugin> plugin;
