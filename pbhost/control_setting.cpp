@@ -43,6 +43,23 @@ Indices findByName(const hostkit::Effect& effect, const Indices& among, std::str
     return found;
 }
 
+// The visible layer controls, or all the others.
+Indices listedOf(hostkit::Effect& effect, bool areLayers) {
+    Indices all = listedControls(effect);
+    std::erase_if(all, [&](std::size_t index) {
+        return (effect.definitions[index].param_type == PF_Param_LAYER) != areLayers;
+    });
+    return all;
+}
+
+// The one whose index in the list this text is.
+Indices findByIndex(const Indices& among, const std::string& text) {
+    const auto found = std::find_if(among.begin(), among.end(), [&](std::size_t index) {
+        return std::to_string(index) == text;
+    });
+    return found == among.end() ? Indices() : Indices{*found};
+}
+
 std::vector<std::string> splitValues(const std::string& text) {
     std::vector<std::string> values;
     std::size_t start = 0;
@@ -76,18 +93,15 @@ public:
 
 private:
     Indices find() const {
-        Indices all = listedControls(effect_);
-        std::erase_if(all, [this](std::size_t index) {
-            return effect_.definitions[index].param_type == PF_Param_LAYER;
-        });
+        const Indices all = listedOf(effect_, false);
         for (const Comparison isName : {areSame, areAlike})
             if (const Indices found = findByName(effect_, all, setting_.control, isName);
                 !found.empty())
                 return requireOneMeaning(found);
-        for (const std::size_t index : all)
-            if (std::to_string(index) == setting_.control)
-                return {index};
-        fail("there is no such control");
+        const Indices found = findByIndex(all, setting_.control);
+        if (found.empty())
+            fail("there is no such control");
+        return found;
     }
 
     // Several controls must be the parts of one parameter.
@@ -188,18 +202,15 @@ void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double
 }
 
 std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting) {
-    Indices all = listedControls(effect);
-    std::erase_if(all, [&](std::size_t index) {
-        return effect.definitions[index].param_type != PF_Param_LAYER;
-    });
+    const Indices all = listedOf(effect, true);
     for (const Comparison isName : {areSame, areAlike}) {
         const Indices found = findByName(effect, all, setting.control, isName);
         if (found.size() == 1)
             return found.front();
     }
-    for (const std::size_t index : all) // the first controls of the list
-        if (std::to_string(index) == setting.control)
-            return index;
+    const Indices found = findByIndex(all, setting.control); // the first controls of the list
+    if (!found.empty())
+        return found.front();
     std::string list;
     for (const std::size_t index : all)
         list.append("\n  ").append(std::to_string(index) + " " + nameOf(effect, index));

@@ -11,9 +11,6 @@ namespace pbhost {
 
 namespace {
 
-constexpr unsigned layerWidth = 640; // of the layer that the effect is put on
-constexpr unsigned layerHeight = 360;
-
 using Row = std::array<std::string, 7>;
 
 // The parts of an array with that in between.
@@ -66,7 +63,7 @@ std::string table(const std::vector<Row>& rows) {
 } // namespace
 
 std::string showControls(Session& session, const ControlsRequest& request) {
-    Scene scene(session, transparentSource(layerWidth, layerHeight, Depth::Bits8));
+    Scene scene(session, transparentSource(emptyLayerWidth, emptyLayerHeight, Depth::Bits8));
     scene.apply(request.file);
     scene.checkPrograms();
     Json controls = Json::array();

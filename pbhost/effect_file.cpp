@@ -67,12 +67,11 @@ void requireReadable(const std::string& path) {
     openFile(path);
 }
 
-void readKernelFile(const std::string& path, pbKernelInfo& kernel) {
-    PBKParser(readWhole(path), kernel).parseKernel();
-}
-
-void readGraphFile(const std::string& path, pbGraphInfo& graph) {
-    readGraphText(readWhole(path), graph);
+EffectFile::EffectFile(const std::string& path) : isGraph(isGraphFile(path)) {
+    if (isGraph)
+        readGraphText(readWhole(path), graph);
+    else
+        PBKParser(readWhole(path), kernel).parseKernel();
 }
 
 } // namespace pbhost

@@ -20,9 +20,15 @@ bool isGraphFile(const std::string& path);
 // effect take.
 void requireReadable(const std::string& path);
 
-// Both throw Failure when the file cannot be read. A file that reads, but is no kernel or graph,
-// gives a thin model: what is wrong with it shows when it is compiled.
-void readKernelFile(const std::string& path, pbKernelInfo& kernel);
-void readGraphFile(const std::string& path, pbGraphInfo& graph);
+// The model of a file; of the two only one is filled.
+struct EffectFile {
+    // Throws Failure when the file cannot be read. A file that reads, but is no kernel or graph,
+    // gives a thin model: what is wrong with it shows when it is compiled.
+    explicit EffectFile(const std::string& path);
+
+    bool isGraph;
+    pbGraphInfo graph;
+    pbKernelInfo kernel;
+};
 
 } // namespace pbhost

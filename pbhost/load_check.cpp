@@ -15,14 +15,9 @@ namespace pbhost {
 
 namespace {
 
-// The models that messages are made of; only one of them is read.
-struct FileModel {
-    explicit FileModel(const std::string& file) : isGraph(isGraphFile(file)) {
-        if (isGraph)
-            readGraphFile(file, graph);
-        else
-            readKernelFile(file, kernel);
-    }
+// What messages say of a file.
+struct FileModel : EffectFile {
+    using EffectFile::EffectFile;
 
     std::string hints() const { return isGraph ? hintsFor(graph) : hintsFor(kernel); }
 
@@ -42,10 +37,6 @@ struct FileModel {
                     .append("\"\n");
         return lines;
     }
-
-    bool isGraph;
-    pbGraphInfo graph;
-    pbKernelInfo kernel;
 };
 
 std::string hintsOf(hostkit::Host& host, const std::string& file) {

@@ -107,17 +107,8 @@ Json graphAsJson(const pbGraphInfo& graph) {
 } // namespace
 
 std::string modelAsJson(const std::string& path) {
-    Json json;
-    if (isGraphFile(path)) {
-        pbGraphInfo graph;
-        readGraphFile(path, graph);
-        json = graphAsJson(graph);
-    } else {
-        pbKernelInfo kernel;
-        readKernelFile(path, kernel);
-        json = kernelAsJson(kernel);
-    }
-    return jsonText(json);
+    const EffectFile model(path);
+    return jsonText(model.isGraph ? graphAsJson(model.graph) : kernelAsJson(model.kernel));
 }
 
 } // namespace pbhost

@@ -22,8 +22,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned defaultWidth = 640; // of a layer without a picture
-constexpr unsigned defaultHeight = 360;
 constexpr unsigned mostDownsampling = 64;
 constexpr unsigned largestSide = 16384; // pixels
 
@@ -40,7 +38,7 @@ std::optional<std::pair<unsigned, unsigned>> parsePair(const std::string& text, 
 
 std::pair<unsigned, unsigned> parseSize(const std::string& text) {
     if (text.empty())
-        return {defaultWidth, defaultHeight};
+        return {emptyLayerWidth, emptyLayerHeight};
     const auto size = parsePair(text, 'x');
     if (!size || size->first == 0 || size->second == 0)
         throw Failure(ExitCode::Usage, "--size " + text + ": write WIDTHxHEIGHT, in pixels");
@@ -120,14 +118,8 @@ std::size_t layerControls(hostkit::Effect& effect) {
 // What the file takes, which may be more than the effect can feed.
 std::size_t inputsOf(hostkit::Host& host, const std::string& file) {
     const CommandScope scope(0, 0, host.inData());
-    if (isGraphFile(file)) {
-        pbGraphInfo graph;
-        readGraphFile(file, graph);
-        return graph.inputs.size();
-    }
-    pbKernelInfo kernel;
-    readKernelFile(file, kernel);
-    return kernel.inputs.size();
+    const EffectFile model(file);
+    return model.isGraph ? model.graph.inputs.size() : model.kernel.inputs.size();
 }
 
 void checkInputs(Scene& scene, const Plan& plan) {

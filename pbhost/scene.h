@@ -22,6 +22,10 @@ struct Source {
 // Throws Failure (BadPicture).
 Source readSource(const std::string& file, std::optional<Depth> depth);
 
+// The layer that an effect gets without a picture, in pixels.
+inline constexpr unsigned emptyLayerWidth = 640;
+inline constexpr unsigned emptyLayerHeight = 360;
+
 // Without a file: transparent. Throws Failure (Usage) for an impossible size.
 Source transparentSource(unsigned width, unsigned height, Depth depth);
 

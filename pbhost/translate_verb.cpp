@@ -79,16 +79,13 @@ std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view
 }
 
 std::string translate(const TranslateRequest& request) {
-    if (!isGraphFile(request.file)) {
-        if (!request.node.empty())
-            throw Failure(ExitCode::Usage,
-                          "--node goes with a graph (.pbg); " + request.file + " is a kernel");
-        pbKernelInfo kernel;
-        readKernelFile(request.file, kernel);
-        return show(kernelTexts(kernel, request.order), request.stage);
-    }
-    pbGraphInfo graph;
-    readGraphFile(request.file, graph);
+    if (!isGraphFile(request.file) && !request.node.empty())
+        throw Failure(ExitCode::Usage,
+                      "--node goes with a graph (.pbg); " + request.file + " is a kernel");
+    const EffectFile model(request.file);
+    if (!model.isGraph)
+        return show(kernelTexts(model.kernel, request.order), request.stage);
+    const pbGraphInfo& graph = model.graph;
     if (!request.node.empty())
         return translateNode(request, graph);
     if (!request.stage.empty())
