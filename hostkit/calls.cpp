@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostkit/ledger.h"
+#include "hostkit/movable_block.h"
 
 namespace hostkit::calls {
 
@@ -62,6 +63,7 @@ void runHook(std::string_view name) {
 
 PF_Err enter(const char* name) {
     ++calls().count;
+    MovableBlock::moveUnlocked();
     // This call's turn, whatever the event does.
     const PF_Err error = failureOf(name);
     runHook(name);

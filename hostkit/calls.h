@@ -1,5 +1,6 @@
 // Every call that a module makes into the host passes here first: it is counted, it can be made to
-// fail, and something else can be made to happen in the middle of it.
+// fail, something else can be made to happen in the middle of it, and memory that is not locked
+// moves.
 //
 // One count for the process, like the host's memory: the host's callbacks carry no context.
 #pragma once

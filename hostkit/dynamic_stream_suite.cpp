@@ -11,26 +11,28 @@ namespace hostkit::tables {
 namespace {
 
 A_Err getStreamGroupingType(AEGP_StreamRefH stream, AEGP_StreamGroupingType* type) {
-    return serve("AEGP_GetStreamGroupingType", [&](const SceneCall& call) {
-        call.at(type) = call.stream(stream).isGroup() ? AEGP_StreamGroupingType_NAMED_GROUP
-                                                      : AEGP_StreamGroupingType_LEAF;
-    });
+    return serve<AEGP_DynamicStreamSuite5>(
+        "AEGP_GetStreamGroupingType", [&](const SceneCall& call) {
+            call.at(type) = call.stream(stream).isGroup() ? AEGP_StreamGroupingType_NAMED_GROUP
+                                                          : AEGP_StreamGroupingType_LEAF;
+        });
 }
 
 A_Err getNumStreamsInGroup(AEGP_StreamRefH group, A_long* count) {
-    return serve("AEGP_GetNumStreamsInGroup", [&](const SceneCall& call) {
+    return serve<AEGP_DynamicStreamSuite5>("AEGP_GetNumStreamsInGroup", [&](const SceneCall& call) {
         call.at(count) = static_cast<A_long>(call.group(group).children.size());
     });
 }
 
 A_Err getDynamicStreamFlags(AEGP_StreamRefH stream, AEGP_DynStreamFlag* flags) {
-    return serve("AEGP_GetDynamicStreamFlags",
-                 [&](const SceneCall& call) { call.at(flags) = call.stream(stream).flags; });
+    return serve<AEGP_DynamicStreamSuite5>(
+        "AEGP_GetDynamicStreamFlags",
+        [&](const SceneCall& call) { call.at(flags) = call.stream(stream).flags; });
 }
 
 A_Err setDynamicStreamFlag(AEGP_StreamRefH stream, AEGP_DynStreamFlag oneFlag, A_Boolean undoable,
                            A_Boolean set) {
-    return serve("AEGP_SetDynamicStreamFlag", [&](const SceneCall& call) {
+    return serve<AEGP_DynamicStreamSuite5>("AEGP_SetDynamicStreamFlag", [&](const SceneCall& call) {
         Stream& found = call.stream(stream);
         if (oneFlag != AEGP_DynStreamFlag_HIDDEN)
             call.refuse("a flag that cannot be set");
@@ -42,34 +44,36 @@ A_Err setDynamicStreamFlag(AEGP_StreamRefH stream, AEGP_DynStreamFlag oneFlag, A
     });
 }
 
-A_Err getNewStreamRefByIndex(AEGP_PluginID, AEGP_StreamRefH group, A_long index,
+A_Err getNewStreamRefByIndex(AEGP_PluginID plugin, AEGP_StreamRefH group, A_long index,
                              AEGP_StreamRefH* child) {
-    return serve("AEGP_GetNewStreamRefByIndex", [&](const SceneCall& call) {
-        AEGP_StreamRefH& lent = call.at(child);
-        const Stream& found = call.group(group);
-        Stream& wanted = *found.children[call.index(index, found.children.size())];
-        lent = references::lendStream(wanted, wanted.matchName);
-    });
+    return serve<AEGP_DynamicStreamSuite5>(
+        "AEGP_GetNewStreamRefByIndex", plugin, [&](const SceneCall& call) {
+            AEGP_StreamRefH& lent = call.at(child);
+            const Stream& found = call.group(group);
+            Stream& wanted = *found.children[call.index(index, found.children.size())];
+            lent = references::lendStream(wanted, wanted.matchName);
+        });
 }
 
-A_Err getNewStreamRefByMatchname(AEGP_PluginID, AEGP_StreamRefH group, const char* matchName,
+A_Err getNewStreamRefByMatchname(AEGP_PluginID plugin, AEGP_StreamRefH group, const char* matchName,
                                  AEGP_StreamRefH* child) {
-    return serve("AEGP_GetNewStreamRefByMatchname", [&](const SceneCall& call) {
-        AEGP_StreamRefH& lent = call.at(child);
-        const std::string wanted = &call.at(matchName);
-        const auto& children = call.group(group).children;
-        const auto found = std::find_if(children.begin(), children.end(), [&](const auto& each) {
-            return each->matchName == wanted;
+    return serve<AEGP_DynamicStreamSuite5>(
+        "AEGP_GetNewStreamRefByMatchname", plugin, [&](const SceneCall& call) {
+            AEGP_StreamRefH& lent = call.at(child);
+            const std::string wanted = &call.at(matchName);
+            const auto& children = call.group(group).children;
+            const auto found =
+                std::find_if(children.begin(), children.end(),
+                             [&](const auto& each) { return each->matchName == wanted; });
+            if (found == children.end())
+                call.refuse("no stream called " + wanted);
+            lent = references::lendStream(**found, wanted);
         });
-        if (found == children.end())
-            call.refuse("no stream called " + wanted);
-        lent = references::lendStream(**found, wanted);
-    });
 }
 
 // The groups of this host are complete.
 A_Err canAddStream(AEGP_StreamRefH group, const char* matchName, A_Boolean* canAdd) {
-    return serve("AEGP_CanAddStream", [&](const SceneCall& call) {
+    return serve<AEGP_DynamicStreamSuite5>("AEGP_CanAddStream", [&](const SceneCall& call) {
         call.group(group);
         call.at(matchName);
         call.at(canAdd) = 0;
@@ -77,7 +81,7 @@ A_Err canAddStream(AEGP_StreamRefH group, const char* matchName, A_Boolean* canA
 }
 
 A_Err setStreamName(AEGP_StreamRefH stream, const A_UTF16Char* streamName) {
-    return serve("AEGP_SetStreamName", [&](const SceneCall& call) {
+    return serve<AEGP_DynamicStreamSuite5>("AEGP_SetStreamName", [&](const SceneCall& call) {
         Stream& found = call.stream(stream);
         const std::u16string wanted = &call.at(streamName);
         if (found.name == wanted)
@@ -95,16 +99,17 @@ Stream& parentOf(const SceneCall& call, AEGP_StreamRefH stream) {
     return *parent;
 }
 
-A_Err getNewParentStreamRef(AEGP_PluginID, AEGP_StreamRefH stream, AEGP_StreamRefH* parent) {
-    return serve("AEGP_GetNewParentStreamRef", [&](const SceneCall& call) {
-        AEGP_StreamRefH& lent = call.at(parent);
-        Stream& found = parentOf(call, stream);
-        lent = references::lendStream(found, found.matchName);
-    });
+A_Err getNewParentStreamRef(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_StreamRefH* parent) {
+    return serve<AEGP_DynamicStreamSuite5>(
+        "AEGP_GetNewParentStreamRef", plugin, [&](const SceneCall& call) {
+            AEGP_StreamRefH& lent = call.at(parent);
+            Stream& found = parentOf(call, stream);
+            lent = references::lendStream(found, found.matchName);
+        });
 }
 
 A_Err getMatchName(AEGP_StreamRefH stream, char matchName[AEGP_MAX_STREAM_MATCH_NAME_SIZE]) {
-    return serve("AEGP_GetMatchName", [&](const SceneCall& call) {
+    return serve<AEGP_DynamicStreamSuite5>("AEGP_GetMatchName", [&](const SceneCall& call) {
         char& start = call.at(matchName);
         const std::string& found = call.stream(stream).matchName;
         const std::size_t length = found.copy(&start, AEGP_MAX_STREAM_MATCH_NAME_SIZE - 1);
@@ -113,17 +118,18 @@ A_Err getMatchName(AEGP_StreamRefH stream, char matchName[AEGP_MAX_STREAM_MATCH_
 }
 
 A_Err getStreamIndexInParent(AEGP_StreamRefH stream, A_long* index) {
-    return serve("AEGP_GetStreamIndexInParent", [&](const SceneCall& call) {
-        const Stream& found = call.stream(stream);
-        const auto& siblings = parentOf(call, stream).children;
-        const auto place = std::find_if(siblings.begin(), siblings.end(),
-                                        [&](const auto& each) { return each.get() == &found; });
-        call.at(index) = static_cast<A_long>(place - siblings.begin());
-    });
+    return serve<AEGP_DynamicStreamSuite5>(
+        "AEGP_GetStreamIndexInParent", [&](const SceneCall& call) {
+            const Stream& found = call.stream(stream);
+            const auto& siblings = parentOf(call, stream).children;
+            const auto place = std::find_if(siblings.begin(), siblings.end(),
+                                            [&](const auto& each) { return each.get() == &found; });
+            call.at(index) = static_cast<A_long>(place - siblings.begin());
+        });
 }
 
 A_Err isStreamModified(AEGP_StreamRefH stream, A_Boolean* isModified) {
-    return serve("AEGP_IsStreamModified", [&](const SceneCall& call) {
+    return serve<AEGP_DynamicStreamSuite5>("AEGP_IsStreamModified", [&](const SceneCall& call) {
         call.at(isModified) = call.stream(stream).isModified ? 1 : 0;
     });
 }

@@ -57,7 +57,8 @@ PF_Err Effect::apply() {
     PF_Err error = setUpParameters();
     if (error == PF_Err_NONE)
         error = setUpSequence();
-    if (error == PF_Err_NONE && (outFlags & PF_OutFlag_SEND_DO_DIALOG) != 0)
+    if (error == PF_Err_NONE && (outFlags & PF_OutFlag_SEND_DO_DIALOG) != 0 &&
+        wants(PF_OutFlag_I_DO_DIALOG))
         error = doDialog();
     if (error == PF_Err_NONE && wants(PF_OutFlag_SEND_UPDATE_PARAMS_UI))
         error = updateParamsUi();
@@ -81,11 +82,14 @@ PF_Err Effect::open(const std::vector<std::byte>& flatBlock,
 }
 
 std::vector<std::byte> Effect::save() {
-    requireSuccess(flattenSequence(), "PF_Cmd_SEQUENCE_FLATTEN");
+    const bool isFlattened = wants(PF_OutFlag_SEQUENCE_DATA_NEEDS_FLATTENING);
+    if (isFlattened)
+        requireSuccess(flattenSequence(), "PF_Cmd_SEQUENCE_FLATTEN");
     std::vector<std::byte> block;
     if (sequenceData != nullptr)
         block = memory::contents(sequenceData);
-    requireSuccess(resetUpSequence(), "PF_Cmd_SEQUENCE_RESETUP");
+    if (isFlattened)
+        requireSuccess(resetUpSequence(), "PF_Cmd_SEQUENCE_RESETUP");
     return block;
 }
 
@@ -110,7 +114,8 @@ PF_ParamDef Effect::valueAt(std::size_t index, double compSeconds) const {
 PF_ParamDef Effect::valueAtLayerTime(std::size_t index, double layerSeconds,
                                      const Resolution& resolution) const {
     PF_ParamDef definition = definitions.at(index);
-    writeValue(definition, group->children.at(index)->at(layerSeconds), *layer, resolution);
+    writeValue(definition, group->children.at(index)->withExpression(layerSeconds), *layer,
+               resolution);
     return definition;
 }
 
@@ -127,7 +132,7 @@ int Effect::channelBytes() const {
 }
 
 bool Effect::wants(A_long outFlag) const {
-    return (plugin->pipl().number("eGLO") & static_cast<A_u_long>(outFlag)) != 0;
+    return (plugin->outFlags() & static_cast<A_u_long>(outFlag)) != 0;
 }
 
 void Effect::addControl(const PF_ParamDef& definition) {

@@ -50,7 +50,8 @@ public:
     PF_Err open(const std::vector<std::byte>& flatBlock,
                 const std::function<void(Effect&)>& fillStreams = {});
 
-    // Each is one command.
+    // Each is one command. Throws std::logic_error for those that go only to modules that ask for
+    // them in global setup, by modules that did not: flattening, the dialog, the controls' update.
     PF_Err setUpParameters();
     PF_Err setUpSequence();
     PF_Err resetUpSequence();
@@ -59,11 +60,15 @@ public:
     PF_Err doDialog(); // the options button
     PF_Err updateParamsUi();
 
-    // Smart pre-render and, if that went well, smart render, at the project's depth. Without a
-    // region the output is the whole frame, else the part of it that the effect announced. Throws
-    // std::logic_error for impossible factors and for a source of another depth. An output of an
+    // Smart pre-render and, if that went well, smart render, at the project's depth. The output is
+    // the part of the frame that the effect announced, as far as it was asked for. A module without
+    // smart rendering gets the older command. Throws std::logic_error for impossible factors, for a
+    // source of another depth, and for a depth that the module does not take. An output of an
     // earlier render, of the same size, may be given to be drawn over: it is not cleared.
     RenderResult render(const RenderRequest& request, World reusedOutput = {});
+
+    // The older command by itself, with the whole frame as its output.
+    RenderResult renderPlain(const RenderRequest& request, World reusedOutput = {});
 
     // The flat block: flattens, copies, and sets up again. Throws std::runtime_error, as
     // `duplicate` does, when the module refuses one of the commands.
@@ -103,11 +108,15 @@ public:
 
 private:
     PF_InData inDataAt(double compSeconds, const Resolution& resolution) const;
-    PF_Err run(PF_Cmd command, PF_InData& inData, PF_ParamDef** params, void* extra);
+    PF_Err run(PF_Cmd command, PF_InData& inData, PF_ParamDef** params, void* extra,
+               PF_LayerDef* output = nullptr);
     void takeOver(PF_Cmd command, PF_Handle asSent, const PF_OutData& outData);
     double now() const; // where the time marker stands, seconds of the composition
-    RenderResult renderFrame(const RenderRequest& request, Frame& frame, World& reusedOutput);
-    bool wants(A_long outFlag) const;
+    // Makes the frame and lets the work run in it.
+    RenderResult inFrame(const RenderRequest& request,
+                         const std::function<RenderResult(Frame&)>& work);
+    RenderResult renderSmart(const RenderRequest& request, Frame& frame, World& reusedOutput);
+    bool wants(A_long outFlag) const; // by a flag of global setup
 
     std::string optionsButton_;
     Frame* frame_ = nullptr;

@@ -1,5 +1,8 @@
 // The commands of an instance: what each is sent with, and what is taken over behind it.
+#include <array>
 #include <cmath>
+#include <stdexcept>
+#include <utility>
 
 #include "hostkit/command_stack.h"
 #include "hostkit/effect.h"
@@ -13,6 +16,13 @@ namespace {
 
 // One frame. A rate of 29.97 is a whole number of units too.
 constexpr A_long unitsOfAFrame = 100;
+
+// Commands for which a module asks by a flag of its global setup.
+constexpr std::array<std::pair<PF_Cmd, A_long>, 3> askedFor = {{
+    {PF_Cmd_SEQUENCE_FLATTEN, PF_OutFlag_SEQUENCE_DATA_NEEDS_FLATTENING},
+    {PF_Cmd_DO_DIALOG, PF_OutFlag_I_DO_DIALOG},
+    {PF_Cmd_UPDATE_PARAMS_UI, PF_OutFlag_SEND_UPDATE_PARAMS_UI},
+}};
 
 } // namespace
 
@@ -47,6 +57,9 @@ PF_Err Effect::updateParamsUi() {
 }
 
 PF_Err Effect::send(PF_Cmd command, void* extra) {
+    for (const auto& [asked, flag] : askedFor)
+        if (asked == command && !wants(flag))
+            throw std::logic_error(commandName(command) + " goes to modules that ask for it only");
     // The module may write into what it gets: copies.
     std::vector<PF_ParamDef> copies;
     for (std::size_t i = 0; i < definitions.size(); ++i)
@@ -77,12 +90,13 @@ PF_InData Effect::inDataAt(double compSeconds, const Resolution& resolution) con
     return inData;
 }
 
-PF_Err Effect::run(PF_Cmd command, PF_InData& inData, PF_ParamDef** params, void* extra) {
+PF_Err Effect::run(PF_Cmd command, PF_InData& inData, PF_ParamDef** params, void* extra,
+                   PF_LayerDef* output) {
     inData.sequence_data = sequenceData;
     PF_OutData outData{};
     outData.sequence_data = sequenceData;
     outData.num_params = static_cast<A_long>(definitions.size());
-    const PF_Err error = plugin->call(command, inData, outData, params, nullptr, extra);
+    const PF_Err error = plugin->call(command, inData, outData, params, output, extra);
     takeOver(command, inData.sequence_data, outData);
     if (command == PF_Cmd_PARAMS_SETUP && error == PF_Err_NONE &&
         outData.num_params != static_cast<A_long>(definitions.size()))

@@ -22,13 +22,10 @@ ActiveCommand* renderingCommand(PF_ProgPtr effect, PF_Cmd number, const char* ca
     return nullptr;
 }
 
-Resolution resolutionOf(const ActiveCommand& command) {
-    return {command.inData.downsample_x, command.inData.downsample_y};
-}
-
 Layer* layerOfControl(Effect& effect, A_long index, double layerSeconds) {
-    return index == 0 ? effect.layer
-                      : chosenLayer(effect.control(index).at(layerSeconds), *effect.layer);
+    return index == 0
+               ? effect.layer
+               : chosenLayer(effect.control(index).withExpression(layerSeconds), *effect.layer);
 }
 
 PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
@@ -45,11 +42,14 @@ PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
         if (index < 0 || static_cast<std::size_t>(index) >= owner.definitions.size() ||
             owner.definitions[index].param_type != PF_Param_LAYER)
             return misuse(call, "control " + std::to_string(index) + " is no layer");
+        Frame& frame = *owner.frame();
         Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);
-        if (!owner.frame()->announced.emplace(checkout_id, layer).second)
+        const PF_LRect most = contentsOf(layer, frame.resolution);
+        const LayerPart part = {layer, intersection(request->rect, most),
+                                request->preserve_rgb_of_zero_alpha != 0};
+        if (!frame.announced.emplace(checkout_id, part).second)
             return misuse(call, "id " + std::to_string(checkout_id) + " is announced already");
-        const PF_LRect whole = boundsOf(layer, resolutionOf(*command));
-        *result = {intersection(request->rect, whole), whole};
+        *result = {part.rect, most};
         return PF_Err_NONE;
     });
 }
@@ -68,7 +68,7 @@ PF_Err checkoutLayerPixels(PF_ProgPtr effect, A_long checkout_id, PF_EffectWorld
             return misuse(call, "id " + std::to_string(checkout_id) + " was not announced");
         std::unique_ptr<LentWorld>& world = frame.taken[checkout_id];
         if (world == nullptr)
-            world = lendLayer(announced->second, resolutionOf(*command), frame.channelBytes);
+            world = lendLayer(announced->second, frame);
         *pixels = &world->record;
         return PF_Err_NONE;
     });
@@ -103,21 +103,55 @@ void makeOutputOf(Frame& frame, Layer& layer, const PF_LRect& rect, World& reuse
 } // namespace
 
 RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
-    Frame frame{{request.downsampleX, request.downsampleY}, channelBytes(), {}, {}, {}};
+    if ((plugin->outFlags2() & PF_OutFlag2_SUPPORTS_SMART_RENDER) == 0)
+        return renderPlain(request, std::move(reusedOutput));
+    return inFrame(request,
+                   [&](Frame& frame) { return renderSmart(request, frame, reusedOutput); });
+}
+
+RenderResult Effect::renderPlain(const RenderRequest& request, World reusedOutput) {
+    return inFrame(request, [&](Frame& frame) {
+        std::vector<PF_ParamDef> values;
+        for (std::size_t i = 0; i < definitions.size(); ++i)
+            values.push_back(
+                valueAtLayerTime(i, request.seconds - layer->inSeconds, frame.resolution));
+        std::vector<PF_ParamDef*> params;
+        for (PF_ParamDef& value : values)
+            params.push_back(&value);
+        RenderResult result;
+        result.resultRect = result.maxResultRect = frameOf(layer, frame.resolution);
+        const auto input = lendLayer({layer, result.resultRect, true}, frame);
+        values[0].u.ld = input->record;
+        makeOutputOf(frame, *layer, result.resultRect, reusedOutput);
+        PF_InData inData = inDataAt(request.seconds, frame.resolution);
+        result.error = run(PF_Cmd_RENDER, inData, params.data(), nullptr, &frame.output.record);
+        result.output = std::move(frame.output.own);
+        return result;
+    });
+}
+
+RenderResult Effect::inFrame(const RenderRequest& request,
+                             const std::function<RenderResult(Frame&)>& work) {
+    Frame frame;
+    frame.resolution = {request.downsampleX, request.downsampleY};
+    frame.channelBytes = channelBytes();
     requireResolution(frame.resolution);
     if (layer->source == nullptr || layer->source->pixels.channelBytes != frame.channelBytes)
         throw std::logic_error("the layer of an effect has a source of the project's depth");
+    if ((frame.channelBytes == 2 && !wants(PF_OutFlag_DEEP_COLOR_AWARE)) ||
+        (frame.channelBytes == 4 && (plugin->outFlags2() & PF_OutFlag2_FLOAT_COLOR_AWARE) == 0))
+        throw std::logic_error("the module takes no frames of the project's depth");
     // A render in the middle of another one puts its own in front.
     struct InFront {
         Frame*& place;
         Frame* outer;
         ~InFront() { place = outer; }
     } const inFront{frame_, std::exchange(frame_, &frame)};
-    return renderFrame(request, frame, reusedOutput);
+    return work(frame);
 }
 
-RenderResult Effect::renderFrame(const RenderRequest& request, Frame& frame, World& reusedOutput) {
-    const PF_LRect whole = boundsOf(layer, frame.resolution);
+RenderResult Effect::renderSmart(const RenderRequest& request, Frame& frame, World& reusedOutput) {
+    const PF_LRect whole = frameOf(layer, frame.resolution);
     PF_PreRenderInput input{{request.region.value_or(whole), 0}};
     PF_PreRenderOutput announced{};
     PF_PreRenderCallbacks preCallbacks = {checkoutLayer};
@@ -130,7 +164,7 @@ RenderResult Effect::renderFrame(const RenderRequest& request, Frame& frame, Wor
     if (result.error != PF_Err_NONE)
         return result;
 
-    const PF_LRect part = request.region ? intersection(announced.result_rect, whole) : whole;
+    const PF_LRect part = intersection(announced.result_rect, whole);
     makeOutputOf(frame, *layer, part, reusedOutput);
     if (isEmpty(part))
         return result; // nobody would see what it draws

@@ -11,7 +11,7 @@ namespace {
 
 constexpr A_long effectIsActive = 1;
 
-Plugin& plugin(const SceneCall& call, AEGP_InstalledEffectKey key) {
+Plugin& installed(const SceneCall& call, AEGP_InstalledEffectKey key) {
     for (Plugin* each : Living<Plugin>::all())
         if (each->living.number() == key)
             return *each;
@@ -19,47 +19,48 @@ Plugin& plugin(const SceneCall& call, AEGP_InstalledEffectKey key) {
 }
 
 A_Err getLayerNumEffects(AEGP_LayerH layer, A_long* count) {
-    return serve("AEGP_GetLayerNumEffects", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_GetLayerNumEffects", [&](const SceneCall& call) {
         call.at(count) = static_cast<A_long>(call.layer(layer).effects.size());
     });
 }
 
-A_Err getLayerEffectByIndex(AEGP_PluginID, AEGP_LayerH layer, A_long index,
+A_Err getLayerEffectByIndex(AEGP_PluginID plugin, AEGP_LayerH layer, A_long index,
                             AEGP_EffectRefH* effect) {
-    return serve("AEGP_GetLayerEffectByIndex", [&](const SceneCall& call) {
-        AEGP_EffectRefH& lent = call.at(effect);
-        const auto& effects = call.layer(layer).effects;
-        lent = references::lendEffect(*effects[call.index(index, effects.size())]);
-    });
+    return serve<AEGP_EffectSuite3>(
+        "AEGP_GetLayerEffectByIndex", plugin, [&](const SceneCall& call) {
+            AEGP_EffectRefH& lent = call.at(effect);
+            const auto& effects = call.layer(layer).effects;
+            lent = references::lendEffect(*effects[call.index(index, effects.size())]);
+        });
 }
 
 A_Err getInstalledKeyFromLayerEffect(AEGP_EffectRefH effect, AEGP_InstalledEffectKey* key) {
-    return serve("AEGP_GetInstalledKeyFromLayerEffect", [&](const SceneCall& call) {
-        call.at(key) = call.effect(effect).plugin->living.number();
-    });
+    return serve<AEGP_EffectSuite3>(
+        "AEGP_GetInstalledKeyFromLayerEffect",
+        [&](const SceneCall& call) { call.at(key) = call.effect(effect).plugin->living.number(); });
 }
 
 A_Err getEffectFlags(AEGP_EffectRefH effect, A_long* flags) {
-    return serve("AEGP_GetEffectFlags", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_GetEffectFlags", [&](const SceneCall& call) {
         call.effect(effect);
         call.at(flags) = effectIsActive;
     });
 }
 
 A_Err disposeEffect(AEGP_EffectRefH effect) {
-    return serve("AEGP_DisposeEffect", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_DisposeEffect", [&](const SceneCall& call) {
         if (!references::giveBack(effect, call.name))
             throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 
 // An instance that cannot be set up does not stay on the layer.
-A_Err applyEffect(AEGP_PluginID, AEGP_LayerH layer, AEGP_InstalledEffectKey key,
+A_Err applyEffect(AEGP_PluginID plugin, AEGP_LayerH layer, AEGP_InstalledEffectKey key,
                   AEGP_EffectRefH* effect) {
-    return serve("AEGP_ApplyEffect", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_ApplyEffect", plugin, [&](const SceneCall& call) {
         AEGP_EffectRefH& lent = call.at(effect);
         auto& effects = call.layer(layer).effects;
-        effects.push_back(std::make_unique<Effect>(plugin(call, key), call.layer(layer)));
+        effects.push_back(std::make_unique<Effect>(installed(call, key), call.layer(layer)));
         Effect* made = effects.back().get();
         const PF_Err error = made->apply();
         if (error == 0) {
@@ -75,15 +76,15 @@ A_Err applyEffect(AEGP_PluginID, AEGP_LayerH layer, AEGP_InstalledEffectKey key,
 }
 
 A_Err getNumInstalledEffects(A_long* count) {
-    return serve("AEGP_GetNumInstalledEffects", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_GetNumInstalledEffects", [&](const SceneCall& call) {
         call.at(count) = static_cast<A_long>(Living<Plugin>::all().size());
     });
 }
 
 A_Err getNextInstalledEffect(AEGP_InstalledEffectKey key, AEGP_InstalledEffectKey* next) {
-    return serve("AEGP_GetNextInstalledEffect", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_GetNextInstalledEffect", [&](const SceneCall& call) {
         if (key != 0)
-            plugin(call, key);
+            installed(call, key);
         const auto& all = Living<Plugin>::all();
         const auto found = std::find_if(all.begin(), all.end(), [key](const Plugin* each) {
             return each->living.number() > key;
@@ -94,9 +95,9 @@ A_Err getNextInstalledEffect(AEGP_InstalledEffectKey key, AEGP_InstalledEffectKe
 
 A_Err getEffectMatchName(AEGP_InstalledEffectKey key,
                          char matchName[AEGP_MAX_EFFECT_MATCH_NAME_SIZE]) {
-    return serve("AEGP_GetEffectMatchName", [&](const SceneCall& call) {
+    return serve<AEGP_EffectSuite3>("AEGP_GetEffectMatchName", [&](const SceneCall& call) {
         char& start = call.at(matchName);
-        const std::string found = plugin(call, key).pipl().text("eMNA");
+        const std::string found = installed(call, key).pipl().text("eMNA");
         const std::size_t length = found.copy(&start, AEGP_MAX_EFFECT_MATCH_NAME_SIZE - 1);
         matchName[length] = '\0';
     });

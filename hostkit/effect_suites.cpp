@@ -13,7 +13,7 @@ namespace {
 
 PF_Err updateParamUi(PF_ProgPtr effect, A_long index, const PF_ParamDef* definition) {
     constexpr const char* call = "PF_UpdateParamUI";
-    return contractCall(call, [&] {
+    return contractCall<PF_ParamUtilsSuite1>(call, [&] {
         ActiveCommand* command = ActiveCommand::of(effect, call);
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
@@ -57,7 +57,7 @@ PF_PixelFormat formatOf(int channelBytes) {
 
 PF_Err getPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* format) {
     constexpr const char* call = "PF_GetPixelFormat";
-    return contractCall(call, [&] {
+    return contractCall<PF_WorldSuite2>(call, [&] {
         if (world == nullptr || format == nullptr || world->data == nullptr)
             return misuse(call, "no world, no pixels in it, or no place for the format");
         const ActiveCommand* command = ActiveCommand::newest();
@@ -70,7 +70,7 @@ PF_Err getPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* format) {
 
 PF_Err setOptionsButtonName(PF_ProgPtr effect, const char* name) {
     constexpr const char* call = "PF_SetOptionsButtonName";
-    return contractCall(call, [&] {
+    return contractCall<PF_EffectUISuite1>(call, [&] {
         ActiveCommand* command = ActiveCommand::of(effect, call);
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;

@@ -1,18 +1,20 @@
 #include "hostkit/frames.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <bit>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace hostkit {
 
 namespace {
 
 constexpr int rowUnitPixels = 16; // rows of the host's own worlds have a multiple of this length
-constexpr int channels = 4;
+constexpr std::size_t channels = 4;
 
 bool isFactor(const A_Ratio& ratio) {
     return ratio.num > 0 && static_cast<A_u_long>(ratio.num) <= ratio.den;
@@ -39,33 +41,91 @@ Span coveredBy(int pixel, int length, const A_Ratio& factor) {
     return {static_cast<int>(begin), static_cast<int>(std::min<std::int64_t>(end, length))};
 }
 
+std::size_t offsetOf(const World& world, int x, int y) {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(world.rowBytes) +
+           static_cast<std::size_t>(x) * static_cast<std::size_t>(world.pixelBytes());
+}
+
 template<typename Channel>
 const Channel* rowOf(const World& world, int y) {
-    return reinterpret_cast<const Channel*>(world.data.data() +
-                                            static_cast<std::size_t>(y) * world.rowBytes);
+    return reinterpret_cast<const Channel*>(world.data.data() + offsetOf(world, 0, y));
 }
+
+// Room for the sum of as many whole channels as a picture has.
+template<typename Channel>
+using Sum = std::conditional_t<std::is_integral_v<Channel>, std::uint64_t, double>;
 
 template<typename Channel>
-Channel meanOf(const World& source, Span columns, Span rows, int channel) {
-    double sum = 0;
-    for (int y = rows.begin; y < rows.end; ++y)
-        for (int x = columns.begin; x < columns.end; ++x)
-            sum += rowOf<Channel>(source, y)[channels * x + channel];
-    const double mean = sum / ((columns.end - columns.begin) * (rows.end - rows.begin));
-    return static_cast<Channel>(std::is_integral_v<Channel> ? std::round(mean) : mean);
+Channel meanOf(Sum<Channel> sum, unsigned count) {
+    if constexpr (!std::is_integral_v<Channel>)
+        return static_cast<Channel>(sum / count);
+    else if (std::has_single_bit(count)) // mostly: a frame is drawn at a half or a quarter
+        return static_cast<Channel>((sum + count / 2) >> std::countr_zero(count));
+    else
+        return static_cast<Channel>((2 * sum + count) / (2 * count));
 }
 
+std::vector<Span> spansOf(int targetLength, int length, const A_Ratio& factor) {
+    std::vector<Span> spans;
+    for (int pixel = 0; pixel < targetLength; ++pixel)
+        spans.push_back(coveredBy(pixel, length, factor));
+    return spans;
+}
+
+// The rows are summed first, each from its start to its end: that is the order of the memory.
 template<typename Channel>
 void downsampleInto(World& target, const World& source, const Resolution& resolution) {
+    using RowSum = std::conditional_t<std::is_integral_v<Channel>, std::uint32_t, double>;
+    std::vector<RowSum> sums(static_cast<std::size_t>(source.width) * channels);
+    const std::vector<Span> allColumns = spansOf(target.width, source.width, resolution.x);
     for (int y = 0; y < target.height; ++y) {
         const Span rows = coveredBy(y, source.height, resolution.y);
+        std::ranges::fill(sums, RowSum{});
+        for (int from = rows.begin; from < rows.end; ++from) {
+            const Channel* row = rowOf<Channel>(source, from);
+            for (std::size_t i = 0; i < sums.size(); ++i)
+                sums[i] += row[i];
+        }
         auto* out = const_cast<Channel*>(rowOf<Channel>(target, y));
-        for (int x = 0; x < target.width; ++x) {
-            const Span columns = coveredBy(x, source.width, resolution.x);
-            for (int channel = 0; channel < channels; ++channel)
-                *out++ = meanOf<Channel>(source, columns, rows, channel);
+        for (const Span& columns : allColumns) {
+            std::array<Sum<Channel>, channels> all{};
+            for (int from = columns.begin; from < columns.end; ++from)
+                for (std::size_t channel = 0; channel < channels; ++channel)
+                    all[channel] += sums[static_cast<std::size_t>(from) * channels + channel];
+            const auto count =
+                static_cast<unsigned>((columns.end - columns.begin) * (rows.end - rows.begin));
+            for (const Sum<Channel> sum : all)
+                *out++ = meanOf<Channel>(sum, count);
         }
     }
+}
+
+// The layer's pixels at the frame's resolution.
+World& pixelsOf(Layer& layer, Frame& frame) {
+    World& source = layer.source->pixels;
+    if (source.channelBytes != frame.channelBytes)
+        throw std::logic_error("layer " + std::to_string(layer.id) +
+                               " has another depth than the project");
+    if (isOne(frame.resolution.x) && isOne(frame.resolution.y))
+        return source;
+    const auto [place, isNew] = frame.smaller.try_emplace(&layer);
+    if (isNew)
+        place->second = downsampled(source, frame.resolution);
+    return place->second;
+}
+
+// A copy of the part in which transparent pixels are black.
+World withoutHiddenRgb(const World& pixels, const PF_LRect& part) {
+    World copy = makeOutput(part.right - part.left, part.bottom - part.top, pixels.channelBytes);
+    const std::size_t alphaBytes = static_cast<std::size_t>(pixels.channelBytes);
+    for (int y = 0; y < copy.height; ++y)
+        for (int x = 0; x < copy.width; ++x) {
+            const std::byte* from = &pixels.data[offsetOf(pixels, part.left + x, part.top + y)];
+            const auto isZero = [](std::byte each) { return each == std::byte{0}; };
+            if (!std::all_of(from, from + alphaBytes, isZero))
+                std::copy_n(from, copy.pixelBytes(), &copy.data[offsetOf(copy, x, y)]);
+        }
+    return copy;
 }
 
 } // namespace
@@ -75,12 +135,27 @@ void requireResolution(const Resolution& resolution) {
         throw std::logic_error("a downsample factor lies above 0 and up to 1");
 }
 
-PF_LRect boundsOf(const Layer* layer, const Resolution& resolution) {
+PF_LRect frameOf(const Layer* layer, const Resolution& resolution) {
     if (layer == nullptr || layer->source == nullptr)
         return {};
     const World& pixels = layer->source->pixels;
     return {0, 0, scaledLength(pixels.width, resolution.x),
             scaledLength(pixels.height, resolution.y)};
+}
+
+PF_LRect contentsOf(const Layer* layer, const Resolution& resolution) {
+    const PF_LRect whole = frameOf(layer, resolution);
+    if (layer == nullptr || !layer->contents)
+        return whole;
+    // A pixel that is covered in part counts.
+    const auto scaledStart = [](A_long start, const A_Ratio& factor) {
+        return static_cast<A_long>(std::int64_t{start} * factor.num / std::int64_t{factor.den});
+    };
+    const PF_LRect& full = *layer->contents;
+    return intersection({scaledStart(full.left, resolution.x), scaledStart(full.top, resolution.y),
+                         scaledLength(full.right, resolution.x),
+                         scaledLength(full.bottom, resolution.y)},
+                        whole);
 }
 
 bool isEmpty(const PF_LRect& rect) {
@@ -120,20 +195,24 @@ PF_LayerDef recordOf(World& world) {
     return record;
 }
 
-std::unique_ptr<LentWorld> lendLayer(Layer* layer, const Resolution& resolution, int channelBytes) {
+std::unique_ptr<LentWorld> lendLayer(const LayerPart& part, Frame& frame) {
     auto lent = std::make_unique<LentWorld>();
-    if (layer == nullptr || layer->source == nullptr)
+    if (part.layer == nullptr || part.layer->source == nullptr)
         return lent;
-    World& source = layer->source->pixels;
-    if (source.channelBytes != channelBytes)
-        throw std::logic_error("layer " + std::to_string(layer->id) +
-                               " has another depth than the project");
-    const bool isFull = isOne(resolution.x) && isOne(resolution.y);
-    if (!isFull)
-        lent->own = downsampled(source, resolution);
-    lent->record = recordOf(isFull ? source : lent->own);
-    lent->record.reserved0 = layer;
-    lent->record.pix_aspect_ratio = layer->source->pixelAspect;
+    World& pixels = pixelsOf(*part.layer, frame);
+    if (part.keepsHiddenRgb || isEmpty(part.rect)) {
+        lent->record = recordOf(pixels);
+        lent->record.data = pixels.data.data() + offsetOf(pixels, part.rect.left, part.rect.top);
+    } else {
+        lent->own = withoutHiddenRgb(pixels, part.rect);
+        lent->record = recordOf(lent->own);
+    }
+    lent->record.width = part.rect.right - part.rect.left;
+    lent->record.height = part.rect.bottom - part.rect.top;
+    lent->record.origin_x = part.rect.left;
+    lent->record.origin_y = part.rect.top;
+    lent->record.reserved0 = part.layer;
+    lent->record.pix_aspect_ratio = part.layer->source->pixelAspect;
     return lent;
 }
 

@@ -1,5 +1,6 @@
-// Pictures as a command gets them: a layer's pixels at the resolution of the frame, lent from the
-// source itself at full resolution, a copy of their own at any other.
+// Pictures as a command gets them: a part of a layer's pixels at the resolution of the frame. At
+// full resolution they are the source's own; at any other the layer is made smaller once in a
+// frame.
 #pragma once
 
 #include <map>
@@ -18,8 +19,9 @@ struct Resolution { // 1/2: half as many pixels
 // Throws std::logic_error unless both factors lie above 0 and up to 1.
 void requireResolution(const Resolution& resolution);
 
-// The whole of a layer's picture; empty without a layer or a source.
-PF_LRect boundsOf(const Layer* layer, const Resolution& resolution);
+// The whole of a layer's picture, and where it has pixels; empty without a layer or a source.
+PF_LRect frameOf(const Layer* layer, const Resolution& resolution);
+PF_LRect contentsOf(const Layer* layer, const Resolution& resolution);
 
 bool isEmpty(const PF_LRect& rect);
 PF_LRect intersection(const PF_LRect& a, const PF_LRect& b); // all 0 when there is none
@@ -32,23 +34,31 @@ World makeOutput(int width, int height, int channelBytes);
 
 // A picture out on loan. The layer must outlive it.
 struct LentWorld {
-    World own;            // empty where the record points at a layer's source
+    World own;            // empty where the record points at pixels of the layer or of the frame
     PF_LayerDef record{}; // reserved0 is the Layer; null: no layer
 };
 
 PF_LayerDef recordOf(World& world);
 
-// Without a layer or a source, a record of zeros. Throws std::logic_error when the source has
-// another depth than the project.
-std::unique_ptr<LentWorld> lendLayer(Layer* layer, const Resolution& resolution, int channelBytes);
+// What a module asks of a layer.
+struct LayerPart {
+    Layer* layer = nullptr;      // null: none is chosen
+    PF_LRect rect{};             // of the layer at the frame's resolution
+    bool keepsHiddenRgb = false; // else the colours of transparent pixels are gone
+};
 
 // What one render has announced and taken.
 struct Frame {
     Resolution resolution;
     int channelBytes = 1;
-    std::map<A_long, Layer*> announced; // by checkout id
+    std::map<A_long, LayerPart> announced; // by checkout id
+    std::map<const Layer*, World> smaller; // layers at the resolution, if that is not the full one
     std::map<A_long, std::unique_ptr<LentWorld>> taken;
     LentWorld output;
 };
+
+// Without a layer or a source, a record of zeros. Throws std::logic_error when the source has
+// another depth than the frame. The frame must outlive the loan.
+std::unique_ptr<LentWorld> lendLayer(const LayerPart& part, Frame& frame);
 
 } // namespace hostkit

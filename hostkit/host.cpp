@@ -53,6 +53,10 @@ Host::~Host() {
     theHost = nullptr;
 }
 
+bool Host::isRegistered(AEGP_PluginID plugin) const {
+    return plugin > 0 && static_cast<std::size_t>(plugin) <= registeredPlugins.size();
+}
+
 Host& Host::current() {
     if (theHost == nullptr)
         throw std::logic_error("there is no host");

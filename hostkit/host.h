@@ -13,7 +13,7 @@
 #include "hostkit/preferences.h"
 #include "hostkit/project.h"
 #include "hostkit/scripts.h"
-#include "sdk/pf_types.h"
+#include "sdk/aegp_types.h"
 #include "sdk/sp_basic.h"
 
 namespace hostkit {
@@ -35,11 +35,14 @@ public:
     // concerns no instance. Good as long as the Host is.
     PF_InData* inData() { return &inData_; }
 
+    // Whether a module has registered under that id; the id of the first is 1.
+    bool isRegistered(AEGP_PluginID plugin) const;
+
     Preferences preferences;
     InfoPanel infoPanel;
     ScriptRunner scripts;
     Project project;
-    std::vector<std::string> registeredPlugins; // their names; the id of the first is 1
+    std::vector<std::string> registeredPlugins; // their names, in the order of their ids
 
 private:
     PF_InData inData_{};

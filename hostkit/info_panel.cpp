@@ -22,7 +22,7 @@ namespace tables {
 namespace {
 
 A_Err drawText(const char* call, std::initializer_list<const char*> texts) {
-    return contractCall(call, [&] {
+    return contractCall<PF_AdvAppSuite1>(call, [&] {
         if (*texts.begin() == nullptr)
             return misuse(call, "without a first line");
         InfoPanel::Lines lines;

@@ -22,8 +22,14 @@ PF_Err lendParameter(ActiveCommand& command, A_long index, double layerSeconds,
     PF_ParamDef lent = effect.valueAtLayerTime(index, layerSeconds, resolution);
     ParameterLoan loan{param, nullptr};
     if (lent.param_type == PF_Param_LAYER) {
-        loan.pixels =
-            lendLayer(static_cast<Layer*>(lent.u.ld.reserved0), resolution, effect.channelBytes());
+        auto* layer = static_cast<Layer*>(lent.u.ld.reserved0);
+        Frame atRest; // outside a frame everything has its full resolution
+        atRest.channelBytes = effect.channelBytes();
+        const bool isInFrame = command.number == PF_Cmd_SMART_PRE_RENDER ||
+                               command.number == PF_Cmd_SMART_RENDER ||
+                               command.number == PF_Cmd_RENDER;
+        Frame& frame = isInFrame && effect.frame() != nullptr ? *effect.frame() : atRest;
+        loan.pixels = lendLayer({layer, frameOf(layer, frame.resolution), true}, frame);
         loan.pixels->record.dephault = lent.u.ld.dephault;
         lent.u.ld = loan.pixels->record;
     }

@@ -15,13 +15,13 @@ Keyframe& keyframe(const SceneCall& call, AEGP_StreamRefH stream, A_long index) 
 }
 
 A_Err getStreamNumKeyframes(AEGP_StreamRefH stream, A_long* count) {
-    return serve("AEGP_GetStreamNumKFs", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_GetStreamNumKFs", [&](const SceneCall& call) {
         call.at(count) = static_cast<A_long>(call.stream(stream).keyframes.size());
     });
 }
 
 A_Err getKeyframeTime(AEGP_StreamRefH stream, A_long index, AEGP_LTimeMode mode, A_Time* time) {
-    return serve("AEGP_GetKeyframeTime", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_GetKeyframeTime", [&](const SceneCall& call) {
         Stream& found = call.leaf(stream);
         call.at(time) = call.time(found.layer, mode, keyframe(call, found, index).seconds);
     });
@@ -29,7 +29,7 @@ A_Err getKeyframeTime(AEGP_StreamRefH stream, A_long index, AEGP_LTimeMode mode,
 
 A_Err insertKeyframe(AEGP_StreamRefH stream, AEGP_LTimeMode mode, const A_Time* time,
                      A_long* index) {
-    return serve("AEGP_InsertKeyframe", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_InsertKeyframe", [&](const SceneCall& call) {
         A_long& place = call.at(index);
         Stream& found = call.leaf(stream);
         place = static_cast<A_long>(found.addKeyframe(call.layerSeconds(found.layer, mode, time)));
@@ -37,21 +37,22 @@ A_Err insertKeyframe(AEGP_StreamRefH stream, AEGP_LTimeMode mode, const A_Time* 
 }
 
 A_Err deleteKeyframe(AEGP_StreamRefH stream, A_long index) {
-    return serve("AEGP_DeleteKeyframe", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_DeleteKeyframe", [&](const SceneCall& call) {
         Stream& found = call.leaf(stream);
         found.removeKeyframe(call.index(index, found.keyframes.size()));
     });
 }
 
-A_Err getNewKeyframeValue(AEGP_PluginID, AEGP_StreamRefH stream, A_long index,
+A_Err getNewKeyframeValue(AEGP_PluginID plugin, AEGP_StreamRefH stream, A_long index,
                           AEGP_StreamValue2* value) {
-    return serve("AEGP_GetNewKeyframeValue", [&](const SceneCall& call) {
-        references::lendValue(stream, keyframe(call, stream, index).value, call.at(value));
-    });
+    return serve<AEGP_KeyframeSuite4>(
+        "AEGP_GetNewKeyframeValue", plugin, [&](const SceneCall& call) {
+            references::lendValue(stream, keyframe(call, stream, index).value, call.at(value));
+        });
 }
 
 A_Err setKeyframeValue(AEGP_StreamRefH stream, A_long index, const AEGP_StreamValue2* value) {
-    return serve("AEGP_SetKeyframeValue", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_SetKeyframeValue", [&](const SceneCall& call) {
         Stream& found = call.leaf(stream);
         const std::size_t place = call.index(index, found.keyframes.size());
         found.setKeyframe(place, call.value(found, value));
@@ -59,14 +60,14 @@ A_Err setKeyframeValue(AEGP_StreamRefH stream, A_long index, const AEGP_StreamVa
 }
 
 A_Err getKeyframeFlags(AEGP_StreamRefH stream, A_long index, AEGP_KeyframeFlags* flags) {
-    return serve("AEGP_GetKeyframeFlags", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_GetKeyframeFlags", [&](const SceneCall& call) {
         call.at(flags) = keyframe(call, stream, index).flags;
     });
 }
 
 A_Err setKeyframeFlag(AEGP_StreamRefH stream, A_long index, AEGP_KeyframeFlags flag,
                       A_Boolean isSet) {
-    return serve("AEGP_SetKeyframeFlag", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_SetKeyframeFlag", [&](const SceneCall& call) {
         AEGP_KeyframeFlags& flags = keyframe(call, stream, index).flags;
         flags = call.withFlag(flags, flag, isSet != 0);
     });
@@ -75,7 +76,7 @@ A_Err setKeyframeFlag(AEGP_StreamRefH stream, A_long index, AEGP_KeyframeFlags f
 A_Err getKeyframeInterpolation(AEGP_StreamRefH stream, A_long index,
                                AEGP_KeyframeInterpolationType* in,
                                AEGP_KeyframeInterpolationType* out) {
-    return serve("AEGP_GetKeyframeInterpolation", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_GetKeyframeInterpolation", [&](const SceneCall& call) {
         const Keyframe& found = keyframe(call, stream, index);
         call.at(in) = found.in;
         call.at(out) = found.out;
@@ -89,7 +90,7 @@ bool isInterpolation(AEGP_KeyframeInterpolationType type) {
 A_Err setKeyframeInterpolation(AEGP_StreamRefH stream, A_long index,
                                AEGP_KeyframeInterpolationType in,
                                AEGP_KeyframeInterpolationType out) {
-    return serve("AEGP_SetKeyframeInterpolation", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_SetKeyframeInterpolation", [&](const SceneCall& call) {
         Keyframe& found = keyframe(call, stream, index);
         if (!isInterpolation(in) || !isInterpolation(out))
             call.refuse("an unknown interpolation");
@@ -114,7 +115,7 @@ Stream& streamOf(const SceneCall& call, const AEGP_AddKeyframesInfo& batch) {
 }
 
 A_Err startAddKeyframes(AEGP_StreamRefH stream, AEGP_AddKeyframesInfoH* batch) {
-    return serve("AEGP_StartAddKeyframes", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_StartAddKeyframes", [&](const SceneCall& call) {
         AEGP_AddKeyframesInfoH& lent = call.at(batch);
         lent = references::lendBatch(call.leaf(stream));
     });
@@ -122,7 +123,7 @@ A_Err startAddKeyframes(AEGP_StreamRefH stream, AEGP_AddKeyframesInfoH* batch) {
 
 A_Err addKeyframes(AEGP_AddKeyframesInfoH batch, AEGP_LTimeMode mode, const A_Time* time,
                    A_long* index) {
-    return serve("AEGP_AddKeyframes", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_AddKeyframes", [&](const SceneCall& call) {
         A_long& place = call.at(index);
         AEGP_AddKeyframesInfo& open = openBatch(call, batch);
         const Stream& stream = streamOf(call, open);
@@ -135,7 +136,7 @@ A_Err addKeyframes(AEGP_AddKeyframesInfoH batch, AEGP_LTimeMode mode, const A_Ti
 }
 
 A_Err setAddKeyframe(AEGP_AddKeyframesInfoH batch, A_long index, const AEGP_StreamValue2* value) {
-    return serve("AEGP_SetAddKeyframe", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_SetAddKeyframe", [&](const SceneCall& call) {
         AEGP_AddKeyframesInfo& open = openBatch(call, batch);
         Keyframe& pending = open.pending[call.index(index, open.pending.size())];
         pending.value = call.value(streamOf(call, open), value);
@@ -143,7 +144,7 @@ A_Err setAddKeyframe(AEGP_AddKeyframesInfoH batch, A_long index, const AEGP_Stre
 }
 
 A_Err endAddKeyframes(A_Boolean add, AEGP_AddKeyframesInfoH batch) {
-    return serve("AEGP_EndAddKeyframes", [&](const SceneCall& call) {
+    return serve<AEGP_KeyframeSuite4>("AEGP_EndAddKeyframes", [&](const SceneCall& call) {
         const AEGP_AddKeyframesInfo& ended = openBatch(call, batch);
         references::giveBack(batch, call.name);
         if (add == 0)

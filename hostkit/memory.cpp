@@ -1,15 +1,14 @@
 #include "hostkit/memory.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <exception>
 #include <memory>
-#include <new>
 #include <string>
 #include <unordered_map>
 #include <utility>
 
 #include "hostkit/calls.h"
 #include "hostkit/ledger.h"
+#include "hostkit/movable_block.h"
 
 namespace hostkit::memory {
 
@@ -18,13 +17,9 @@ namespace {
 // What a handle points to: the address of the block comes first, as the contract has it.
 struct Block {
     void* address = nullptr;
-    A_u_longlong size = 0;
-    int locks = 0;
+    MovableBlock block;
 
-    explicit Block(A_u_longlong bytes) : address(std::malloc(bytes)), size(bytes) {}
-    ~Block() { std::free(address); }
-    Block(const Block&) = delete;
-    Block& operator=(const Block&) = delete;
+    explicit Block(std::vector<std::byte> bytes) : block(std::move(bytes), &address) {}
 };
 
 struct Memory {
@@ -46,27 +41,25 @@ Block* find(PF_Handle handle, const char* call) {
     return nullptr;
 }
 
-PF_Handle make(A_u_longlong size) {
-    try {
-        auto block = std::make_unique<Block>(size);
-        if (block->address == nullptr && size != 0)
-            return nullptr;
-        PF_Handle handle = &block->address;
-        memory().blocks.emplace(handle, std::move(block));
-        ++memory().made;
-        return handle;
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+PF_Handle make(std::vector<std::byte> bytes) {
+    auto block = std::make_unique<Block>(std::move(bytes));
+    PF_Handle handle = &block->address;
+    memory().blocks.emplace(handle, std::move(block));
+    ++memory().made;
+    return handle;
 }
 
 PF_Handle newHandle(A_u_longlong size) {
     if (calls::enter("host_new_handle") != 0 || memory().left == 0)
         return nullptr;
-    PF_Handle handle = make(size);
-    if (handle != nullptr && memory().left != noLimit)
-        --memory().left;
-    return handle;
+    try {
+        PF_Handle handle = make(std::vector<std::byte>(size, leftoverByte));
+        if (memory().left != noLimit)
+            --memory().left;
+        return handle;
+    } catch (const std::exception&) { // too little memory, or more than any vector holds
+        return nullptr;
+    }
 }
 
 void* lockHandle(PF_Handle handle) {
@@ -76,7 +69,7 @@ void* lockHandle(PF_Handle handle) {
     Block* block = find(handle, call);
     if (block == nullptr)
         return nullptr;
-    ++block->locks;
+    block->block.lock();
     return block->address;
 }
 
@@ -87,10 +80,8 @@ void unlockHandle(PF_Handle handle) {
     Block* block = find(handle, call);
     if (block == nullptr)
         return;
-    if (block->locks == 0)
+    if (!block->block.unlock())
         ledger::fault(std::string(call) + ": a handle that is not locked");
-    else
-        --block->locks;
 }
 
 void disposeHandle(PF_Handle handle) {
@@ -103,7 +94,7 @@ A_u_longlong handleSize(PF_Handle handle) {
     if (calls::enter(call) != 0)
         return 0;
     const Block* block = find(handle, call);
-    return block == nullptr ? 0 : block->size;
+    return block == nullptr ? 0 : block->block.size();
 }
 
 } // namespace
@@ -127,18 +118,14 @@ void setHandlesLeft(std::uint64_t count) {
 }
 
 PF_Handle store(const std::vector<std::byte>& bytes) {
-    PF_Handle handle = make(bytes.size());
-    if (handle != nullptr)
-        std::ranges::copy(bytes, static_cast<std::byte*>(*handle));
-    return handle;
+    return make(bytes);
 }
 
 std::vector<std::byte> contents(PF_Handle handle) {
     const Block* block = find(handle, "the host, reading a handle");
     if (block == nullptr)
         return {};
-    const auto* start = static_cast<const std::byte*>(block->address);
-    return {start, start + block->size};
+    return {block->block.data(), block->block.data() + block->block.size()};
 }
 
 void drop(PF_Handle handle) {

@@ -2,7 +2,7 @@
 //
 // The host's callbacks carry no context, so there is one memory for the process. Every misuse of a
 // handle (one that is not live, an unlock too many) is a fault in the ledger; it never crashes the
-// process.
+// process. A handle that is not locked moves (movable_block.h).
 #pragma once
 
 #include <cstddef>

@@ -45,7 +45,7 @@ AEGP_MemHandle lendText(std::u16string_view text) {
 AEGP_MemHandle lendMemory(std::vector<std::byte> bytes, const std::string& what) {
     records().push_back(std::make_unique<AEGP_Mem>());
     AEGP_Mem* record = records().back().get();
-    record->bytes = std::move(bytes);
+    record->block = std::make_unique<MovableBlock>(std::move(bytes), &record->address);
     ledger::lend(ledger::Kind::Memory, record, what);
     return record;
 }

@@ -5,15 +5,17 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "hostkit/movable_block.h"
 #include "sdk/aegp_types.h"
 
 struct AEGP_Mem {
-    std::vector<std::byte> bytes;
-    int locks = 0;
+    void* address = nullptr;
+    std::unique_ptr<hostkit::MovableBlock> block; // null once the handle is free
 };
 
 namespace hostkit {

@@ -8,82 +8,78 @@ namespace hostkit::tables {
 
 namespace {
 
-// What memory holds that nobody asked to clear: nothing that a reader could take for a text's end.
-constexpr std::byte leftover{0xA5};
-
-A_Err newMemHandle(AEGP_PluginID /*plugin*/, const char* what, AEGP_MemSize size,
-                   AEGP_MemFlag flags, AEGP_MemHandle* memory) {
+A_Err newMemHandle(AEGP_PluginID plugin, const char* what, AEGP_MemSize size, AEGP_MemFlag flags,
+                   AEGP_MemHandle* memory) {
     constexpr const char* call = "AEGP_NewMemHandle";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_MemorySuite1>(call, plugin, [&] {
         if (what == nullptr || memory == nullptr)
             return misuse(call, "without a name, or without a place for the handle");
         const bool isCleared = (flags & AEGP_MemFlag_CLEAR) != 0;
-        *memory = lendMemory(std::vector(size, isCleared ? std::byte{0} : leftover), what);
+        *memory = lendMemory(std::vector(size, isCleared ? std::byte{0} : leftoverByte), what);
         return PF_Err_NONE;
     });
 }
 
 A_Err freeMemHandle(AEGP_MemHandle memory) {
     constexpr const char* call = "AEGP_FreeMemHandle";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_MemorySuite1>(call, [&] {
         if (!ledger::giveBack(ledger::Kind::Memory, memory, call))
             return PF_Err_BAD_CALLBACK_PARAM;
-        *memory = AEGP_Mem();
+        memory->block.reset();
         return PF_Err_NONE;
     });
 }
 
 A_Err lockMemHandle(AEGP_MemHandle memory, void** address) {
     constexpr const char* call = "AEGP_LockMemHandle";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_MemorySuite1>(call, [&] {
         AEGP_Mem* record = findMemory(memory, call);
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (address == nullptr)
             return misuse(call, "without a place for the address");
-        ++record->locks;
-        *address = record->bytes.data();
+        record->block->lock();
+        *address = record->address;
         return PF_Err_NONE;
     });
 }
 
 A_Err unlockMemHandle(AEGP_MemHandle memory) {
     constexpr const char* call = "AEGP_UnlockMemHandle";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_MemorySuite1>(call, [&] {
         AEGP_Mem* record = findMemory(memory, call);
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
-        if (record->locks == 0)
+        if (!record->block->unlock())
             return misuse(call, "a handle that is not locked");
-        --record->locks;
         return PF_Err_NONE;
     });
 }
 
 A_Err getMemHandleSize(AEGP_MemHandle memory, AEGP_MemSize* size) {
     constexpr const char* call = "AEGP_GetMemHandleSize";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_MemorySuite1>(call, [&] {
         const AEGP_Mem* record = findMemory(memory, call);
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (size == nullptr)
             return misuse(call, "without a place for the size");
-        *size = static_cast<AEGP_MemSize>(record->bytes.size());
+        *size = static_cast<AEGP_MemSize>(record->block->size());
         return PF_Err_NONE;
     });
 }
 
 A_Err resizeMemHandle(const char* what, AEGP_MemSize size, AEGP_MemHandle memory) {
     constexpr const char* call = "AEGP_ResizeMemHandle";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_MemorySuite1>(call, [&] {
         AEGP_Mem* record = findMemory(memory, call);
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (what == nullptr)
             return misuse(call, "without a name");
-        if (record->locks > 0)
+        if (record->block->isLocked())
             return misuse(call, "a handle that is locked");
-        record->bytes.resize(size, leftover);
+        record->block->resize(size);
         return PF_Err_NONE;
     });
 }

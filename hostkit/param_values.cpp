@@ -63,7 +63,7 @@ void writeLayer(PF_LayerDef& record, const Layer* chosen, const Resolution& reso
     if (chosen == nullptr)
         return;
     record.reserved0 = const_cast<Layer*>(chosen);
-    const PF_LRect bounds = boundsOf(chosen, resolution);
+    const PF_LRect bounds = frameOf(chosen, resolution);
     record.width = bounds.right;
     record.height = bounds.bottom;
     record.pix_aspect_ratio = frameItem(*chosen).pixelAspect;

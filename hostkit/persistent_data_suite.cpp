@@ -20,7 +20,7 @@ AEGP_PersistentBlobH theBlob() {
 // The work gets the preferences; `isComplete` says that none of the call's pointers is null.
 template<class Work>
 A_Err onBlob(const char* call, AEGP_PersistentBlobH blob, bool isComplete, Work work) {
-    return contractCall(call, [&]() -> A_Err {
+    return contractCall<AEGP_PersistentDataSuite1>(call, [&]() -> A_Err {
         if (blob != theBlob())
             return misuse(call, "a blob that the host never gave");
         if (!isComplete)
@@ -48,7 +48,7 @@ A_Err giveName(const char* call, const std::vector<std::string>& names, A_long i
 
 A_Err getApplicationBlob(AEGP_PersistentBlobH* blob) {
     constexpr const char* call = "AEGP_GetApplicationBlob";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_PersistentDataSuite1>(call, [&] {
         if (blob == nullptr)
             return misuse(call, "without a place for the blob");
         *blob = theBlob();

@@ -47,6 +47,15 @@ EntryPoint loadEntry(const std::filesystem::path& path, const std::string& name)
     return reinterpret_cast<EntryPoint>(entry);
 }
 
+// In the record's flags before each command: a module sets flags there, and clears none.
+constexpr A_long flagOfTheHost = 1 << 2;
+
+void takeBackFlag(PF_Cmd command, PF_OutData& outData) {
+    if ((outData.out_flags & flagOfTheHost) == 0)
+        ledger::fault(commandName(command) + " cleared a flag that it had not set");
+    outData.out_flags &= ~flagOfTheHost;
+}
+
 void compareFact(const Pipl& pipl, const char* key, A_u_long answered) {
     if (pipl.number(key) != answered)
         ledger::fault("PF_Cmd_GLOBAL_SETUP answered " + std::to_string(answered) + ", but " + key +
@@ -73,9 +82,11 @@ PF_Err Plugin::setUp() {
     const PF_Err error = call(PF_Cmd_GLOBAL_SETUP, inData, outData, nullptr, nullptr, nullptr);
     if (error != PF_Err_NONE)
         return error;
+    outFlags_ = static_cast<A_u_long>(outData.out_flags);
+    outFlags2_ = static_cast<A_u_long>(outData.out_flags2);
     compareFact(pipl_, "eVER", outData.my_version);
-    compareFact(pipl_, "eGLO", static_cast<A_u_long>(outData.out_flags));
-    compareFact(pipl_, "eGL2", static_cast<A_u_long>(outData.out_flags2));
+    compareFact(pipl_, "eGLO", outFlags_);
+    compareFact(pipl_, "eGL2", outFlags2_);
     return error;
 }
 
@@ -104,10 +115,13 @@ PF_Err Plugin::call(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_P
     inData.pica_basicP = &suites::basicSuite();
     inData.global_data = globalData_;
     outData.global_data = globalData_;
+    outData.out_flags |= flagOfTheHost;
     lastCommand_ = command;
     const ActiveCommand active(command, inData);
     const PF_Err error = enter(command, inData, outData, params, output, extra);
     takeOverGlobalData(command, error, outData);
+    if (command != PF_Cmd_GLOBAL_SETUP)
+        takeBackFlag(command, outData);
     return error;
 }
 

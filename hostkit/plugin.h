@@ -43,11 +43,14 @@ public:
 
     // The same for any sender: fills in what belongs to the module, calls the entry, takes over the
     // handle of the global data. inData and outData are otherwise the caller's. What the module has
-    // borrowed in between and not given back is a fault.
+    // borrowed in between and not given back is a fault, and so is a flag of the host's own in
+    // out_flags that is gone: only global setup has all of them to itself.
     PF_Err call(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_ParamDef** params,
                 PF_LayerDef* output, void* extra);
 
     const Pipl& pipl() const { return pipl_; }
+    A_u_long outFlags() const { return outFlags_; } // of global setup, as the next
+    A_u_long outFlags2() const { return outFlags2_; }
     PF_Handle globalData() const { return globalData_; }
     std::string lastCommand() const; // the newest that was sent, as the contract calls it
 
@@ -61,6 +64,8 @@ private:
     Pipl pipl_;
     EntryPoint entry_ = nullptr;
     PF_Handle globalData_ = nullptr;
+    A_u_long outFlags_ = 0;
+    A_u_long outFlags2_ = 0;
     PF_Cmd lastCommand_ = PF_Cmd_ABOUT;
     bool isSetUp_ = false; // global setup has been sent
 };

@@ -64,12 +64,12 @@ Vector vectorAt(const Layer& layer, AEGP_LayerStream which, double seconds,
     const auto found = layer.streams.find(which);
     if (found == layer.streams.end())
         return fallback;
-    const auto value = found->second.at(seconds).value.three_d;
+    const auto value = found->second.withExpression(seconds).value.three_d;
     return {value.x, value.y, value.z};
 }
 
 double numberAt(const Layer& layer, AEGP_LayerStream which, double seconds) {
-    return layer.streams.at(which).at(seconds).value.one_d;
+    return layer.streams.at(which).withExpression(seconds).value.one_d;
 }
 
 A_Matrix4 diagonal(const Vector& scale) {

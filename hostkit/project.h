@@ -79,6 +79,9 @@ struct Layer {
     AEGP_ObjectType type = AEGP_ObjectType_AV;
     AEGP_LayerFlags flags = AEGP_LayerFlag_VIDEO_ACTIVE;
     std::shared_ptr<Footage> source; // null for a camera
+    // Where it has pixels, at full resolution, as a layer behind a mask; none: everywhere. An
+    // effect gets no others, and what it draws elsewhere is not seen.
+    std::optional<PF_LRect> contents;
     Layer* parent = nullptr;
     AEGP_CameraType cameraType = AEGP_CameraType_PERSPECTIVE;
     double inSeconds = 0; // where the layer starts in the composition

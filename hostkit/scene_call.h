@@ -72,15 +72,23 @@ private:
 };
 
 template<class Body>
+PF_Err answerOf(const char* contractName, const Body& body) {
+    try {
+        body(SceneCall(contractName));
+        return PF_Err_NONE;
+    } catch (const Refusal& refusal) {
+        return refusal.code;
+    }
+}
+
+// A function of that suite; `plugin` is the id of its caller, for those that are told it.
+template<class Suite = void, class Body>
 PF_Err serve(const char* contractName, const Body& body) {
-    return contractCall(contractName, [&]() -> PF_Err {
-        try {
-            body(SceneCall(contractName));
-            return 0;
-        } catch (const Refusal& refusal) {
-            return refusal.code;
-        }
-    });
+    return contractCall<Suite>(contractName, [&] { return answerOf(contractName, body); });
+}
+template<class Suite, class Body>
+PF_Err serve(const char* contractName, AEGP_PluginID plugin, const Body& body) {
+    return contractCall<Suite>(contractName, plugin, [&] { return answerOf(contractName, body); });
 }
 
 // Handles of the contract out of the host's objects.

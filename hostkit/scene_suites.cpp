@@ -8,9 +8,9 @@ namespace hostkit::tables {
 
 namespace {
 
-A_Err getMarkerString(AEGP_PluginID, AEGP_MarkerValP marker, AEGP_MarkerStringType kind,
+A_Err getMarkerString(AEGP_PluginID plugin, AEGP_MarkerValP marker, AEGP_MarkerStringType kind,
                       AEGP_MemHandle* utf16) {
-    return serve("AEGP_GetMarkerString", [&](const SceneCall& call) {
+    return serve<AEGP_MarkerSuite2>("AEGP_GetMarkerString", plugin, [&](const SceneCall& call) {
         AEGP_MemHandle& lent = call.at(utf16);
         const auto found = references::find(marker, call.name);
         if (found == nullptr)
@@ -22,7 +22,7 @@ A_Err getMarkerString(AEGP_PluginID, AEGP_MarkerValP marker, AEGP_MarkerStringTy
 }
 
 A_Err getCameraType(AEGP_LayerH camera, AEGP_CameraType* type) {
-    return serve("AEGP_GetCameraType", [&](const SceneCall& call) {
+    return serve<AEGP_CameraSuite2>("AEGP_GetCameraType", [&](const SceneCall& call) {
         const Layer& found = call.layer(camera);
         if (found.type != AEGP_ObjectType_CAMERA)
             call.refuse("a layer that is no camera");
@@ -31,20 +31,21 @@ A_Err getCameraType(AEGP_LayerH camera, AEGP_CameraType* type) {
 }
 
 A_Err getDefaultCameraDistance(AEGP_CompH comp, A_FpLong* distance) {
-    return serve("AEGP_GetDefaultCameraDistanceToImagePlane", [&](const SceneCall& call) {
-        call.at(distance) = call.composition(comp).defaultCameraDistance;
-    });
+    return serve<AEGP_CameraSuite2>(
+        "AEGP_GetDefaultCameraDistanceToImagePlane", [&](const SceneCall& call) {
+            call.at(distance) = call.composition(comp).defaultCameraDistance;
+        });
 }
 
-A_Err getItemName(AEGP_PluginID, AEGP_ItemH item, AEGP_MemHandle* utf16) {
-    return serve("AEGP_GetItemName", [&](const SceneCall& call) {
+A_Err getItemName(AEGP_PluginID plugin, AEGP_ItemH item, AEGP_MemHandle* utf16) {
+    return serve<AEGP_ItemSuite13>("AEGP_GetItemName", plugin, [&](const SceneCall& call) {
         AEGP_MemHandle& lent = call.at(utf16);
         lent = lendText(toUtf16(call.item(item).name));
     });
 }
 
 A_Err getItemDimensions(AEGP_ItemH item, A_long* width, A_long* height) {
-    return serve("AEGP_GetItemDimensions", [&](const SceneCall& call) {
+    return serve<AEGP_ItemSuite13>("AEGP_GetItemDimensions", [&](const SceneCall& call) {
         const Item& found = call.item(item);
         call.at(width) = found.width;
         call.at(height) = found.height;
@@ -52,24 +53,25 @@ A_Err getItemDimensions(AEGP_ItemH item, A_long* width, A_long* height) {
 }
 
 A_Err getItemPixelAspectRatio(AEGP_ItemH item, A_Ratio* ratio) {
-    return serve("AEGP_GetItemPixelAspectRatio",
-                 [&](const SceneCall& call) { call.at(ratio) = call.item(item).pixelAspect; });
+    return serve<AEGP_ItemSuite13>("AEGP_GetItemPixelAspectRatio", [&](const SceneCall& call) {
+        call.at(ratio) = call.item(item).pixelAspect;
+    });
 }
 
 A_Err getItemFromComp(AEGP_CompH comp, AEGP_ItemH* item) {
-    return serve("AEGP_GetItemFromComp", [&](const SceneCall& call) {
+    return serve<AEGP_CompSuite11>("AEGP_GetItemFromComp", [&](const SceneCall& call) {
         call.at(item) = handleOf(static_cast<Item*>(&call.composition(comp)));
     });
 }
 
 A_Err getCompFramerate(AEGP_CompH comp, A_FpLong* framesPerSecond) {
-    return serve("AEGP_GetCompFramerate", [&](const SceneCall& call) {
+    return serve<AEGP_CompSuite11>("AEGP_GetCompFramerate", [&](const SceneCall& call) {
         call.at(framesPerSecond) = call.composition(comp).frameRate;
     });
 }
 
 A_Err setCompFramerate(AEGP_CompH comp, const A_FpLong* framesPerSecond) {
-    return serve("AEGP_SetCompFramerate", [&](const SceneCall& call) {
+    return serve<AEGP_CompSuite11>("AEGP_SetCompFramerate", [&](const SceneCall& call) {
         Composition& found = call.composition(comp);
         const A_FpLong wanted = call.at(framesPerSecond);
         if (!(wanted > 0))

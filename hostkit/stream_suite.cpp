@@ -16,9 +16,13 @@ Stream& layerStream(const SceneCall& call, AEGP_LayerH layer, AEGP_LayerStream w
     return *stream;
 }
 
-A_Err getNewLayerStream(AEGP_PluginID, AEGP_LayerH layer, AEGP_LayerStream which,
+StreamValue valueAt(const Stream& stream, double seconds, A_Boolean preExpression) {
+    return preExpression != 0 ? stream.at(seconds) : stream.withExpression(seconds);
+}
+
+A_Err getNewLayerStream(AEGP_PluginID plugin, AEGP_LayerH layer, AEGP_LayerStream which,
                         AEGP_StreamRefH* stream) {
-    return serve("AEGP_GetNewLayerStream", [&](const SceneCall& call) {
+    return serve<AEGP_StreamSuite9>("AEGP_GetNewLayerStream", plugin, [&](const SceneCall& call) {
         AEGP_StreamRefH& lent = call.at(stream);
         Stream& found = layerStream(call, layer, which);
         lent = references::lendStream(found, found.matchName + " of layer " +
@@ -26,47 +30,50 @@ A_Err getNewLayerStream(AEGP_PluginID, AEGP_LayerH layer, AEGP_LayerStream which
     });
 }
 
-A_Err getNewEffectStreamByIndex(AEGP_PluginID, AEGP_EffectRefH effect, A_long index,
+A_Err getNewEffectStreamByIndex(AEGP_PluginID plugin, AEGP_EffectRefH effect, A_long index,
                                 AEGP_StreamRefH* stream) {
-    return serve("AEGP_GetNewEffectStreamByIndex", [&](const SceneCall& call) {
-        AEGP_StreamRefH& lent = call.at(stream);
-        const Stream& group = call.at(call.effect(effect).group.get());
-        Stream& found = *group.children[call.index(index, group.children.size())];
-        lent = references::lendStream(found, "control " + std::to_string(index));
-    });
+    return serve<AEGP_StreamSuite9>(
+        "AEGP_GetNewEffectStreamByIndex", plugin, [&](const SceneCall& call) {
+            AEGP_StreamRefH& lent = call.at(stream);
+            const Stream& group = call.at(call.effect(effect).group.get());
+            Stream& found = *group.children[call.index(index, group.children.size())];
+            lent = references::lendStream(found, "control " + std::to_string(index));
+        });
 }
 
 // Null is asked for by those who could not get a stream: an error, but nobody's fault.
 A_Err disposeStream(AEGP_StreamRefH stream) {
-    return serve("AEGP_DisposeStream", [&](const SceneCall& call) {
+    return serve<AEGP_StreamSuite9>("AEGP_DisposeStream", [&](const SceneCall& call) {
         if (!references::giveBack(stream, call.name))
             throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 
-A_Err getStreamName(AEGP_PluginID, AEGP_StreamRefH stream, A_Boolean, AEGP_MemHandle* utf16) {
-    return serve("AEGP_GetStreamName", [&](const SceneCall& call) {
+A_Err getStreamName(AEGP_PluginID plugin, AEGP_StreamRefH stream, A_Boolean,
+                    AEGP_MemHandle* utf16) {
+    return serve<AEGP_StreamSuite9>("AEGP_GetStreamName", plugin, [&](const SceneCall& call) {
         AEGP_MemHandle& lent = call.at(utf16);
         lent = lendText(call.stream(stream).name);
     });
 }
 
 A_Err getStreamType(AEGP_StreamRefH stream, AEGP_StreamType* type) {
-    return serve("AEGP_GetStreamType",
-                 [&](const SceneCall& call) { call.at(type) = call.stream(stream).type; });
+    return serve<AEGP_StreamSuite9>("AEGP_GetStreamType", [&](const SceneCall& call) {
+        call.at(type) = call.stream(stream).type;
+    });
 }
 
-A_Err getNewStreamValue(AEGP_PluginID, AEGP_StreamRefH stream, AEGP_LTimeMode mode,
-                        const A_Time* time, A_Boolean, AEGP_StreamValue2* value) {
-    return serve("AEGP_GetNewStreamValue", [&](const SceneCall& call) {
+A_Err getNewStreamValue(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_LTimeMode mode,
+                        const A_Time* time, A_Boolean preExpression, AEGP_StreamValue2* value) {
+    return serve<AEGP_StreamSuite9>("AEGP_GetNewStreamValue", plugin, [&](const SceneCall& call) {
         const Stream& found = call.leaf(stream);
         const double seconds = call.layerSeconds(found.layer, mode, time);
-        references::lendValue(stream, found.at(seconds), call.at(value));
+        references::lendValue(stream, valueAt(found, seconds, preExpression), call.at(value));
     });
 }
 
 A_Err disposeStreamValue(AEGP_StreamValue2* value) {
-    return serve("AEGP_DisposeStreamValue", [&](const SceneCall& call) {
+    return serve<AEGP_StreamSuite9>("AEGP_DisposeStreamValue", [&](const SceneCall& call) {
         if (!references::giveBack(call.at(value), call.name))
             throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
     });
@@ -74,8 +81,8 @@ A_Err disposeStreamValue(AEGP_StreamValue2* value) {
 
 // A stream with keyframes has no one value to set: an error that a user can bring about, so it is
 // nobody's fault.
-A_Err setStreamValue(AEGP_PluginID, AEGP_StreamRefH stream, AEGP_StreamValue2* value) {
-    return serve("AEGP_SetStreamValue", [&](const SceneCall& call) {
+A_Err setStreamValue(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_StreamValue2* value) {
+    return serve<AEGP_StreamSuite9>("AEGP_SetStreamValue", plugin, [&](const SceneCall& call) {
         Stream& found = call.leaf(stream);
         const StreamValue wanted = call.value(found, value);
         if (!found.keyframes.empty())
@@ -95,39 +102,40 @@ A_Err setStreamValue(AEGP_PluginID, AEGP_StreamRefH stream, AEGP_StreamValue2* v
 }
 
 A_Err getLayerStreamValue(AEGP_LayerH layer, AEGP_LayerStream which, AEGP_LTimeMode mode,
-                          const A_Time* time, A_Boolean, AEGP_StreamVal2* value,
+                          const A_Time* time, A_Boolean preExpression, AEGP_StreamVal2* value,
                           AEGP_StreamType* type) {
-    return serve("AEGP_GetLayerStreamValue", [&](const SceneCall& call) {
+    return serve<AEGP_StreamSuite9>("AEGP_GetLayerStreamValue", [&](const SceneCall& call) {
         const Stream& found = layerStream(call, layer, which);
         if (componentCount(found.type) == 0)
             call.refuse("a value that must be given back");
-        call.at(value) = found.at(call.layerSeconds(found.layer, mode, time)).value;
+        const double seconds = call.layerSeconds(found.layer, mode, time);
+        call.at(value) = valueAt(found, seconds, preExpression).value;
         if (type != nullptr)
             *type = found.type;
     });
 }
 
-A_Err getExpressionState(AEGP_PluginID, AEGP_StreamRefH stream, A_Boolean* isEnabled) {
-    return serve("AEGP_GetExpressionState", [&](const SceneCall& call) {
+A_Err getExpressionState(AEGP_PluginID plugin, AEGP_StreamRefH stream, A_Boolean* isEnabled) {
+    return serve<AEGP_StreamSuite9>("AEGP_GetExpressionState", plugin, [&](const SceneCall& call) {
         call.at(isEnabled) = call.leaf(stream).isExpressionEnabled ? 1 : 0;
     });
 }
 
-A_Err setExpressionState(AEGP_PluginID, AEGP_StreamRefH stream, A_Boolean isEnabled) {
-    return serve("AEGP_SetExpressionState", [&](const SceneCall& call) {
+A_Err setExpressionState(AEGP_PluginID plugin, AEGP_StreamRefH stream, A_Boolean isEnabled) {
+    return serve<AEGP_StreamSuite9>("AEGP_SetExpressionState", plugin, [&](const SceneCall& call) {
         call.leaf(stream).isExpressionEnabled = isEnabled != 0;
     });
 }
 
-A_Err getExpression(AEGP_PluginID, AEGP_StreamRefH stream, AEGP_MemHandle* utf16) {
-    return serve("AEGP_GetExpression", [&](const SceneCall& call) {
+A_Err getExpression(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_MemHandle* utf16) {
+    return serve<AEGP_StreamSuite9>("AEGP_GetExpression", plugin, [&](const SceneCall& call) {
         AEGP_MemHandle& lent = call.at(utf16);
         lent = lendText(call.leaf(stream).expression);
     });
 }
 
-A_Err setExpression(AEGP_PluginID, AEGP_StreamRefH stream, const A_UTF16Char* expression) {
-    return serve("AEGP_SetExpression", [&](const SceneCall& call) {
+A_Err setExpression(AEGP_PluginID plugin, AEGP_StreamRefH stream, const A_UTF16Char* expression) {
+    return serve<AEGP_StreamSuite9>("AEGP_SetExpression", plugin, [&](const SceneCall& call) {
         call.leaf(stream).expression = &call.at(expression);
     });
 }

@@ -3,9 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <iterator>
 #include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "hostkit/scripts.h"
+#include "hostkit/text.h"
 
 namespace hostkit {
 
@@ -25,6 +31,21 @@ StreamValue blend(const StreamValue& from, const StreamValue& to, std::size_t co
     for (std::size_t i = 0; i < count; ++i)
         numbers[i] += (goal[i] - numbers[i]) * part;
     return {std::bit_cast<AEGP_StreamVal2>(numbers), nullptr};
+}
+
+// "1,2.5": how many numbers the text is made of; 0: it is made of something else, or of too many.
+std::size_t readNumbers(const std::string& text, Numbers& numbers) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (std::size_t count = 0; count < numbers.size();) {
+        const auto [rest, error] = std::from_chars(at, end, numbers[count++]);
+        if (error != std::errc() || (rest != end && *rest != ','))
+            return 0;
+        if (rest == end)
+            return count;
+        at = rest + 1;
+    }
+    return 0;
 }
 
 // The first keyframe that does not lie before that time.
@@ -77,6 +98,28 @@ StreamValue Stream::at(double seconds) const {
     if (holds(before, *next))
         return before.value;
     return blend(before.value, next->value, componentCount(type), share(before, *next, seconds));
+}
+
+StreamValue Stream::withExpression(double seconds) const {
+    const StreamValue before = at(seconds);
+    const std::size_t count = componentCount(type);
+    if (!isExpressionEnabled || expression.empty() || count == 0)
+        return before;
+    const ScriptResult result = ScriptRunner().run(expressionScript(before, seconds));
+    Numbers numbers{};
+    if (!result.value || readNumbers(*result.value, numbers) != count)
+        return before;
+    return held({std::bit_cast<AEGP_StreamVal2>(numbers), nullptr});
+}
+
+std::string Stream::expressionScript(const StreamValue& before, double seconds) const {
+    const Numbers numbers = std::bit_cast<Numbers>(before.value);
+    const auto end = numbers.begin() + static_cast<std::ptrdiff_t>(componentCount(type));
+    const nlohmann::json value = type == AEGP_StreamType_OneD
+                                     ? nlohmann::json(numbers[0])
+                                     : nlohmann::json(std::vector<double>(numbers.begin(), end));
+    return "var time = " + nlohmann::json(seconds).dump() + ", value = " + value.dump() + ";\n" +
+           toUtf8(expression);
 }
 
 void Stream::set(const StreamValue& newValue, double seconds) {

@@ -53,6 +53,11 @@ public:
     // keeps the earlier one), outside the first and the last theirs, without keyframes `constant`.
     StreamValue at(double seconds) const;
 
+    // The same behind the stream's expression, if one is switched on. That is a script which finds
+    // the time and the value before it as `time` and `value`, and gives a number, or a list of as
+    // many as the value has. One that fails gives the value before it.
+    StreamValue withExpression(double seconds) const;
+
     // Gives the stream this value for all times if it has no keyframes, else sets or makes the
     // keyframe at that time. A popup's value is held within its choices, all else is kept as it
     // comes.
@@ -78,7 +83,7 @@ public:
     StreamValue constant;
     int choices = 0;                 // of a popup; 0: it is none
     std::vector<Keyframe> keyframes; // in the order of their times
-    std::u16string expression;       // kept, never run
+    std::u16string expression;
     bool isExpressionEnabled = false;
     bool isModified = false;
     Stream* parent = nullptr; // the group that it stands in
@@ -87,6 +92,7 @@ public:
 
 private:
     StreamValue held(const StreamValue& wanted) const;
+    std::string expressionScript(const StreamValue& before, double seconds) const;
     bool holds(const Keyframe& before, const Keyframe& after) const;
 };
 

@@ -80,6 +80,11 @@ void withdrawAll() {
     suites().clear();
 }
 
+bool isLent(const std::string& name, std::int32_t version) {
+    const auto found = suites().find({name, version});
+    return found != suites().end() && found->second.returned < found->second.lent;
+}
+
 std::vector<Loan> loans() {
     std::vector<Loan> all;
     for (const auto& [key, suite] : suites())

@@ -24,6 +24,9 @@ void offer(const std::string& name, std::int32_t version, const void* table);
 // Takes all suites away again, and forgets what is lent and what is refused.
 void withdrawAll();
 
+// Whether the suite was acquired and not yet released as often.
+bool isLent(const std::string& name, std::int32_t version);
+
 struct Loan {
     std::string name;
     std::int32_t version = 0;

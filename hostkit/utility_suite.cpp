@@ -17,7 +17,7 @@ UndoHistory* undoHistory() {
 
 A_Err registerWithAegp(void* /*refcon*/, const char* pluginName, AEGP_PluginID* id) {
     constexpr const char* call = "AEGP_RegisterWithAEGP";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_UtilitySuite11>(call, [&] {
         if (pluginName == nullptr || id == nullptr)
             return misuse(call, "without a name, or without a place for the id");
         std::vector<std::string>& names = Host::current().registeredPlugins;
@@ -29,7 +29,7 @@ A_Err registerWithAegp(void* /*refcon*/, const char* pluginName, AEGP_PluginID* 
 
 A_Err startUndoGroup(const char* groupName) {
     constexpr const char* call = "AEGP_StartUndoGroup";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_UtilitySuite11>(call, [&] {
         if (groupName == nullptr)
             return misuse(call, "without a name");
         ledger::lend(ledger::Kind::UndoGroup, undoHistory(), groupName);
@@ -40,7 +40,7 @@ A_Err startUndoGroup(const char* groupName) {
 
 A_Err endUndoGroup() {
     constexpr const char* call = "AEGP_EndUndoGroup";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_UtilitySuite11>(call, [&] {
         if (!ledger::giveBack(ledger::Kind::UndoGroup, undoHistory(), call))
             return PF_Err_BAD_CALLBACK_PARAM;
         undoHistory()->endGroup();
@@ -48,10 +48,10 @@ A_Err endUndoGroup() {
     });
 }
 
-A_Err executeScript(AEGP_PluginID /*plugin*/, const char* script, A_Boolean platformEncoding,
+A_Err executeScript(AEGP_PluginID plugin, const char* script, A_Boolean platformEncoding,
                     AEGP_MemHandle* result, AEGP_MemHandle* error) {
     constexpr const char* call = "AEGP_ExecuteScript";
-    return contractCall(call, [&] {
+    return contractCall<AEGP_UtilitySuite11>(call, plugin, [&] {
         if (result != nullptr)
             *result = nullptr;
         if (error != nullptr)

@@ -100,7 +100,8 @@ Rows projectionOf(const CameraRequest& request) {
     const OwnDevice device("pbhost");
     requireContext(device);
     const ContextSwitch inContext(device);
-    const CommandScope command(PF_Cmd_RENDER, 0, host.inData());
+    host.registeredPlugins.emplace_back("pbhost");
+    const CommandScope command(PF_Cmd_RENDER, 1, host.inData());
     AEO::Interface interface(host.inData()->pica_basicP, reinterpret_cast<PF_ProgPtr>(&effect));
     loadCompositionCamera(host.inData(), reinterpret_cast<AEGP_CompH>(&composition), interface,
                           composition.now);

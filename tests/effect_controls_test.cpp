@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "hostkit/calls.h"
+#include "hostkit/suite_tables.h"
+#include "hostkit/suites.h"
 #include "hostkit/undo.h"
 #include "tests/support/module_fixture.h"
 
@@ -278,17 +280,53 @@ TEST_F(EffectControls, WearTheKernelsRangesAndDefaults) {
 }
 
 TEST_F(EffectControls, AreDressedOnceAndUndoneInOneStep) {
-    Effect& effect = applyWith("input image4 other;");
-    EXPECT_EQ(host.project.undo->steps().size(), 2U); // the title, the visibility
+    Effect& effect = applyWith("input image4 other; parameter float2 p < defaultValue: float2(1.0, "
+                               "2.0); >;");
+    ASSERT_EQ(host.project.undo->steps().size(), 3U); // the title, the visibility, the defaults
+    for (const UndoHistory::Step& step : host.project.undo->steps())
+        EXPECT_EQ(step.name, "");
     calls::restart();
     EXPECT_EQ(effect.updateParamsUi(), 0);
     EXPECT_EQ(calls::count(), 3U); // those of any command
-    EXPECT_EQ(visible(effect), "1");
+    EXPECT_EQ(visible(effect), "1 44-45");
+    EXPECT_TRUE(host.project.undo->undo());
+    EXPECT_EQ(effect.valueAt(45, 0).u.fs_d.value, 0);
     EXPECT_TRUE(host.project.undo->undo());
     EXPECT_EQ(visible(effect), "1-123");
     EXPECT_EQ(effect.title(), "TVM:Test");
     EXPECT_TRUE(host.project.undo->undo());
     EXPECT_EQ(effect.title(), "Tvelmarondine");
+}
+
+TEST_F(EffectControls, AFailedUpdateIsToldOnceAndHidesNothing) {
+    host.scripts.answers = {write("k.pbk", kernelText("parameter float p; parameter float q;",
+                                                      "dst = float4(p, q, 0.0, 1.0);"))};
+    Effect& effect = addEffect(layer);
+    calls::failAt("PF_UpdateParamUI", 1);
+    EXPECT_EQ(effect.apply(), calls::injectedError);
+    EXPECT_EQ(effect.title(), "TVM:Test");
+    EXPECT_EQ(visible(effect), "1-123");
+    calls::restart();
+    EXPECT_EQ(effect.updateParamsUi(), 0);
+    EXPECT_EQ(calls::count(), 3U); // those of any command
+}
+
+// The definition of a popup carries the kernel's value as it stands.
+TEST_F(EffectControls, HandThePopupsValueOver) {
+    static std::vector<A_long> values;
+    static const PF_ParamUtilsSuite1* real = nullptr;
+    const PF_ParamUtilsSuite1 listening = {
+        [](PF_ProgPtr effect, A_long index, const PF_ParamDef* definition) {
+            values.push_back(definition->u.pd.value);
+            return real->PF_UpdateParamUI(effect, index, definition);
+        }};
+    real = &tables::paramUtilsSuite();
+    suites::offer(listening.name, listening.version, &listening);
+    applyWith(
+        parameter("int a <aeUIControl: 'aePopup'; aePopupString: 'a|b|c'; defaultValue: 9;>") +
+        parameter("int b <parameterType: 'enum'; maxValue: 2; defaultValue: 2;>"));
+    EXPECT_EQ(values, (std::vector<A_long>{9, 2}));
+    suites::offer(real->name, real->version, real);
 }
 
 TEST_F(EffectControls, AreReadAsTheKernelExpects) {

@@ -7,6 +7,8 @@
 #include <functional>
 #include <vector>
 
+#include "hostkit/calls.h"
+#include "hostkit/suites.h"
 #include "tests/support/compile_count.h"
 #include "tests/support/module_fixture.h"
 
@@ -172,6 +174,17 @@ TEST_F(EffectFrame, GivesThePartThatIsAskedFor) {
 TEST_F(EffectFrame, IsTheSameAgainWithoutCompiling) {
     Layer& layer = addPicture(6, 5);
     const std::string path = write("copy.pbk", copyKernel);
+    const std::string graph =
+        write("graph.pbg", "<graph name='Pair'><inputImage type='image4' name='in'/><kernel>"
+                           "<![CDATA[" +
+                               copyKernel +
+                               "]]></kernel><node id='a' name='Test'/>"
+                               "<connect fromImage='in' toNode='a' toInput='src'/>"
+                               "<connect fromNode='a' fromOutput='dst' toImage='out'/></graph>");
+    apply(layer, graph);
+    EXPECT_THAT(shown(), EndsWith("Graph has been loaded from file:\nPair\n"));
+    apply(layer, graph);
+    EXPECT_THAT(shown(), EndsWith("Graph has been loaded from memory\nPair\n"));
     CompileCount compiled;
     Effect& first = apply(layer, path);
     EXPECT_GT(compiled.take(), 0);
@@ -185,6 +198,60 @@ TEST_F(EffectFrame, IsTheSameAgainWithoutCompiling) {
     EXPECT_EQ(apply(layer, path).render({}).output.data, once.data);
     EXPECT_THAT(shown(), EndsWith("Kernel has been loaded from memory\nTest\n"));
     EXPECT_EQ(compiled.take(), 0);
+}
+
+// The size of a pixel and the resolution of the frame, as a kernel sees them.
+TEST_F(EffectFrame, TellsPixelAspectAndResolution) {
+    Layer& layer = addPicture(8, 8, 4);
+    layer.source->pixelAspect = {3, 2};
+    Effect& effect = applyKernel(
+        layer, kernelText("", "dst = float4(outCoord(), pixelSize(0).x, pixelSize(0).y);"));
+    for (const A_u_long factor : {1U, 2U, 4U}) {
+        const RenderResult result = effect.render({0, {1, factor}, {1, factor}, {}});
+        ASSERT_EQ(result.output.width, static_cast<int>(8 / factor));
+        for (int i = 0; i < result.output.width * result.output.height; ++i) {
+            const int x = i % result.output.width, y = i / result.output.width;
+            const Pixel seen = pixelAt(result.output, x, y);
+            EXPECT_NEAR(seen[0], (x + 0.5) * factor, 1e-4);
+            EXPECT_NEAR(seen[1], (y + 0.5) * factor, 1e-4);
+            EXPECT_EQ(seen[2], 1.5F);
+            EXPECT_EQ(seen[3], 1.0F);
+        }
+    }
+}
+
+// A layer that has pixels in a part of its frame only, beside a larger one.
+TEST_F(EffectFrame, PlacesALayerAtItsOrigin) {
+    Layer& layer = addPicture(8, 6);
+    layer.contents = PF_LRect{2, 1, 7, 5};
+    setPixel(layer.source->pixels, 3, 2, {0.2F, 0.4F, 0.6F, 0}); // colours without alpha stay
+    Effect& effect = applyKernel(
+        layer, kernelText("input image4 other;", "dst = sampleNearest(src, outCoord());"));
+    choose(effect, 1, &addPicture(10, 10));
+    const RenderResult result = effect.render({});
+    EXPECT_EQ(sidesOf(result.resultRect), (std::vector<A_long>{2, 1, 7, 5}));
+    ASSERT_EQ(result.output.width, 5);
+    ASSERT_EQ(result.output.height, 4);
+    for (int i = 0; i < 5 * 4; ++i)
+        EXPECT_EQ(pixelAt(result.output, i % 5, i / 5),
+                  pixelAt(layer.source->pixels, i % 5 + 2, i / 5 + 1))
+            << i;
+}
+
+TEST_F(EffectFrame, EndsWithTheCodeOfWhatFailed) {
+    Effect& effect = applyKernel(addPicture(), copyKernel);
+    World painted = effect.render({}).output;
+    std::ranges::fill(painted.data, std::byte{0x5A});
+    const std::vector<std::byte> before = painted.data;
+    for (const char* call :
+         {"checkout_layer", "checkout_layer_pixels", "checkout_output", "PF_GetPixelFormat"}) {
+        calls::failAt(call, 1);
+        RenderResult result = effect.render({}, painted);
+        EXPECT_EQ(result.error, calls::injectedError) << call;
+        EXPECT_TRUE(result.output.data.empty() || result.output.data == before) << call;
+    }
+    suites::refuse("PF World Suite", 2);
+    EXPECT_EQ(effect.render({}, painted).error, 1);
 }
 
 TEST_F(EffectFrame, IsLeftAloneWithoutAKernel) {

@@ -14,6 +14,7 @@
 using namespace hostkit;
 using namespace std::string_literals;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace {
 
@@ -110,9 +111,27 @@ TEST_F(EffectLife, TheFirstChoiceBringsTheDefaults) {
         EXPECT_EQ(effect.doDialog() | effect.updateParamsUi(), 0);
         return questions().back();
     };
-    choose("/nowhere.pbk"); // cannot be read
-    EXPECT_EQ(effect.save(), stored("", true));
-    const std::string path = write("a.pbk", gainKernel);
+    std::string inputs;
+    for (int i = 1; i <= 8; ++i)
+        inputs += "input image4 i" + std::to_string(i) + ";";
+    const std::string tooMany =
+        "<graph name='one&#10;two'><kernel><![CDATA[" + kernelText(inputs, "dst = float4(1.0);") +
+        "]]></kernel><node id='a' name='Test'/><connect fromNode='a' fromOutput='dst' "
+        "toImage='out'/></graph>";
+    const std::pair<std::string, std::string> refused[] = {
+        {write("many.pbg", tooMany), "Too many inputs.\none\ntwo\n"}, // all three lines
+        {"/nowhere.pbk", "Kernel file could not be opened:\n/nowhere.pbk\n"},
+        {write("a.txt", gainKernel),
+         "Unknown file extention:\n" + (folder / "a.txt").string() + "\n"},
+        {write("a.pbk", kernelText(inputs, "dst = float4(1.0);")), "Too many inputs.\nTest\n"}};
+    for (const auto& [file, message] : refused) {
+        host.infoPanel.clear();
+        choose(file);
+        EXPECT_THAT(shown(), StartsWith(message));
+        EXPECT_EQ(effect.title(), invalid) << file;
+        EXPECT_EQ(effect.save(), stored("", true));
+    }
+    const std::string path = write("a.pbk", gainKernel); // nothing is kept of a failed load
     EXPECT_EQ(choose(path).message, "Select Pixel Bender file");
     EXPECT_EQ(effect.title(), "TVM:Test");
     EXPECT_FALSE(effect.control(44).isHidden());

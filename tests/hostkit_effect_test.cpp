@@ -95,7 +95,7 @@ TEST_F(HostkitEffect, LivesInTheHostsOrder) {
     module->error = 9;
     EXPECT_EQ(effect().apply(), 9); // the first error ends it
     module->behind[PF_Cmd_SEQUENCE_SETUP] = [](const Sent& sent) {
-        sent.out->out_flags = PF_OutFlag_SEND_DO_DIALOG;
+        sent.out->out_flags |= PF_OutFlag_SEND_DO_DIALOG;
     };
     EXPECT_EQ(effect().apply(), 0);
     effect().control(2).constant.value.one_d = 7;
@@ -170,8 +170,13 @@ TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
     World& source = this->layer.source->pixels;
     this->effect().apply();
     PF_ParamDef point{};
+    PF_ParamDef lent{};
+    const void* smaller = nullptr;
     PF_PixelFormat format = 0;
     this->module->behind[PF_Cmd_SMART_RENDER] = [&](const Sent& sent) {
+        EXPECT_EQ(sent.checkout(0, lent) | sent.checkin(lent), 0);
+        smaller = static_cast<const std::byte*>(this->module->input.data) -
+                  this->module->input.origin_x * 4 * sizeof(TypeParam);
         EXPECT_EQ(sent.checkout(7, point) | sent.checkin(point), 0);
         sent.with<PF_WorldSuite2>([&](const PF_WorldSuite2& suite) {
             EXPECT_EQ(suite.PF_GetPixelFormat(&this->module->input, &format), 0);
@@ -183,6 +188,7 @@ TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
     RenderResult result = this->effect().render({0, {1, 2}, {1, 3}, PF_LRect{1, 0, 9, 9}});
     ASSERT_EQ(result.output.width, 3); // of a frame of 4 by 2
     ASSERT_EQ(result.output.height, 2);
+    EXPECT_EQ(lent.u.ld.data, smaller); // made once in a frame
     EXPECT_EQ(point.u.td.x_value, width << 14);
     const PF_PixelFormat formats[] = {0x62677261, 0x36316561, 0, 0x32336561};
     EXPECT_EQ(format, formats[sizeof(TypeParam) - 1]);
@@ -238,6 +244,7 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
         {dialog, "PF_UpdateParamUI: not during", update(2)},
         {dialog, "the global data", [](auto& sent) { sent.out->global_data = nullptr; }},
         {dialog, "the sequence data", [](auto& sent) { sent.out->sequence_data = nullptr; }},
+        {dialog, "cleared a flag", [](auto& sent) { sent.out->out_flags = 0; }},
         {dialog, "let an exception out", [](auto&) { throw std::runtime_error("lost"); }},
         {setUp, "the index is -1", [&](auto& sent) { sent.add(3, lost); }},
         {setUp, "fewer names", [&](auto& sent) { sent.add(-1, popup); }},
@@ -269,6 +276,66 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
     plugin->setDown();
     plugin->setUp();
     EXPECT_THAT(ledger::takeFaults(), ElementsAre(HasSubstr("eGL2")));
+}
+
+TEST_F(HostkitEffect, LendsNoMoreThanThePartThatIsAskedFor) {
+    World& source = layer.source->pixels;
+    channelAt<std::uint8_t>(source, 3, 2, 0) = 0; // a transparent pixel with colours
+    layer.contents = PF_LRect{2, 1, 6, 4};
+    effect().apply();
+    for (const bool keepsHiddenRgb : {true, false}) {
+        module->keepsHiddenRgb = keepsHiddenRgb;
+        RenderResult result = effect().render({0, {1, 1}, {1, 1}, PF_LRect{1, 0, 5, 3}});
+        const PF_EffectWorld& input = module->input;
+        EXPECT_THAT((std::vector{input.origin_x, input.origin_y, input.width, input.height}),
+                    ElementsAre(2, 1, 3, 2));
+        EXPECT_THAT((std::vector{result.resultRect.left, result.maxResultRect.right}),
+                    ElementsAre(2, 6));
+        EXPECT_EQ(input.data == &source.data[source.rowBytes + 2 * 4], keepsHiddenRgb);
+        for (int i = 0; i < 3 * 2 * 4; ++i) {
+            const int x = i / 4 % 3 + 2, y = i / 12 + 1;
+            const bool isLost = x == 3 && y == 2 && !keepsHiddenRgb;
+            EXPECT_EQ(channelAt<std::uint8_t>(result.output, x - 2, y - 1, i % 4),
+                      isLost ? 0 : channelAt<std::uint8_t>(source, x, y, i % 4));
+        }
+    }
+    effect().render({0, {1, 2}, {1, 3}, {}}); // a pixel that is covered in part counts
+    EXPECT_THAT((std::vector{module->input.origin_x, module->input.origin_y, module->input.width,
+                             module->input.height}),
+                ElementsAre(1, 0, 2, 2));
+}
+
+TEST_F(HostkitEffect, SendsWhatTheModuleAskedForAndNoMore) {
+    module->behind[PF_Cmd_GLOBAL_SETUP] = [](const Sent& sent) {
+        sent.out->out_flags = sent.out->out_flags2 = 0;
+    };
+    plugin->setDown();
+    plugin->setUp();
+    EXPECT_EQ(ledger::takeFaults().size(), 2U); // the resource says otherwise
+    module->behind[PF_Cmd_SEQUENCE_SETUP] = [](const Sent& sent) {
+        sent.out->out_flags |= PF_OutFlag_SEND_DO_DIALOG;
+    };
+    module->behind[PF_Cmd_RENDER] = [&](const Sent& sent) {
+        EXPECT_EQ(sent.params[0]->u.ld.data, layer.source->pixels.data.data());
+        EXPECT_THAT((std::vector{sent.output->width, sent.output->height}),
+                    ElementsAre(width, height));
+        static_cast<std::uint8_t*>(sent.output->data)[5] = 77;
+    };
+    module->commands.clear();
+    EXPECT_EQ(effect().apply(), 0);
+    EXPECT_EQ(effect().save().size(), 4U); // "live", as it is
+    RenderResult result = effect().render({});
+    EXPECT_EQ(channelAt<std::uint8_t>(result.output, 1, 0, 1), 77);
+    EXPECT_THAT(module->commands, ElementsAre(4, 5, 11));
+    EXPECT_THROW(effect().doDialog(), std::logic_error);
+    EXPECT_THROW(effect().updateParamsUi(), std::logic_error);
+    EXPECT_THROW(effect().flattenSequence(), std::logic_error);
+    host.project.channelBytes = 2;
+    layer.source = footageOf<std::uint16_t>();
+    EXPECT_THROW(effect().render({}), std::logic_error);
+    host.project.channelBytes = 4;
+    layer.source = footageOf<float>();
+    EXPECT_THROW(effect().render({}), std::logic_error);
 }
 
 TEST_F(HostkitEffect, CommandsNestAndKeepTheirLoansApart) {

@@ -1,6 +1,7 @@
 // The substitute host's scene as a module reaches it: through the tables of the suites. Positions
 // and values are worked out by hand; every test ends with nothing lent and no fault.
 #include <functional>
+#include <optional>
 #include <tuple>
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include "hostkit/references.h"
 #include "hostkit/suite_tables.h"
 #include "hostkit/undo.h"
+#include "tests/support/acquired_suites.h"
 
 namespace {
 
@@ -20,6 +22,7 @@ const AEGP_StreamSuite9& streams = streamSuite();
 const AEGP_KeyframeSuite4& keys = keyframeSuite();
 const AEGP_DynamicStreamSuite5& tree = dynamicStreamSuite();
 const AEGP_LayerSuite12& layers = layerSuite();
+constexpr AEGP_PluginID plugin = 1;
 
 // What a function answers in the place that its last argument points at.
 template<class... Formal, class... Actual>
@@ -39,19 +42,22 @@ StreamValue number(double x, double y = 0, double z = 0) {
 class Scene : public testing::Test {
 protected:
     Scene() {
+        host.registeredPlugins = {"test"};
         group.children.push_back(std::make_unique<Stream>(u"x", "x", AEGP_StreamType_OneD));
         group.children.back()->parent = &group;
     }
     ~Scene() override {
+        acquired.reset();
         EXPECT_TRUE(ledger::takeFaults().empty() && ledger::outstanding().empty());
     }
 
     AEGP_StreamRefH lend(AEGP_LayerStream which) {
-        return ask(streams.AEGP_GetNewLayerStream, 0, layerH, which);
+        return ask(streams.AEGP_GetNewLayerStream, plugin, layerH, which);
     }
     Stream& stream(AEGP_LayerStream which) { return *layer.stream(which); }
 
     Host host;
+    std::optional<AcquiredSuites> acquired{std::in_place};
     Composition& comp = host.project.addComposition("comp", 360, 200);
     Layer& layer = comp.addLayer("", std::make_shared<Footage>(Footage{{"leaf", 40, 20}, {}}));
     AEGP_LayerH layerH = reinterpret_cast<AEGP_LayerH>(&layer);
@@ -73,6 +79,34 @@ TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
     EXPECT_EQ(opacity.at(0).value.one_d, 3);
 }
 
+TEST_F(Scene, ExpressionsChangeTheirStreams) {
+    const struct {
+        AEGP_LayerStream which;
+        const char16_t* expression;
+        bool isEnabled;
+        double expected; // x, at second 2
+    } rows[] = {{AEGP_LayerStream_OPACITY, u"value / 2 + time", true, 52},
+                {AEGP_LayerStream_OPACITY, u"value / 2 + time", false, 100},
+                {AEGP_LayerStream_OPACITY, u"nothing.here", true, 100},
+                {AEGP_LayerStream_OPACITY, u"[1, 2]", true, 100}, // it has one number
+                {AEGP_LayerStream_POSITION, u"[value[0] * 2, value[1], 0.5]", true, 360},
+                {AEGP_LayerStream_POSITION, u"7", true, 180}};
+    const A_Time time{2, 1};
+    for (const auto& [which, expression, isEnabled, expected] : rows) {
+        const AEGP_StreamRefH lent = lend(which);
+        EXPECT_EQ(streams.AEGP_SetExpression(plugin, lent, expression), 0);
+        EXPECT_EQ(streams.AEGP_SetExpressionState(plugin, lent, isEnabled ? 1 : 0), 0);
+        for (const A_Boolean isBefore : {0, 1}) {
+            AEGP_StreamValue2 value = ask(streams.AEGP_GetNewStreamValue, plugin, lent,
+                                          AEGP_LTimeMode_LayerTime, &time, isBefore);
+            const double x = isBefore != 0 ? stream(which).at(2).value.one_d : expected;
+            EXPECT_EQ(value.val.one_d, x) << which;
+            EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
+        }
+        EXPECT_EQ(streams.AEGP_DisposeStream(lent), 0);
+    }
+}
+
 TEST_F(Scene, ABatchOfKeyframesIsAddedWholeOrNotAtAll) {
     layer.inSeconds = 2;
     const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
@@ -90,26 +124,26 @@ TEST_F(Scene, ABatchOfKeyframesIsAddedWholeOrNotAtAll) {
     }
     EXPECT_EQ(stream(AEGP_LayerStream_OPACITY).at(1.5).value.one_d, 35);
     AEGP_StreamValue2 one = {opacity, {}}; // an error, but not of the caller's making
-    EXPECT_NE(streams.AEGP_SetStreamValue(0, opacity, &one), 0);
+    EXPECT_NE(streams.AEGP_SetStreamValue(plugin, opacity, &one), 0);
     EXPECT_EQ(streams.AEGP_DisposeStream(opacity), 0);
 }
 
 TEST_F(Scene, UndoTakesBackAGroupOfChanges) {
     const AEGP_StreamRefH root = references::lendStream(group, "group");
-    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByIndex, 0, root, 0);
+    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByIndex, plugin, root, 0);
     const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
     AEGP_StreamValue2 values[] = {{child, number(8).value}, {opacity, number(50).value}};
     UndoHistory& undo = *host.project.undo;
     undo.startGroup("");
     tree.AEGP_SetStreamName(root, u"New");
     tree.AEGP_SetDynamicStreamFlag(child, AEGP_DynStreamFlag_HIDDEN, 1, 1);
-    EXPECT_EQ(streams.AEGP_SetStreamValue(0, child, &values[0]), 0);
+    EXPECT_EQ(streams.AEGP_SetStreamValue(plugin, child, &values[0]), 0);
     EXPECT_FALSE(undo.undo());
     undo.endGroup();
-    streams.AEGP_SetStreamValue(0, child, &values[0]);                     // changes nothing
+    streams.AEGP_SetStreamValue(plugin, child, &values[0]);                // changes nothing
     tree.AEGP_SetDynamicStreamFlag(root, AEGP_DynStreamFlag_HIDDEN, 0, 1); // not undoable
     EXPECT_EQ(undo.steps().size(), 1U);
-    EXPECT_EQ(streams.AEGP_SetStreamValue(0, opacity, &values[1]), 0);
+    EXPECT_EQ(streams.AEGP_SetStreamValue(plugin, opacity, &values[1]), 0);
     for (AEGP_StreamRefH each : {root, child, opacity})
         streams.AEGP_DisposeStream(each);
     comp.layers.clear();
@@ -152,7 +186,7 @@ TEST_F(Scene, SmallQuestionsHaveAnswers) {
     const auto compH = reinterpret_cast<AEGP_CompH>(&comp);
     const auto cameraH = reinterpret_cast<AEGP_LayerH>(&comp.addCamera("eye", 500));
     const AEGP_StreamRefH root = references::lendStream(group, "group");
-    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByMatchname, 0, root, "x");
+    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByMatchname, plugin, root, "x");
     const std::pair<double, double> answers[] = {
         {ask(layers.AEGP_GetCompNumLayers, compH), 2},
         {ask(layers.AEGP_GetLayerFromLayerID, compH, 1) == layerH, 1},
@@ -165,9 +199,9 @@ TEST_F(Scene, SmallQuestionsHaveAnswers) {
     Stream& markers = stream(AEGP_LayerStream_MARKER);
     markers.keyframes[markers.addKeyframe(1)].value.marker->comment = u"b\u00e4r.pbk";
     const AEGP_StreamRefH markerH = lend(AEGP_LayerStream_MARKER);
-    AEGP_StreamValue2 value = ask(keys.AEGP_GetNewKeyframeValue, 0, markerH, 0);
-    const AEGP_MemHandle text =
-        ask(markerSuite().AEGP_GetMarkerString, 0, value.val.markerP, AEGP_MarkerString_COMMENT);
+    AEGP_StreamValue2 value = ask(keys.AEGP_GetNewKeyframeValue, plugin, markerH, 0);
+    const AEGP_MemHandle text = ask(markerSuite().AEGP_GetMarkerString, plugin, value.val.markerP,
+                                    AEGP_MarkerString_COMMENT);
     const void* start = ask(memorySuite().AEGP_LockMemHandle, text);
     EXPECT_EQ(static_cast<const char16_t*>(start), markers.at(0).marker->comment);
     EXPECT_EQ(memorySuite().AEGP_FreeMemHandle(text), 0);
@@ -183,8 +217,10 @@ TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
     const auto dead = reinterpret_cast<AEGP_LayerH>(&comp.addCamera("", 1));
     comp.layers.pop_back();
     const A_Time noScale{1, 0};
-    AEGP_StreamValue2 value = ask(streams.AEGP_GetNewStreamValue, 0, opacity, 1, &comp.now, 0);
+    AEGP_StreamValue2 value = ask(streams.AEGP_GetNewStreamValue, plugin, opacity, 1, &comp.now, 0);
     A_long index = 0;
+    A_Boolean isSet = 0;
+    AEGP_MemHandle memory = nullptr;
     const std::pair<const char*, std::function<A_Err()>> cases[] = {
         {"AEGP_GetStreamType", [&] { return streams.AEGP_GetStreamType(gone, &index); }},
         {"AEGP_GetStreamType", [&] { return streams.AEGP_GetStreamType(opacity, nullptr); }},
@@ -193,6 +229,15 @@ TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
          [&] { return keys.AEGP_InsertKeyframe(opacity, 1, &noScale, &index); }},
         {"AEGP_GetLayerID", [&] { return layers.AEGP_GetLayerID(dead, &index); }},
         {"AEGP_DisposeStream", [&] { return streams.AEGP_DisposeStream(opacity); }}, // value is out
+        {"AEGP_GetExpressionState: no plug-in",
+         [&] { return streams.AEGP_GetExpressionState(0, opacity, &isSet); }},
+        {"AEGP_NewMemHandle: no plug-in",
+         [&] { return memorySuite().AEGP_NewMemHandle(2, "m", 1, 0, &memory); }},
+        {"AEGP_GetLayerID: AEGP Layer Suite 12 is not acquired",
+         [&] {
+             acquired.reset();
+             return layers.AEGP_GetLayerID(layerH, &index);
+         }},
     };
     for (const auto& [call, misuse] : cases) {
         EXPECT_NE(misuse(), 0) << call;
@@ -200,6 +245,7 @@ TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
         ASSERT_EQ(faults.size(), 1U) << call;
         EXPECT_NE(faults[0].find(call), std::string::npos) << faults[0];
     }
+    acquired.emplace();
     EXPECT_NE(streams.AEGP_DisposeStream(nullptr), 0); // an error, but nobody's fault
     EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
 }

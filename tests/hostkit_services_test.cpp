@@ -4,6 +4,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/calls.h"
@@ -11,6 +12,7 @@
 #include "hostkit/ledger.h"
 #include "hostkit/suite_tables.h"
 #include "hostkit/suites.h"
+#include "tests/support/acquired_suites.h"
 
 using namespace hostkit;
 using namespace std::string_literals;
@@ -23,6 +25,7 @@ using Kind = Question::Kind;
 
 class HostServices : public testing::Test {
 protected:
+    HostServices() { host.registeredPlugins = {"test"}; }
     ~HostServices() override {
         EXPECT_EQ(ledger::outstanding(), Texts());
         EXPECT_EQ(ledger::takeFaults(), Texts());
@@ -57,6 +60,7 @@ const std::string chooseFolder =
 } // namespace
 
 TEST_F(HostServices, ScriptsGiveTheirLastValueOrTheirError) {
+    const AcquiredSuites acquired;
     const std::pair<std::string, std::string> cases[] = {
         {"null", "null"},
         {"'\\u00e9\\uD83D\\uDE00' + '\u00e9\U0001F600'", "\u00e9\U0001F600\u00e9\U0001F600"},
@@ -77,6 +81,7 @@ TEST_F(HostServices, ScriptsGiveTheirLastValueOrTheirError) {
 }
 
 TEST_F(HostServices, DialogsArriveUnchangedAndAreAnswered) {
+    const AcquiredSuites acquired;
     const std::string escaped = R"(say \"yes\"\nor \'no\'\? C:\\x )" + "\u00e9\U0001F600"s;
     const std::string plain = "say \"yes\"\nor 'no'? C:\\x \u00e9\U0001F600";
     host.scripts.answers = {"yes", std::nullopt, "/k/\U0001F600.pbk", "/folder"};
@@ -102,6 +107,7 @@ TEST_F(HostServices, DialogsArriveUnchangedAndAreAnswered) {
 }
 
 TEST_F(HostServices, PreferencesSurviveAndBrokenOnesSayWhy) {
+    const AcquiredSuites acquired;
     const fs::path file = fs::path(testing::TempDir()) / "hostkit_preferences.json";
     fs::remove(file);
     Preferences(file).set("B", "root", "/k/\u00e9");
@@ -137,6 +143,7 @@ TEST_F(HostServices, PreferencesSurviveAndBrokenOnesSayWhy) {
 }
 
 TEST_F(HostServices, MisusedMemoryHandlesAreFaults) {
+    const AcquiredSuites acquired;
     const AEGP_MemorySuite1& suite = tables::memorySuite();
     AEGP_MemHandle memory = nullptr;
     void* address = nullptr;
@@ -157,6 +164,32 @@ TEST_F(HostServices, MisusedMemoryHandlesAreFaults) {
                      "AEGP_UnlockMemHandle: a memory handle that was never lent"}));
 }
 
+TEST_F(HostServices, MemoryMovesUnlessItIsLocked) {
+    const AcquiredSuites acquired;
+    const PF_UtilCallbacks& utils = *host.inData()->utils;
+    const AEGP_MemorySuite1& suite = tables::memorySuite();
+    PF_Handle handle = utils.host_new_handle(2);
+    AEGP_MemHandle memory = nullptr;
+    ASSERT_EQ(suite.AEGP_NewMemHandle(1, "m", 2, AEGP_MemFlag_CLEAR, &memory), 0);
+    const void* first[] = {utils.host_lock_handle(handle), nullptr};
+    static_cast<char*>(*handle)[1] = 'x';
+    void* address = nullptr;
+    for (int round = 0; round < 3; ++round) {
+        utils.host_unlock_handle(handle);
+        EXPECT_EQ(suite.AEGP_LockMemHandle(memory, &address), 0);
+        EXPECT_EQ(*static_cast<char*>(address), 0);
+        EXPECT_NE(address, std::exchange(first[1], address));
+        EXPECT_EQ(suite.AEGP_UnlockMemHandle(memory), 0);
+        const void* now = utils.host_lock_handle(handle);
+        EXPECT_EQ(utils.host_get_handle_size(handle), 2U);
+        EXPECT_EQ(now, *handle);
+        EXPECT_NE(now, std::exchange(first[0], now));
+        EXPECT_EQ(static_cast<const char*>(now)[1], 'x');
+    }
+    utils.host_dispose_handle(handle);
+    EXPECT_EQ(suite.AEGP_FreeMemHandle(memory), 0);
+}
+
 TEST_F(HostServices, SuitesAreRefusedByVersionAndTakenBackOnlyOnce) {
     const auto& [acquire, release] = *host.inData()->pica_basicP;
     const void* table = nullptr;
@@ -175,8 +208,10 @@ TEST_F(HostServices, SuitesAreRefusedByVersionAndTakenBackOnlyOnce) {
 }
 
 TEST_F(HostServices, AnyCallCanFailOrBeInterrupted) {
+    const AcquiredSuites acquired;
     const AEGP_UtilitySuite11& suite = tables::utilitySuite();
     AEGP_PluginID id = 0;
+    calls::restart();
     calls::failAt(2);
     EXPECT_EQ(suite.AEGP_RegisterWithAEGP(nullptr, "one", &id), 0);
     EXPECT_EQ(host.inData()->utils->host_new_handle(1), nullptr);
@@ -186,8 +221,8 @@ TEST_F(HostServices, AnyCallCanFailOrBeInterrupted) {
         EXPECT_EQ(suite.AEGP_RegisterWithAEGP(nullptr, "inner", &id), 9);
     });
     EXPECT_EQ(suite.AEGP_RegisterWithAEGP(nullptr, "two", &id), 0);
-    EXPECT_EQ(host.registeredPlugins, (Texts{"one", "two"}));
-    EXPECT_TRUE(id == 2 && calls::count() == 4);
+    EXPECT_EQ(host.registeredPlugins, (Texts{"test", "one", "two"}));
+    EXPECT_TRUE(id == 3 && calls::count() == 4);
     EXPECT_EQ(suite.AEGP_StartUndoGroup("") + suite.AEGP_EndUndoGroup(), 0);
     EXPECT_NE(suite.AEGP_EndUndoGroup(), 0);
     EXPECT_EQ(ledger::takeFaults().size(), 1U);

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <fstream>
@@ -10,6 +11,8 @@
 #include <stdexcept>
 
 #include "hostkit/calls.h"
+#include "tests/support/compile_count.h"
+#include "tests/support/host_context.h"
 #include "tests/support/module_fixture.h"
 
 using namespace hostkit;
@@ -55,6 +58,7 @@ EntryPoint moduleEntry() {
 TEST_F(ModuleTest, ExportsOneFunctionAndIsWhatItsResourceSays) {
     EXPECT_THAT(outputOf("nm -D --defined-only '" TVM_MODULE_PATH "' | cut -d' ' -f2-"),
                 "T EntryPointFunc\n");
+    EXPECT_THAT(host.registeredPlugins, ElementsAre("Tvelmarondine"));
     EXPECT_EQ(plugin->pipl().id, 16000);
     std::vector<std::pair<std::string, std::string>> properties;
     for (const PiplProperty& property : plugin->pipl().properties) {
@@ -79,9 +83,43 @@ TEST_F(ModuleTest, CommandsWithoutWorkOnlyMakeTheirScope) {
         EXPECT_EQ(plugin->send(command), 0) << command;
         EXPECT_EQ(calls::count(), 3U) << command; // a handle made, locked, disposed of
     }
-    EXPECT_EQ(plugin->send(PF_Cmd_RENDER), 0);
     Plugin other(TVM_MODULE_PATH);
     EXPECT_EQ(other.send(PF_Cmd_GLOBAL_SETDOWN), 0); // nothing was set up
+}
+
+// Projects render on the smart way; the older command leaves its output alone.
+TEST_F(ModuleTest, TheOlderRenderOnlySaysThatItCame) {
+    Effect& effect = applyKernel(addPicture(), copyKernel);
+    World painted = makeOutput(4, 4, 1);
+    std::ranges::fill(painted.data, std::byte{0x5A});
+    const std::vector<std::byte> before = painted.data;
+    setenv("TVELMARONDINE_DEBUG", "1", 1);
+    testing::internal::CaptureStderr();
+    const RenderResult result = effect.renderPlain({}, std::move(painted));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Entry Render\n");
+    unsetenv("TVELMARONDINE_DEBUG");
+    EXPECT_EQ(result.error, 0);
+    EXPECT_EQ(result.output.data, before);
+}
+
+TEST_F(ModuleTest, EndsItsGraphsInItsOwnContext) {
+    applyKernel(addPicture(), copyKernel);
+    applyKernel(addPicture(), kernelText("", "dst = float4(1.0);"));
+    const HostContext own(EGL_OPENGL_API, true);
+    std::vector<GLuint> textures(64);
+    glGenTextures(64, textures.data());
+    std::vector<GLuint> programs;
+    for (const GLuint texture : textures) {
+        glBindTexture(GL_TEXTURE_2D, texture);
+        programs.push_back(glCreateProgram());
+    }
+    comp.layers.clear();
+    EXPECT_EQ(plugin->setDown(), 0);
+    EXPECT_EQ(currentContext(), own.all);
+    for (const GLuint texture : textures)
+        EXPECT_TRUE(glIsTexture(texture));
+    for (const GLuint program : programs)
+        EXPECT_TRUE(glIsProgram(program)); // names are the same in every context
 }
 
 TEST_F(ModuleTest, RefusesRecordsThatNoHostSends) {
@@ -113,6 +151,7 @@ TEST_F(ModuleTest, TextsReachTheDialogUnchanged) {
     comp.layers.front()->effects.front()->doDialog();
     ASSERT_EQ(host.scripts.asked().size(), 1U);
     EXPECT_EQ(host.scripts.asked()[0].title, "Pixel Bender Information");
+    EXPECT_FALSE(host.scripts.asked()[0].flag);
     EXPECT_EQ(host.scripts.asked()[0].message, head + odd + filler);
 
     const std::string name = "/x\");alert(\"gotcha.pbk";
@@ -161,32 +200,42 @@ TEST_F(ModuleTest, AboutTellsTheVersionsAndExportsTheErrorLog) {
     EXPECT_THAT(host.infoPanel.messages()[1], noLog);
     EXPECT_THAT(host.scripts.asked(), IsEmpty()); // nothing to export
 
-    applyKernel(addPicture(), kernelText("", "dst = nowhere;"));
-    host.scripts.answers = {std::nullopt};
-    EXPECT_EQ(plugin->about(), 0);
-    EXPECT_EQ(host.scripts.asked().back().message,
-              "Tvelmarondine has error log.\nDo you export this?");
-    EXPECT_THAT(host.infoPanel.messages().back(), noLog); // declined
-
-    const auto lastAlert = [&](std::optional<std::string> chosenFolder) {
-        host.scripts.answers = {"yes", std::move(chosenFolder)};
+    host.scripts.answers = {write("bad.pbk", kernelText("", "dst = nowhere;")), std::nullopt};
+    EXPECT_EQ(addEffect(addPicture()).apply(), 0);
+    using Dialog = std::tuple<Question::Kind, std::string, std::string, bool>;
+    using Kind = Question::Kind;
+    const Dialog offer = {Kind::Confirm, "Tvelmarondine",
+                          "Tvelmarondine has error log.\nDo you export this?", true};
+    const Dialog where = {Kind::Alert, "TVM exports log", "Please select where export log", false};
+    const Dialog chooser = {Kind::SelectFolder, "", "Select where export log", false};
+    const Dialog failed = {Kind::Alert, "Log file has failed to export",
+                           "Log file has failed to export.\nTry other folder.", false};
+    const Dialog done = {Kind::Alert, "Log file has exported ",
+                         "Log file has been exported. (Tvelmarondine_log.txt) \nPlease send it, "
+                         "with the Pixel Bender file, to support@holmvarden.example",
+                         false};
+    const auto dialogs = [&](std::deque<std::optional<std::string>> answers) {
+        host.scripts.clear();
+        host.scripts.answers = std::move(answers);
         EXPECT_EQ(plugin->about(), 0);
-        return host.scripts.asked().back().message;
+        std::vector<Dialog> all;
+        for (const Question& asked : host.scripts.asked())
+            all.emplace_back(asked.kind, asked.title, asked.message, asked.flag);
+        return all;
     };
-    EXPECT_EQ(lastAlert(std::nullopt), "Select where export log");
-    EXPECT_THAT(lastAlert("/nowhere"), StartsWith("Log file has failed to export.\n"));
+    EXPECT_THAT(dialogs({std::nullopt}), ElementsAre(offer));
+    EXPECT_THAT(host.infoPanel.messages().back(), noLog); // declined
+    EXPECT_THAT(dialogs({"yes", std::nullopt}), ElementsAre(offer, where, chooser));
+    EXPECT_THAT(dialogs({"yes", "/nowhere"}), ElementsAre(offer, where, chooser, failed));
     const auto exported = folder / "Tvelmarondine_error_log.txt";
     std::ofstream(exported) << std::string(5000, 'o'); // of another day
-    EXPECT_THAT(lastAlert(folder.string()), StartsWith("Log file has been exported."));
+    EXPECT_THAT(dialogs({"yes", folder.string()}), ElementsAre(offer, where, chooser, done));
     const std::string text = contentsOf(exported);
     EXPECT_THAT(text, StartsWith("Win32bit\nvendor : " + texts[0] + "\nversion : " + texts[1] +
                                  "\nglsl : " + texts[2] + "\nTest(v)\n"));
     EXPECT_THAT(text.substr(text.find("Test(f)\n")), HasSubstr("nowhere"));
     EXPECT_EQ(text.find(std::string(10, 'o')), std::string::npos);
-    host.scripts.answers.clear();
-    host.scripts.clear();
-    EXPECT_EQ(plugin->about(), 0);
-    EXPECT_THAT(host.scripts.asked(), IsEmpty());
+    EXPECT_THAT(dialogs({}), IsEmpty());
 }
 
 TEST_F(ModuleTest, WithoutOpenGlALoadFailsWithOneClearLine) {
@@ -198,10 +247,14 @@ TEST_F(ModuleTest, WithoutOpenGlALoadFailsWithOneClearLine) {
         EXPECT_EQ(std::system(command.c_str()), 0);
         return;
     }
-    host.scripts.answers = {write("copy.pbk", copyKernel)};
     Layer& layer = addPicture();
     Effect& effect = addEffect(layer);
+    host.scripts.answers = {"/nowhere.pbk"}; // told first: there is nothing to build
     EXPECT_EQ(effect.apply(), 0);
+    EXPECT_EQ(shown(), "Kernel file could not be opened:\n/nowhere.pbk\n\n\nNo error log\n");
+    host.infoPanel.clear();
+    host.scripts.answers = {write("copy.pbk", copyKernel)};
+    EXPECT_EQ(effect.doDialog(), 0);
     EXPECT_EQ(shown(), "OpenGL can not be used, it lacks:\nan OpenGL context\n\n\nNo error log\n");
     EXPECT_EQ(effect.render({}).error, 0);
     EXPECT_EQ(plugin->about(), 0);

@@ -91,13 +91,13 @@ bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool 
         speaker.say("Unknown file extention:", path);
         return false;
     }
-    if (const char* missing = missingOf(device)) {
-        speaker.say("OpenGL can not be used, it lacks:", missing);
-        return false;
-    }
     _JST::File<aeAllocator> file{_JST::String<aeAllocator>(path)};
     if (!file.open('r')) {
         speaker.say(kind.cannotOpen, path);
+        return false;
+    }
+    if (const char* missing = missingOf(device)) {
+        speaker.say("OpenGL can not be used, it lacks:", missing);
         return false;
     }
     const _JST::String<aeAllocator> text = file.read(0);

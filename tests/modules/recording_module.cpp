@@ -51,8 +51,10 @@ void addControls(PF_InData* in, PF_OutData* out) {
 
 void announce(PF_InData* in, PF_PreRenderExtra* extra) {
     PF_CheckoutResult result{};
-    extra->cb->checkout_layer(in->effect_ref, 0, 0, &extra->input->output_request, in->current_time,
-                              in->time_step, in->time_scale, &result);
+    PF_RenderRequest request = extra->input->output_request;
+    request.preserve_rgb_of_zero_alpha = record.keepsHiddenRgb;
+    extra->cb->checkout_layer(in->effect_ref, 0, 0, &request, in->current_time, in->time_step,
+                              in->time_scale, &result);
     extra->output->result_rect = result.result_rect;
     extra->output->max_result_rect = result.max_result_rect;
 }
@@ -68,7 +70,8 @@ void copyPixels(PF_InData* in, PF_SmartRenderExtra* extra) {
     for (A_long y = 0; y < output->height; ++y)
         std::memcpy(static_cast<char*>(output->data) + y * output->rowbytes,
                     static_cast<const char*>(input->data) +
-                        (y + output->origin_y) * input->rowbytes + output->origin_x * pixelBytes,
+                        (y + output->origin_y - input->origin_y) * input->rowbytes +
+                        (output->origin_x - input->origin_x) * pixelBytes,
                     static_cast<std::size_t>(output->width * pixelBytes));
 }
 
@@ -105,11 +108,11 @@ EXPORTED RecordingModule* recordingModule() {
 }
 
 EXPORTED PF_Err recordingEntry(PF_Cmd command, PF_InData* in, PF_OutData* out, PF_ParamDef** params,
-                               PF_LayerDef* /*output*/, void* extra) {
+                               PF_LayerDef* output, void* extra) {
     record.commands.push_back(command);
     answer(command, in, out, extra);
     const auto handler = record.behind.find(command);
     if (handler != record.behind.end())
-        handler->second({in, out, params, extra});
+        handler->second({in, out, params, extra, output});
     return std::exchange(record.error, 0);
 }

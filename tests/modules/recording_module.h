@@ -16,6 +16,7 @@ struct Sent {
     PF_OutData* out;
     PF_ParamDef** params;
     void* extra;
+    PF_LayerDef* output;
 
     // Second 0 of the layer, unless said.
     PF_Err checkout(A_long index, PF_ParamDef& param, A_long seconds = 0) const {
@@ -44,11 +45,15 @@ struct RecordingModule {
     std::map<PF_Cmd, Handler> behind; // runs behind the module's own answer
     PF_Err error = 0;                 // what the next command answers; 0 again behind it
     PF_EffectWorld input{};           // of the last smart render
+    A_Boolean keepsHiddenRgb = 1;     // asked for before a smart render
 };
 
 // Kind k of controls stands at index k + 1.
 inline constexpr A_long recordingModuleControls = 9;
 
 inline constexpr A_u_long recordingModuleVersion = 0x80001;
-inline constexpr A_long recordingModuleFlags = PF_OutFlag_SEND_UPDATE_PARAMS_UI;
-inline constexpr A_long recordingModuleFlags2 = PF_OutFlag2_SUPPORTS_SMART_RENDER;
+inline constexpr A_long recordingModuleFlags =
+    PF_OutFlag_SEQUENCE_DATA_NEEDS_FLATTENING | PF_OutFlag_I_DO_DIALOG |
+    PF_OutFlag_DEEP_COLOR_AWARE | PF_OutFlag_SEND_UPDATE_PARAMS_UI;
+inline constexpr A_long recordingModuleFlags2 =
+    PF_OutFlag2_SUPPORTS_SMART_RENDER | PF_OutFlag2_FLOAT_COLOR_AWARE;

@@ -3,7 +3,8 @@
 #include "hostkit/ledger.h"
 
 RunningCommand::RunningCommand() : handlesBefore_(hostkit::memory::liveHandles()) {
-    scope_.emplace(PF_Cmd_SMART_RENDER, 0, host.inData());
+    host.registeredPlugins.assign(pluginId, "test");
+    scope_.emplace(PF_Cmd_SMART_RENDER, pluginId, host.inData());
 }
 
 RunningCommand::~RunningCommand() {

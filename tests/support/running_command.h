@@ -27,6 +27,7 @@ protected:
     std::uint64_t failEveryAllocation(Work work);
 
     hostkit::Host host;
+    static constexpr A_long pluginId = 7; // under which the command speaks to the host
 
 private:
     std::size_t handlesBefore_;
