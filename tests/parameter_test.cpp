@@ -60,6 +60,16 @@ TEST_F(Parameters, DefaultsReachTheShader) {
         {"pixel4 p<defaultValue:pixel4(1.0,2.0,3.0,4.0); aeUIControl:\"aeColor\";>",
          "p",
          {1, 2, 3, 4}},
+        {"pixel3 p<defaultValue:pixel3(1.0,2.0,3.0); aeUIControl:\"aeColor\";>",
+         "float4(p, 0.0)",
+         {1, 2, 3, 0}},
+        // The control decides before the word.
+        {"int p<defaultValue:2; aeUIControl:\"aePopup\"; parameterType:\"angleDegrees\";>",
+         "float4(float(p))",
+         {2, 2, 2, 2}},
+        // A popup's whole number does not fit a float: it is not sent, and the frame is none the
+        // worse.
+        {"float p<defaultValue:0.5; aeUIControl:\"aePopup\";>", "float4(p)", {0, 0, 0, 0}},
         // A colour control on a single number sends nothing.
         {"float p<defaultValue:0.5; aeUIControl:\"aeColor\";>", "float4(p)", {0, 0, 0, 0}},
         {"float3 p<defaultValue:float3(1.0,2.0,3.0); parameterType:\"colorRGB\";>",
@@ -76,6 +86,7 @@ TEST_F(Parameters, DefaultsReachTheShader) {
     for (const Case& c : cases) {
         const auto graph = generator(c.declaration, c.value);
         EXPECT_EQ(pixelOf(*graph), c.expected) << c.declaration << log();
+        EXPECT_EQ(graph->frameError, 0U) << c.declaration;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/pixel_format.h"
+#include "gpu/errors.h"
 
 namespace {
 
@@ -43,6 +44,7 @@ void upload(const ImageSlot& image, const FrameDescription& frame) {
     glTexSubImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(columns.offset),
                     static_cast<GLint>(rows.offset), static_cast<GLsizei>(columns.length),
                     static_cast<GLsizei>(rows.length), format.upload, depth.type, pixels);
+    TVM_CHECK_GL("the upload of an image");
 }
 
 } // namespace

@@ -6,10 +6,11 @@
 #include "engine/pb_graph.h"
 #include "engine/pixel_format.h"
 #include "engine/point_sampling.h"
+#include "gpu/errors.h"
 
 Node::Node(pbGraph& owner, const pbKernelInfo& kernel)
     : NodeBase(owner, nameText(kernel.name)), impl(makeObject<NodeImpl>(kernel, owner.swizzle)) {
-    takeKernel(kernel);
+    takeKernel(kernel, "");
 }
 
 Node::Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex)
@@ -17,17 +18,35 @@ Node::Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex)
       impl(makeObject<NodeImpl>(graphInfo, nodeIndex, owner.swizzle)) {
     const pbKernelInfo* kernel = kernelOfNode(graphInfo, graphInfo.nodes[nodeIndex]);
     if (kernel != nullptr)
-        takeKernel(*kernel);
+        takeKernel(*kernel, graphInfo.nodes[nodeIndex].evaluateParametersCode);
 }
 
-void Node::takeKernel(const pbKernelInfo& kernel) {
-    readsPixelCentres_ = readsOnlyPixelCentres(kernel.shaderText);
+void Node::takeKernel(const pbKernelInfo& kernel, const NarrowString& parametersCode) {
+    readsPixelCentres_ =
+        readsOnlyPixelCentres(kernel.shaderText) && readsOnlyPixelCentres(parametersCode);
     for (const pbVariable& input : kernel.inputs) {
         Connection& connection = connections.emplace_back();
         const std::size_t length = std::min(input.wholeName.size(), connection.name.size() - 1);
         std::copy_n(input.wholeName.begin(), length, connection.name.begin());
         connection.wholeName = input.wholeName;
     }
+    chooseParameters();
+}
+
+// A control may be of another kind than the program's uniform (a popup for a float): OpenGL refuses
+// such a value, and it would do so in each frame.
+void Node::chooseParameters() {
+    if (!impl->isLinked)
+        return;
+    parameters_.reserve(graph->parameters.size());
+    glUseProgram(impl->program.get());
+    takeError();
+    for (const auto& parameter : graph->parameters) {
+        parameter->apply(impl->program.get());
+        if (takeError() == GL_NO_ERROR)
+            parameters_.push_back(parameter.get());
+    }
+    glUseProgram(0);
 }
 
 void Node::render(const FrameDescription& frame) {
@@ -36,14 +55,12 @@ void Node::render(const FrameDescription& frame) {
     for (const Connection& connection : connections)
         if (connection.source != nullptr)
             connection.source->render(frame);
-    const GLuint program = impl->program.get();
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, impl->target.framebuffer.get());
     glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
-    glUseProgram(program);
-    applyFrameUniforms(frame, program);
-    for (const auto& parameter : graph->parameters)
-        parameter->apply(program);
-    sendInputs(frame);
+    if (impl->isLinked)
+        useProgram(frame);
+    else
+        glUseProgram(0); // the fixed pipeline draws
     const bool isNearest =
         readsPixelCentres_ && frame.downsampleX == 1.0F && frame.downsampleY == 1.0F;
     if (isNearest)
@@ -54,6 +71,16 @@ void Node::render(const FrameDescription& frame) {
     glUseProgram(0);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     done = true;
+}
+
+void Node::useProgram(const FrameDescription& frame) const {
+    const GLuint program = impl->program.get();
+    glUseProgram(program);
+    applyFrameUniforms(frame, program);
+    for (const GraphParameter* parameter : parameters_)
+        parameter->apply(program);
+    sendInputs(frame);
+    TVM_CHECK_GL("a program's uniforms");
 }
 
 void Node::sendInputs(const FrameDescription& frame) const {

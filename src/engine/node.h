@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "engine/graph_parameter.h"
 #include "engine/node_base.h"
 #include "engine/node_impl.h"
 
@@ -25,10 +26,13 @@ public:
     std::unique_ptr<NodeImpl> impl;
 
 private:
-    void takeKernel(const pbKernelInfo& kernel);
+    void takeKernel(const pbKernelInfo& kernel, const NarrowString& parametersCode);
+    void chooseParameters();
+    void useProgram(const FrameDescription& frame) const;
     void sendInputs(const FrameDescription& frame) const;
     void filterInputs(GLint filter) const;
 
+    HostVector<const GraphParameter*> parameters_; // whose values the program takes; not owned
     bool readsPixelCentres_ = false;
 };
 

@@ -6,6 +6,7 @@
 #include "engine/glsl_generator.h"
 #include "engine/pixel_format.h"
 #include "engine/program_builder.h"
+#include "gpu/errors.h"
 
 NodeImpl::NodeImpl(const pbKernelInfo& kernel, std::uint32_t swizzle) {
     NarrowString vertexText;
@@ -25,6 +26,9 @@ void NodeImpl::buildObjects(std::string_view name, const NarrowString& vertexTex
                             const NarrowString& fragmentText) {
     target = RenderTexture::create();
     program = buildProgram(name, vertexText, fragmentText);
+    GLint linkStatus = GL_FALSE;
+    glGetProgramiv(program.get(), GL_LINK_STATUS, &linkStatus);
+    isLinked = linkStatus == GL_TRUE;
 }
 
 void NodeImpl::draw(const FrameDescription& frame) const {
@@ -50,10 +54,9 @@ void NodeImpl::draw(const FrameDescription& frame) const {
     glVertex2d(width, 0);
     glEnd();
     glFlush();
+    TVM_CHECK_GL("the draw");
 }
 
 void NodeImpl::readPixels(const PixelRead& read) const {
-    glUseProgram(program.get());
     readFramebuffer(target.framebuffer, read);
-    glUseProgram(0);
 }

@@ -22,6 +22,7 @@ public:
 
     RenderTexture target;
     GlProgram program;
+    bool isLinked = false; // otherwise the program cannot be used
 
 private:
     void buildObjects(std::string_view name, const NarrowString& vertexText,

@@ -5,6 +5,7 @@
 #include "engine/cycle_test.h"
 #include "engine/glsl_generator.h"
 #include "engine/image_node.h"
+#include "gpu/errors.h"
 #include "support/report.h"
 
 namespace {
@@ -142,12 +143,27 @@ NodeBase* pbGraph::output() const {
 }
 
 void pbGraph::render(const FrameDescription& frame) {
+    takeError(); // what came before is not this frame's
     output()->render(frame);
 }
 
 void pbGraph::resetNodes() {
     for (const auto& node : nodes)
         node->reset();
+    tellError(takeError());
+}
+
+void pbGraph::tellError(unsigned int error) {
+    const bool isNew = error != frameError;
+    frameError = error;
+    if (error == GL_NO_ERROR)
+        return;
+    NarrowString message("!!!");
+    message.append(name).append(" OpenGL error: ").append(errorText(error)).append("\n");
+    reportMessage(message.c_str(), ChannelTrace);
+    reportMessage(message.c_str(), ChannelInfo);
+    if (isNew) // not once for each frame of a sequence
+        reportMessage(message.append("\n").c_str() + 3, ChannelErrorLog);
 }
 
 std::int32_t pbGraph::imageNodeCount() const {

@@ -28,7 +28,9 @@ public:
     // The graph must be runnable.
     void render(const FrameDescription& frame);
 
-    // Ends the frame for every node.
+    // Ends the frame for every node, and sets frameError. An error is told to the developer and to
+    // the user, and goes to the error log unless the frame before had the same: what was read back
+    // is then not the graph's result.
     void resetNodes();
 
     // The image nodes, counted in the order of `nodes`; null for an index that has none.
@@ -48,10 +50,12 @@ public:
     HostVector<std::unique_ptr<NodeBase>> nodes;
     std::uint32_t swizzle;
     HostVector<std::unique_ptr<GraphParameter>> parameters;
+    unsigned int frameError = 0;  // the first that OpenGL had in the last frame; 0: none
     GlTexture transparentTexture; // for inputs that nothing feeds; exists where there are such
 
 private:
     void tell(const char* reason) const;
+    void tellError(unsigned int error);
     void refuse(const char* reason);
     void buildKernel(const pbKernelInfo& kernelInfo);
     void buildGraph(const pbGraphInfo& graphInfo);

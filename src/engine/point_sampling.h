@@ -8,6 +8,7 @@
 
 #include "support/text.h"
 
-// True when each call in a kernel's text is `sampleNearest`, or samples at `outCoord()` itself.
-// Holds at full resolution: with downsampling the middle of a full-size pixel lies between others.
+// True when each call in a text (a kernel's, or what computes its parameters) is `sampleNearest`,
+// or samples at `outCoord()` itself. Holds at full resolution: with downsampling the middle of a
+// full-size pixel lies between others.
 bool readsOnlyPixelCentres(const NarrowString& shaderText);

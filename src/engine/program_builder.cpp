@@ -4,7 +4,9 @@
 
 #include <array>
 #include <cstdio>
+#include <string>
 
+#include "engine/varying_count.h"
 #include "support/report.h"
 
 namespace {
@@ -32,9 +34,9 @@ void reportFailure(std::string_view name, std::string_view what) {
     reportMessage(message.c_str(), ChannelInfo);
 }
 
-void reportLog(std::string_view name, const char* tag, const InfoLog& log) {
+void reportLog(std::string_view name, const char* tag, std::string_view log) {
     NarrowString message(name);
-    message.append(tag).append(log.data()).append("\n\n");
+    message.append(tag).append(log).append("\n\n");
     reportMessage(message.c_str(), ChannelErrorLog);
 }
 
@@ -49,7 +51,7 @@ void reportCompileFailure(std::string_view name, const Stage& stage, GLuint shad
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fputs("****************************\n", stdout);
     std::fputs(log.data(), stdout);
-    reportLog(name, stage.tag, log);
+    reportLog(name, stage.tag, log.data());
 }
 
 void addStage(GLuint program, std::string_view name, const Stage& stage, const NarrowString& text) {
@@ -65,16 +67,32 @@ void addStage(GLuint program, std::string_view name, const Stage& stage, const N
         reportCompileFailure(name, stage, shader.get(), text);
 }
 
+void reportLinkFailure(std::string_view name, std::string_view log) {
+    reportFailure(name, " program failed to link\n");
+    reportLog(name, "(l)\n", log);
+}
+
+// False, and a report, for a program that OpenGL cannot link, and that some drivers crash over.
+bool checkVaryings(std::string_view name, const NarrowString& fragmentText) {
+    const std::int64_t needed = countVaryingComponents(fragmentText);
+    GLint limit = 0;
+    glGetIntegerv(GL_MAX_VARYING_FLOATS, &limit); // GL_MAX_VARYING_COMPONENTS by its older name
+    if (needed <= limit)
+        return true;
+    reportLinkFailure(name, "The dependents need " + std::to_string(needed) +
+                                " varying components, OpenGL has " + std::to_string(limit) + ".");
+    return false;
+}
+
 void link(GLuint program, std::string_view name) {
     glLinkProgram(program);
     GLint isLinked = GL_FALSE;
     glGetProgramiv(program, GL_LINK_STATUS, &isLinked);
     if (isLinked == GL_TRUE)
         return;
-    reportFailure(name, " program failed to link\n");
     InfoLog log{};
     glGetProgramInfoLog(program, infoLogLimit, nullptr, log.data());
-    reportLog(name, "(l)\n", log);
+    reportLinkFailure(name, log.data());
 }
 
 } // namespace
@@ -84,6 +102,7 @@ GlProgram buildProgram(std::string_view name, const NarrowString& vertexText,
     GlProgram program = GlProgram::create();
     addStage(program.get(), name, vertexStage, vertexText);
     addStage(program.get(), name, fragmentStage, fragmentText);
-    link(program.get(), name);
+    if (checkVaryings(name, fragmentText))
+        link(program.get(), name);
     return program;
 }

@@ -7,6 +7,7 @@
 #include "support/text.h"
 
 // Gives the program whatever came of it; a stage that does not compile is left out of it. `name` is
-// what the messages call it. Needs a current context.
+// what the messages call it. A program that needs more varyings than OpenGL has is not handed to
+// the driver's linker, and reported as one that did not link. Needs a current context.
 GlProgram buildProgram(std::string_view name, const NarrowString& vertexText,
                        const NarrowString& fragmentText);

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "engine/pixel_format.h"
+#include "gpu/errors.h"
 
 namespace {
 
@@ -46,6 +47,7 @@ void RenderTexture::setStorage(std::uint32_t width, std::uint32_t height,
     glBindTexture(GL_TEXTURE_2D, texture.get());
     glTexImage2D(GL_TEXTURE_2D, 0, depth.internalFormat, static_cast<GLsizei>(width),
                  static_cast<GLsizei>(height), 0, format, depth.type, nullptr);
+    TVM_CHECK_GL("a texture's storage");
 }
 
 void RenderTexture::shrink() const {
@@ -60,6 +62,7 @@ void RenderTexture::clear() const {
     glDisable(GL_DEPTH_TEST);
     glClearColor(0, 0, 0, 0);
     glClear(GL_COLOR_BUFFER_BIT);
+    TVM_CHECK_GL("a texture's clearing");
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
@@ -94,5 +97,6 @@ void readFramebuffer(const GlFramebuffer& framebuffer, const PixelRead& read) {
         glReadPixels(read.x, read.y, static_cast<GLsizei>(width), static_cast<GLsizei>(read.height),
                      read.format, read.type, read.pixels);
     }
+    TVM_CHECK_GL("the read back");
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }

@@ -76,7 +76,8 @@ private:
 // The frame of an output: its size and depth, no images yet.
 FrameDescription frameFor(HostImage& output);
 
-// The largest difference between an image and what it should be, over all pixels and channels.
+// The largest difference between an image and what it should be, over all pixels and channels;
+// infinite where either is not a number.
 float largestError(const HostImage& image,
                    const std::function<Pixel(unsigned x, unsigned y)>& expected);
 

@@ -1,0 +1,53 @@
+#include "tests/support/strict_gl.h"
+
+#define GLEW_NO_GLU
+#include <GL/glew.h>
+
+#include <dlfcn.h>
+
+#include <utility>
+#include <vector>
+
+namespace {
+
+int uploads = 0;
+
+template<class Function>
+Function driversOwn(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+constexpr std::size_t largestPixel = 16; // bytes
+
+} // namespace
+
+int takeUploads() {
+    return std::exchange(uploads, 0);
+}
+
+// These two stand in front of the driver's functions of the same name.
+
+void GLAPIENTRY glTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei width,
+                             GLsizei height, GLint border, GLenum format, GLenum type,
+                             const void* pixels) {
+    static const auto real = driversOwn<decltype(&glTexImage2D)>("glTexImage2D");
+    std::vector<char> remains;
+    GLint rowLength = 0;
+    glGetIntegerv(GL_UNPACK_ROW_LENGTH, &rowLength);
+    if (pixels == nullptr) {
+        remains.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
+                           largestPixel,
+                       '\x3f'); // as a float 0.75
+        pixels = remains.data();
+        glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+    }
+    real(target, level, internalFormat, width, height, border, format, type, pixels);
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, rowLength);
+}
+
+void GLAPIENTRY glTexSubImage2D(GLenum target, GLint level, GLint x, GLint y, GLsizei width,
+                                GLsizei height, GLenum format, GLenum type, const void* pixels) {
+    static const auto real = driversOwn<decltype(&glTexSubImage2D)>("glTexSubImage2D");
+    ++uploads;
+    real(target, level, x, y, width, height, format, type, pixels);
+}
