@@ -49,6 +49,23 @@ TEST_F(GpuTest, ADeviceMayBeMadeAndEndedAgainAndAgain) {
             EXPECT_EQ(currentContext(), CurrentContext{});
         }
         EXPECT_FALSE(wglMakeCurrent(device.glDeviceContext, device.glRenderContext));
+        EXPECT_EQ(wglCreateContext(device.glDeviceContext), nullptr) << "it was not released";
+    }
+}
+
+// The class name has 64 bytes, 18 of them in front of the device's name.
+TEST_F(GpuTest, ANameThatDoesNotFitMakesNoDevice) {
+    for (const std::size_t length : {45U, 46U, 47U, 63U, 70U}) {
+        const std::string name(length, 'n');
+        setDeviceName(name.c_str());
+        Device device;
+        createDevice(device.glWindow, device.glDeviceContext, device.glRenderContext);
+        EXPECT_EQ(device.glWindow != nullptr, length == 45) << length;
+        EXPECT_EQ(device.glRenderContext != nullptr, length == 45) << length;
+        WNDCLASSEXA found{};
+        EXPECT_EQ(GetClassInfoExA(nullptr, ("AEGL_WindowDevice_" + name).c_str(), &found) != FALSE,
+                  length == 45);
+        destroyDevice(device.glWindow, device.glDeviceContext, device.glRenderContext);
     }
 }
 

@@ -44,6 +44,7 @@ TEST_F(KernelGrammarTest, makesTheShaderText) {
         {"{union reunion(union)}", "tvek_union reunion(tvek_union)"},
         {"{a/* { */b// }\nc}", "a b\nc"},
         {"{if (a < b) { output = c; }}", "if (a < b) { output c }"},
+        {"{input image4 a }; < b > c", "input image4 a };  c"}, // the brace closed the kernel
         {"{#define A ( \"[\n#undef A\nint i;}", "#define A ( \"[\n#undef A\nint i;"},
         {"{#define A input x\nb;}", "#define A input x\nb;"},
         {"{void evaluateDependents() { if (a) { b; } }c}",
@@ -91,6 +92,9 @@ const std::tuple<const char*, const char*, pbValue> valueCases[] = {
     {"float2", "1e-3", floats({1, -3})},
     {"float2", "float2(-1.0, 1.0)", floats({-1, 1})},
     {"float2", "float2(0.5)", floats({0.5F, 0})},
+    {"float3", "true, 2, false", floats({1, 2, 0})},
+    {"float3", "- a, 1, -(2)", floats({1, -2})},
+    {"float2", "1 'a; -' 2", floats({1, 2})},
     {"float4", "float4(1,2,3,4,5)", floats({1, 2, 3, 4})},
     {"pixel4", "(1 2) (3 4)", floats({1, 2, 3, 4})},
     {"float3x3", "1,2,3,4,5,6,7,8,9,10", floats({1, 2, 3, 4, 5, 6, 7, 8, 9})},
@@ -99,6 +103,7 @@ const std::tuple<const char*, const char*, pbValue> valueCases[] = {
     {"int", "99999999999999999999", ints({2147483647})},
     {"int2", "int2(true, -3.9)", ints({1, -3})},
     {"bool3", "true,false,true,true", bools({1, 0, 1})},
+    {"bool3", "0.5, 0.0, -2", bools({1, 0, 1})},
     {"string", "'a' 1", ints({})},
 };
 
@@ -130,6 +135,18 @@ TEST_F(KernelGrammarTest, readsAParametersMetadata) {
     EXPECT_FALSE(parameter.minValue.isSet);
     const pbPointDefault& point = parameter.aePointRelativeDefaultValue;
     EXPECT_TRUE(point.isSet && point.x == 0.25F && point.y == -0.5F);
+}
+
+// An unquoted text reads as empty and uses up no more than its own end.
+TEST_F(KernelGrammarTest, readsAnUnquotedTextAsEmpty) {
+    const pbParameter parameter = parsedParameter(
+        "float", "aeUIControl: aePopup; parameterType: time; displayName: Size; aeDisplayName: S;"
+                 "enumValues: 0; aePopupString: A; minValue: 2;");
+    EXPECT_EQ(std::pair(parameter.aeUIControl, parameter.parameterType),
+              std::pair(pbControlNone, pbParameterNone));
+    EXPECT_EQ(joined({parameter.displayName, parameter.aeDisplayName}), "|");
+    EXPECT_TRUE(parameter.enumValues.view().empty() && parameter.aePopupString.view().empty());
+    EXPECT_TRUE(parameter.minValue.isSet && parameter.minValue.value == floats({2}));
 }
 
 TEST_F(KernelGrammarTest, startsEachDeclaratorAnew) {

@@ -99,6 +99,53 @@ TEST_F(KglTest, EachPairOfKindsIsDrawnIntoByDepthAndGoesWithItsNames) {
     }
 }
 
+TEST_F(KglTest, BuffersStartWithTheirFormatsAndTakeThoseOfTheTarget) {
+    const auto textured = [](const kglBufferObject& buffer) -> const kglTextureBuffer& {
+        return static_cast<const kglTextureBuffer&>(buffer);
+    };
+    const auto bare = makeObject<kglTextureBuffer>(GL_TEXTURE_2D);
+    EXPECT_EQ(Numbers({bare->level, bare->internalFormat, bare->width, bare->height, bare->border,
+                       int(bare->format), int(bare->target), int(bare->type), bare->zOffset}),
+              Numbers({0, GL_RGBA32F_ARB, 0, 0, 0, GL_RGBA, GL_TEXTURE_2D, GL_UNSIGNED_BYTE, 0}));
+    const auto storage = makeObject<kglRenderBuffer>();
+    storage->setSize(2, 1);
+    EXPECT_EQ(storageOf(*storage), Numbers({2, 1, GL_RGBA}));
+
+    const auto target = makeObject<kglRenderTarget>(Texture, Texture);
+    const kglTextureBuffer& color = textured(target->getColorBuffer());
+    const kglTextureBuffer& depth = textured(target->getDepthBuffer());
+    EXPECT_EQ(Numbers({int(color.type), int(depth.type)}), Numbers({GL_UNSIGNED_BYTE, GL_FLOAT}));
+    EXPECT_EQ(depth.internalFormat, GL_DEPTH_COMPONENT);
+    for (const kglTextureBuffer* buffer : {&color, &depth}) {
+        glBindTexture(GL_TEXTURE_2D, buffer->getName());
+        Numbers found(4);
+        for (int k = 0; k < 4; ++k)
+            glGetTexParameteriv(GL_TEXTURE_2D,
+                                std::array{GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T,
+                                           GL_TEXTURE_MIN_FILTER, GL_TEXTURE_MAG_FILTER}[k],
+                                &found[k]);
+        EXPECT_EQ(found, Numbers({GL_CLAMP, GL_CLAMP, GL_LINEAR, GL_LINEAR}));
+    }
+    target->setSize(2, 2, GL_SHORT);
+    EXPECT_EQ(Numbers({int(color.type), int(depth.type)}), Numbers({GL_SHORT, GL_SHORT}));
+}
+
+TEST_F(KglTest, ColourIsDeletedBeforeDepth) {
+    static Numbers deleted;
+    static PFNGLDELETERENDERBUFFERSEXTPROC really;
+    deleted.clear();
+    auto target = makeObject<kglRenderTarget>(RenderBuffer, RenderBuffer);
+    const Numbers expected{int(target->getColorBuffer().getName()),
+                           int(target->getDepthBuffer().getName())};
+    really = std::exchange(__glewDeleteRenderbuffersEXT, [](GLsizei count, const GLuint* names) {
+        deleted.insert(deleted.end(), names, names + count);
+        really(count, names);
+    });
+    target.reset();
+    __glewDeleteRenderbuffersEXT = really;
+    EXPECT_EQ(deleted, expected);
+}
+
 TEST_F(KglTest, ADepthTextureInTheFormatOfColourIsRefusedAndTellsIt) {
     setenv("TVELMARONDINE_DEBUG", "1", 1);
     testing::internal::CaptureStderr();

@@ -58,6 +58,7 @@ TEST_F(ShaderReaderTest, countsInCodeAlone) {
         {"#define A {(\n}", {1, -1, 0, ShaderReader::Code}},
         {"#a \\\n{\n(", {2, 0, 1, ShaderReader::Code}},
         {"#a {", {0, 0, 0, ShaderReader::Preprocessor}},
+        {"#a // \\\n{", {1, 1, 0, ShaderReader::Code}}, // no backslash continues a comment
         {"#a /* {\n } */ (", {1, 0, 1, ShaderReader::Code}},
         {"\"'{'\"{", {0, 1, 0, ShaderReader::Code}},
         {"\"\\\"{", {0, 0, 0, ShaderReader::DoubleQuoted}},
@@ -83,6 +84,8 @@ TEST_F(ShaderReaderTest, readsTheNextOfAKind) {
         {" 12+name x", identifier, "", "name", " x"},
         {";float", identifier, ";", "", "float"},
         {"12;", identifier, "", "", ""},
+        {"1 stop x", identifier, "stop", "", " x"},
+        {"a 2 3", number, "2", "", " 3"},
         {": 1.5f;>", number, ">", "1.5f", ";>"},
         {"abc > 5", number, ">", "", " 5"},
         {": \"a\\\"b\";", string, ";", "a\\\"b", "\";"},

@@ -82,6 +82,23 @@ TEST(XmlGuard, refusesNoDecentDocument) {
 
 class HostileGraphTest : public RunningCommand {};
 
+// The parser gives up at the first word that is no attribute, and what it has read so far stands.
+TEST_F(HostileGraphTest, readsAGraphWithPlainWordsInAnElement) {
+    const std::string words = repeated("word ", 300);
+    for (const std::string& piece :
+         {"<y " + words + ">", "<y a='1' " + words, "<y " + words + "='1'"}) {
+        pbGraphInfo graph;
+        EXPECT_EQ(
+            readGraphText("<graph name='g' ><connect/>" + piece + repeated("<a>", 300), graph), 0);
+        EXPECT_EQ(std::string(graph.name.data()), "g") << piece;
+    }
+    std::string attributes;
+    for (int i = 0; i < 300; ++i)
+        attributes += "a" + std::to_string(i) + "='' ";
+    pbGraphInfo graph;
+    EXPECT_EQ(readGraphText("<graph " + attributes + "/>", graph), 1) << "those are attributes";
+}
+
 TEST_F(HostileGraphTest, survivesAMegabyteOfAnything) {
     const std::array<const char*, 3> cases[] = {
         // the start, a piece again and again, the end

@@ -5,8 +5,9 @@
 
 namespace {
 
-// Where TinyXML gives up, the guard may go on: it then only counts what nobody will see. What it
-// must never do is pass over an element that TinyXML enters, or close one that TinyXML does not.
+// TinyXML gives up the whole text at an error; where the guard cannot tell that, it goes on and
+// counts what is never seen. What it must never do is pass over an element that TinyXML enters, or
+// close one that TinyXML does not.
 class XmlGuard {
 public:
     XmlGuard(std::string_view text, int nestingLimit, int attributeLimit)
@@ -35,11 +36,12 @@ private:
     void skipName();
     void skipPast(std::string_view end);
     void skipText(char end);
-    void skipAttribute();
+    bool skipAttribute();
     void skipDeclaration();
     void skipMarkup();
     void closeElement();
     bool openElement();
+    void stop() { at_ = text_.size(); }
 
     std::string_view text_;
     int nestingLimit_;
@@ -93,16 +95,19 @@ void XmlGuard::skipText(char end) {
     }
 }
 
-void XmlGuard::skipAttribute() {
+// False, somewhere in it, for one that has no name, no '=' or no value.
+bool XmlGuard::skipAttribute() {
     skipBlanks();
+    if (isAtEnd() || !isNameStart(current()))
+        return false;
     skipName();
     skipBlanks();
     if (isAtEnd() || current() != '=')
-        return;
+        return false;
     ++at_;
     skipBlanks();
     if (isAtEnd())
-        return;
+        return false;
     const char first = text_[at_];
     if (first == '"' || first == '\'') {
         ++at_;
@@ -112,6 +117,7 @@ void XmlGuard::skipAttribute() {
         while (!isAtEnd() && !isBlank(current()) && current() != '/' && current() != '>')
             ++at_;
     }
+    return true;
 }
 
 void XmlGuard::skipDeclaration() {
@@ -171,12 +177,12 @@ bool XmlGuard::openElement() {
             ++at_;
             return ++depth_ <= nestingLimit_;
         }
+        if (!skipAttribute()) {
+            stop(); // as TinyXML does
+            return true;
+        }
         if (attributes == attributeLimit_)
             return false;
-        const std::size_t before = at_;
-        skipAttribute();
-        if (at_ == before) // no attribute: TinyXML ends here
-            return true;
     }
     return true;
 }

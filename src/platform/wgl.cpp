@@ -117,6 +117,7 @@ int ReleaseDC(HWND window, HDC deviceContext) {
         eglDestroySurface(deviceContext->display, deviceContext->pbuffer);
         *deviceContext = HDC__{deviceContext->display, EGL_NO_SURFACE, EGL_NO_SURFACE};
     }
+    deviceContext->config = nullptr;
     return 1;
 }
 

@@ -46,7 +46,8 @@ inline constexpr DWORD PFD_DRAW_TO_WINDOW = 0x04;
 inline constexpr DWORD PFD_SUPPORT_OPENGL = 0x20;
 inline constexpr BYTE PFD_TYPE_RGBA = 0;
 
-// Null without such a window or without a display; ReleaseDC gives 1 for success, 0 otherwise.
+// Null without such a window or without a display; ReleaseDC takes the pixel format away and gives
+// 1 for success, 0 otherwise.
 HDC GetDC(HWND window);
 int ReleaseDC(HWND window, HDC deviceContext);
 
