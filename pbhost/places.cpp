@@ -21,15 +21,18 @@ fs::path findModule(const std::string& option) {
     const std::string named = option.empty() ? environment("TVELMARONDINE_MODULE") : option;
     std::error_code ignored;
     const fs::path own = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    // Beside the program or one folder above in a build, under lib where it is installed.
     for (const fs::path& path :
-         {fs::path(named), own / "Tvelmarondine.so", own.parent_path() / "Tvelmarondine.so"}) {
+         {fs::path(named), own / "Tvelmarondine.so", own.parent_path() / "Tvelmarondine.so",
+          own.parent_path() / "lib/tvelmarondine/Tvelmarondine.so"}) {
         if (!path.empty() && fs::is_regular_file(path, ignored))
             return path;
         if (!path.empty() && path == named)
             throw Failure(ExitCode::Usage, named + ": there is no such module");
     }
-    throw Failure(ExitCode::Usage, "Tvelmarondine.so lies neither beside the program nor one "
-                                   "folder above; say where with --module FILE");
+    throw Failure(ExitCode::Usage, "Tvelmarondine.so lies neither beside the program, nor one "
+                                   "folder above, nor in ../lib/tvelmarondine; say where with "
+                                   "--module FILE");
 }
 
 fs::path preferencesFile(const std::string& option) {

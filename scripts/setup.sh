@@ -3,19 +3,21 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Prints the packages of packages.txt that are not installed.
+# missing_packages LIST...: prints the packages of these files that are not installed.
 missing_packages() {
     local wanted installed
-    wanted=$(cat "$root/packages.txt")
+    wanted=$(cat "$@")
     # shellcheck disable=SC2086  # one word a package
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
         sed -n 's/^installed //p' | sed 's/:.*//')
     comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
 }
 
+# install_packages [LIST...]: installs what is missing of these files; without any, of packages.txt.
 install_packages() {
     local missing sudo=
-    missing=$(missing_packages)
+    [ $# -gt 0 ] || set -- "$root/packages.txt"
+    missing=$(missing_packages "$@")
     [ -n "$missing" ] || return 0
     if [ "$(id -u)" != 0 ]; then
         command -v sudo >/dev/null || {

@@ -1,0 +1,26 @@
+// A project file's JSON, put into the controls of an instance that shows every kind of them.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "fuzz/control_kinds.h"
+#include "pbhost/failure.h"
+#include "pbhost/project_file.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static fuzz::SceneOfAllKinds& all = *new fuzz::SceneOfAllKinds;
+    static const int file = ::memfd_create("project", 0);
+    static const std::string path = "/proc/self/fd/" + std::to_string(file);
+    fuzz::require(::ftruncate(file, 0) == 0, "the file cannot be emptied");
+    fuzz::require(::pwrite(file, data, size, 0) == static_cast<ssize_t>(size), "a short write");
+    try {
+        pbhost::fillControls(all.scene, path, pbhost::readProject(path));
+    } catch (const pbhost::Failure&) {
+        // The answer to a file that is no project.
+    }
+    for (std::size_t i = 1; i < all.scene.effect.definitions.size(); ++i)
+        all.scene.effect.control(i).keyframes.clear();
+    fuzz::requireNothingLeft(all.handles);
+    return 0;
+}

@@ -1,0 +1,16 @@
+// The one persistent setting: the folder under which the module looks for a file that has moved.
+// The input is the text of the preference.
+#include "fuzz/fuzz_support.h"
+#include "pbhost/temporary_files.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // The setting lies under a folder of the target's own: the search must not walk the machine.
+    static const pbhost::TemporaryFolder folder;
+    static fuzz::Instance& instance = *new fuzz::Instance;
+    const std::string value = folder.path + "/" + std::string(fuzz::textOf(data, size));
+    instance.host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", value);
+    instance.open(std::string_view("\1\0\0\0\0\0\0\0/none/lost.pbk", 23));
+    const std::string written = instance.close();
+    fuzz::require(fuzz::pathOfBlock(written) == "/none/lost.pbk", "the path changed");
+    return 0;
+}

@@ -1,0 +1,16 @@
+// A text of --set, put into the controls of an instance that shows every kind of them.
+#include "fuzz/control_kinds.h"
+#include "pbhost/control_setting.h"
+#include "pbhost/failure.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static fuzz::SceneOfAllKinds& all = *new fuzz::SceneOfAllKinds;
+    try {
+        const std::string text(fuzz::textOf(data, size));
+        pbhost::applySetting(all.scene.effect, pbhost::parseSetting("--set", text), 0);
+    } catch (const pbhost::Failure&) {
+        // The answer to a text that fits no control.
+    }
+    fuzz::requireNothingLeft(all.handles);
+    return 0;
+}
