@@ -2,129 +2,96 @@
 
 namespace {
 
-// Each of these three gives false when its table has no row for the parameter.
+using Upload = void (*)(GLint location, const pbValue& value);
 
-bool applyByControl(GLint location, pbUIControl control, pbElementType type, const pbValue& value) {
-    const float* floats = value.floats.data();
-    switch (control) {
-    case pbControlPopup:
-        glUniform1i(location, value.ints[0]);
-        return true;
-    case pbControlAngle:
-    case pbControlPercentSlider:
-    case pbControlOneChannelColor:
-        glUniform1f(location, floats[0]);
-        return true;
-    case pbControlPoint:
-        glUniform2f(location, floats[0], floats[1]);
-        return true;
-    case pbControlColor:
-        if (type == pbTypeFloat4 || type == pbTypePixel4)
-            glUniform4fv(location, 1, floats);
-        else if (type == pbTypeFloat3 || type == pbTypePixel3)
-            glUniform3fv(location, 1, floats);
-        return true;
-    case pbControlNone:
-        break;
-    }
-    return false;
+void uploadNothing(GLint, const pbValue&) {}
+
+template<int count>
+void uploadFloats(GLint location, const pbValue& value) {
+    constexpr auto send = std::array{&glUniform1fv, &glUniform2fv, &glUniform3fv, &glUniform4fv};
+    (*send[count - 1])(location, 1, value.floats.data());
 }
 
-bool applyByParameterType(GLint location, pbParameterType type, const pbValue& value) {
-    const float* floats = value.floats.data();
-    switch (type) {
-    case pbParameterAngleDegrees:
-        glUniform1f(location, floats[0]);
-        return true;
-    case pbParameterPosition:
-        glUniform2f(location, floats[0], floats[1]);
-        return true;
-    case pbParameterColorRGB:
-        glUniform3fv(location, 1, floats);
-        return true;
-    case pbParameterColorRGBA:
-        glUniform4fv(location, 1, floats);
-        return true;
-    case pbParameterEnum:
-        glUniform1i(location, value.ints[0]);
-        return true;
-    default:
-        return false;
-    }
+template<int count>
+void uploadInts(GLint location, const pbValue& value) {
+    constexpr auto send = std::array{&glUniform1iv, &glUniform2iv, &glUniform3iv, &glUniform4iv};
+    (*send[count - 1])(location, 1, value.ints.data());
 }
 
-void sendInts(GLint location, int count, const std::array<std::int32_t, 16>& v) {
-    switch (count) {
-    case 1:
-        glUniform1i(location, v[0]);
-        break;
-    case 2:
-        glUniform2i(location, v[0], v[1]);
-        break;
-    case 3:
-        glUniform3i(location, v[0], v[1], v[2]);
-        break;
-    default:
-        glUniform4i(location, v[0], v[1], v[2], v[3]);
-        break;
-    }
+template<int count>
+void uploadBools(GLint location, const pbValue& value) {
+    pbValue truths;
+    for (std::size_t k = 0; k < count; ++k)
+        truths.ints[k] = value.bytes[k] != 0 ? 1 : 0;
+    uploadInts<count>(location, truths);
 }
 
-void sendFloats(GLint location, pbElementType type, const std::array<float, 16>& v) {
-    switch (type) {
-    case pbTypeFloat2x2:
-        glUniformMatrix2fv(location, 1, GL_FALSE, v.data());
-        return;
-    case pbTypeFloat3x3:
-        glUniformMatrix3fv(location, 1, GL_FALSE, v.data());
-        return;
-    case pbTypeFloat4x4:
-        glUniformMatrix4fv(location, 1, GL_FALSE, v.data());
-        return;
-    default:
-        break;
-    }
-    switch (componentCount(type)) {
-    case 1:
-        glUniform1f(location, v[0]);
-        break;
-    case 2:
-        glUniform2f(location, v[0], v[1]);
-        break;
-    case 3:
-        glUniform3f(location, v[0], v[1], v[2]);
-        break;
-    default:
-        glUniform4f(location, v[0], v[1], v[2], v[3]);
-        break;
-    }
+template<int size>
+void uploadMatrix(GLint location, const pbValue& value) {
+    constexpr auto send = std::array{&glUniformMatrix2fv, &glUniformMatrix3fv, &glUniformMatrix4fv};
+    (*send[size - 2])(location, 1, GL_FALSE, value.floats.data());
 }
 
-void applyByElementType(GLint location, pbElementType type, const pbValue& value) {
-    switch (componentBase(type)) {
-    case pbScalarInt:
-        sendInts(location, componentCount(type), value.ints);
-        break;
-    case pbScalarFloat:
-        sendFloats(location, type, value.floats);
-        break;
-    case pbScalarBool: {
-        std::array<std::int32_t, 16> truths{};
-        for (std::size_t k = 0; k < truths.size(); ++k)
-            truths[k] = value.bytes[k] != 0 ? 1 : 0;
-        sendInts(location, componentCount(type), truths);
-        break;
-    }
-    case pbScalarNone:
-        break;
-    }
+// By the hint for the control; null: the hint decides nothing. In the order of pbUIControl.
+constexpr std::array<Upload, 7> uploadsOfHints = {
+    nullptr,
+    uploadInts<1>,   // popup
+    uploadFloats<1>, // angle
+    uploadFloats<1>, // percent slider
+    uploadFloats<1>, // one-channel colour
+    uploadFloats<2>, // point
+    nullptr,         // colour: by the element type, see uploadOfColor
+};
+
+// By the parameter type; null: it decides nothing. In the order of pbParameterType.
+constexpr std::array<Upload, 14> uploadsOfParameterTypes = {
+    nullptr,         uploadFloats<1>, // angleDegrees
+    nullptr,         nullptr,         nullptr, nullptr,
+    uploadFloats<2>, // position
+    nullptr,
+    uploadFloats<3>, // colorRGB
+    nullptr,
+    uploadFloats<4>, // colorRGBA
+    uploadInts<1>,   // enum
+    nullptr,         nullptr,
+};
+
+// By the element type alone, in the order of pbElementType.
+constexpr std::array<Upload, 25> uploadsOfElementTypes = {
+    uploadNothing,   uploadInts<1>,   uploadInts<2>,   uploadInts<3>,
+    uploadInts<4>,   uploadFloats<1>, uploadFloats<2>, uploadFloats<3>,
+    uploadFloats<4>, uploadMatrix<2>, uploadMatrix<3>, uploadMatrix<4>,
+    uploadBools<1>,  uploadBools<2>,  uploadBools<3>,  uploadBools<4>,
+    uploadNothing, // string
+    uploadNothing, // image1 to image4
+    uploadNothing,   uploadNothing,   uploadNothing,
+    uploadFloats<1>, // pixel1 to pixel4
+    uploadFloats<2>, uploadFloats<3>, uploadFloats<4>,
+};
+
+// A colour has three or four components, or none that could be sent.
+Upload uploadOfColor(pbElementType type) {
+    if (type == pbTypeFloat4 || type == pbTypePixel4)
+        return uploadFloats<4>;
+    return type == pbTypeFloat3 || type == pbTypePixel3 ? uploadFloats<3> : uploadNothing;
+}
+
+// The hint goes before the parameter type, and that before the element type.
+Upload uploadOf(const pbParameter& parameter) {
+    if (parameter.aeUIControl == pbControlColor)
+        return uploadOfColor(parameter.type);
+    if (const Upload upload = uploadsOfHints.at(parameter.aeUIControl))
+        return upload;
+    if (const Upload upload = uploadsOfParameterTypes.at(parameter.parameterType))
+        return upload;
+    return uploadsOfElementTypes.at(parameter.type);
 }
 
 } // namespace
 
+GraphParameter::GraphParameter(const pbParameter& source)
+    : parameter(source), value(source.defaultValue.value), upload_(uploadOf(source)) {}
+
 void GraphParameter::apply(GLuint program) const {
-    const GLint location = glGetUniformLocation(program, parameter.wholeName.c_str());
-    if (!applyByControl(location, parameter.aeUIControl, parameter.type, value) &&
-        !applyByParameterType(location, parameter.parameterType, value))
-        applyByElementType(location, parameter.type, value);
+    upload_(glGetUniformLocation(program, parameter.wholeName.c_str()), value);
 }

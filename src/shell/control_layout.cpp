@@ -2,71 +2,57 @@
 
 namespace {
 
-constexpr std::int32_t lastLayerControl = controlPools[0].end() - 1;
+constexpr PF_Fixed fixedOne = 1 << 16;
+constexpr A_long widestValue = 32767;
+constexpr A_long sliderReach = 254;
+constexpr PF_Fixed middle = 50 * fixedOne; // percent
+constexpr PF_Pixel red = {255, 255, 0, 0};
 
-ControlForm formOfHint(pbUIControl control) {
-    switch (control) {
-    case pbControlPopup:
-        return ControlForm::Popup;
-    case pbControlAngle:
-        return ControlForm::Angle;
-    case pbControlPercentSlider:
-        return ControlForm::PercentSlider;
-    case pbControlOneChannelColor:
-        return ControlForm::OneChannelColor;
-    case pbControlPoint:
-        return ControlForm::Point;
-    case pbControlColor:
-        return ControlForm::Color;
-    case pbControlNone:
-        break;
-    }
-    return ControlForm::None;
+constexpr char popupChoices[] = "0|1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17|18|19|20|21|22|23|24|"
+                                "25|26|27|28|29|30|31";
+
+void defineLayer(PF_ParamDef&) {}
+
+void defineCheckbox(PF_ParamDef& definition) {
+    definition.u.bd.u.nameptr = "";
 }
 
-ControlForm formOfType(pbParameterType type) {
-    switch (type) {
-    case pbParameterAngleDegrees:
-        return ControlForm::AngleDegrees;
-    case pbParameterPosition:
-        return ControlForm::Position;
-    case pbParameterColorRGB:
-        return ControlForm::ColorRGB;
-    case pbParameterColorRGBA:
-        return ControlForm::ColorRGBA;
-    case pbParameterEnum:
-        return ControlForm::Enum;
-    default:
-        return ControlForm::None;
-    }
+void definePopup(PF_ParamDef& definition) {
+    PF_PopupDef& popup = definition.u.pd;
+    popup.value = 1;
+    popup.num_choices = 32;
+    popup.dephault = 1;
+    popup.u.namesptr = popupChoices;
 }
 
-// Percent is a way to show numbers with a fraction; whole numbers and switches stay what they are.
-ControlForm formOfComponents(const pbParameter& parameter) {
-    switch (componentBase(parameter.type)) {
-    case pbScalarInt:
-        return ControlForm::Ints;
-    case pbScalarFloat:
-        return parameter.parameterType == pbParameterPercentage ? ControlForm::Percentages
-                                                                : ControlForm::Floats;
-    case pbScalarBool:
-        return ControlForm::Bools;
-    default:
-        return ControlForm::None;
-    }
+void defineSlider(PF_ParamDef& definition) {
+    PF_SliderDef& slider = definition.u.sd;
+    slider.valid_min = -widestValue;
+    slider.valid_max = widestValue;
+    slider.slider_min = -sliderReach;
+    slider.slider_max = sliderReach;
 }
 
-bool hasOneControlForAll(ControlForm form) {
-    switch (form) {
-    case ControlForm::None:
-    case ControlForm::Percentages:
-    case ControlForm::Ints:
-    case ControlForm::Floats:
-    case ControlForm::Bools:
-        return false;
-    default:
-        return true;
-    }
+void defineFixedSlider(PF_ParamDef& definition) {
+    PF_FixedSliderDef& slider = definition.u.fs_d;
+    slider.valid_min = -widestValue * fixedOne;
+    slider.valid_max = widestValue * fixedOne;
+    slider.slider_min = -sliderReach * fixedOne;
+    slider.slider_max = sliderReach * fixedOne;
+    slider.precision = 1;
+}
+
+void definePoint(PF_ParamDef& definition) {
+    PF_PointDef& point = definition.u.td;
+    point.x_value = point.y_value = point.x_dephault = point.y_dephault = middle;
+}
+
+void defineAngle(PF_ParamDef& definition) {
+    definition.flags = PF_ParamFlag_START_COLLAPSED;
+}
+
+void defineColor(PF_ParamDef& definition) {
+    definition.u.cd.value = definition.u.cd.dephault = red;
 }
 
 // Hands out the controls of each pool from its start on.
@@ -88,57 +74,34 @@ public:
     }
 
 private:
-    std::array<std::int32_t, controlPools.size()> taken_{};
+    std::array<std::int32_t, std::tuple_size_v<decltype(controlPools)>> taken_{};
 };
 
 } // namespace
 
-ControlForm controlForm(const pbParameter& parameter) {
-    if (componentCount(parameter.type) == 0)
-        return ControlForm::None;
-    if (const ControlForm form = formOfHint(parameter.aeUIControl); form != ControlForm::None)
-        return form;
-    if (const ControlForm form = formOfType(parameter.parameterType); form != ControlForm::None)
-        return form;
-    return formOfComponents(parameter);
-}
-
-PF_ParamType controlType(ControlForm form) {
-    switch (form) {
-    case ControlForm::Popup:
-    case ControlForm::Enum:
-        return PF_Param_POPUP;
-    case ControlForm::Angle:
-    case ControlForm::AngleDegrees:
-        return PF_Param_ANGLE;
-    case ControlForm::Point:
-    case ControlForm::Position:
-        return PF_Param_POINT;
-    case ControlForm::Color:
-    case ControlForm::ColorRGB:
-    case ControlForm::ColorRGBA:
-        return PF_Param_COLOR;
-    case ControlForm::Ints:
-        return PF_Param_SLIDER;
-    case ControlForm::Bools:
-        return PF_Param_CHECKBOX;
-    default:
-        return PF_Param_FIX_SLIDER;
-    }
-}
+constexpr std::array<ControlPool, 8> controlPools = {{
+    {PF_Param_LAYER, 1, layerControlCount, "layer2", defineLayer},
+    {PF_Param_CHECKBOX, 4, 20, "checkbox", defineCheckbox},
+    {PF_Param_POPUP, 24, 10, "popup", definePopup},
+    {PF_Param_SLIDER, 34, 10, "slider", defineSlider},
+    {PF_Param_FIX_SLIDER, 44, 50, "fixed", defineFixedSlider},
+    {PF_Param_POINT, 94, 10, "point", definePoint},
+    {PF_Param_ANGLE, 104, 10, "angle", defineAngle},
+    {PF_Param_COLOR, 114, 10, "color", defineColor},
+}};
 
 std::int32_t controlsOf(const pbParameter& parameter) {
-    return hasOneControlForAll(controlForm(parameter)) ? 1 : componentCount(parameter.type);
+    const ControlForm* form = controlForm(parameter);
+    return form == nullptr || form->isPerComponent ? componentCount(parameter.type) : 1;
 }
 
 void assignSlots(pbGraph& graph) {
     for (std::int32_t i = 0; i < graph.imageNodeCount(); ++i)
-        graph.imageNodeAt(i)->slot = i <= lastLayerControl ? i : -1;
+        graph.imageNodeAt(i)->slot = i <= layerControlCount ? i : -1;
     FreeControls controls;
     for (const auto& parameter : graph.parameters) {
-        const ControlForm form = controlForm(parameter->parameter);
-        parameter->slot = form == ControlForm::None
-                              ? -1
-                              : controls.take(controlType(form), controlsOf(parameter->parameter));
+        const ControlForm* form = controlForm(parameter->parameter);
+        parameter->slot =
+            form == nullptr ? -1 : controls.take(form->pool, controlsOf(parameter->parameter));
     }
 }

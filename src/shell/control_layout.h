@@ -9,57 +9,24 @@
 
 #include "engine/image_node.h"
 #include "engine/pb_graph.h"
-#include "sdk/pf_params.h"
+#include "shell/control_forms.h"
 
-inline constexpr std::int32_t controlCount = 124; // index 0 is the host's own input layer
+inline constexpr std::int32_t controlCount = 124;    // index 0 is the host's own input layer
+inline constexpr std::int32_t layerControlCount = 3; // from index 1 on
 
 // Controls of one kind, next to each other.
 struct ControlPool {
     PF_ParamType type;
     std::int32_t first;
     std::int32_t count;
-    const char* name; // until a kernel gives its own
+    const char* name;                        // until a kernel gives its own
+    void (*define)(PF_ParamDef& definition); // fills in what differs from a record of zeros
 
     constexpr std::int32_t end() const { return first + count; }
 };
 
 // In the order of the list.
-inline constexpr std::array<ControlPool, 8> controlPools = {{
-    {PF_Param_LAYER, 1, 3, "layer2"},
-    {PF_Param_CHECKBOX, 4, 20, "checkbox"},
-    {PF_Param_POPUP, 24, 10, "popup"},
-    {PF_Param_SLIDER, 34, 10, "slider"},
-    {PF_Param_FIX_SLIDER, 44, 50, "fixed"},
-    {PF_Param_POINT, 94, 10, "point"},
-    {PF_Param_ANGLE, 104, 10, "angle"},
-    {PF_Param_COLOR, 114, 10, "color"},
-}};
-
-// How a parameter meets the user: its hint for the control goes before its type, and that before
-// its plain components. None has no control.
-enum class ControlForm {
-    None,
-    Popup,
-    Angle,
-    PercentSlider,
-    OneChannelColor,
-    Point,
-    Color,
-    AngleDegrees,
-    Position,
-    ColorRGB,
-    ColorRGBA,
-    Enum,
-    Percentages, // a slider in percent for each component
-    Ints,
-    Floats,
-    Bools,
-};
-
-ControlForm controlForm(const pbParameter& parameter);
-
-// The pool's type. Not for None.
-PF_ParamType controlType(ControlForm form);
+extern const std::array<ControlPool, 8> controlPools;
 
 // The controls that the parameter takes, next to each other: one for each component, or one alone.
 std::int32_t controlsOf(const pbParameter& parameter);

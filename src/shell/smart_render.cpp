@@ -126,14 +126,14 @@ public:
     }
 
 private:
-    std::array<std::optional<ParamCheckout>, controlPools[0].count> checkouts_;
+    std::array<std::optional<ParamCheckout>, layerControlCount> checkouts_;
 };
 
 void renderGraph(PF_InData& inData, pbGraph& graph, const Worlds& worlds) {
     ParamCheckout controls(&inData);
     FrameDescription frame = describeFrame(inData, worlds);
     const LayerImages layers(inData, graph, frame);
-    readParameters(graph, controls, frame.downsampleX, frame.downsampleY);
+    readParameters(graph, controls, {frame.downsampleX, frame.downsampleY});
     graph.render(frame);
     FrameDescription target;
     describeWorld(target, *worlds.output, frame.componentBytes);

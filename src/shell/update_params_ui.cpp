@@ -8,9 +8,8 @@
 #include "host/interface.h"
 #include "host/stream.h"
 #include "shell/commands.h"
-#include "shell/control_dressing.h"
+#include "shell/control_configuration.h"
 #include "shell/control_layout.h"
-#include "shell/control_values.h"
 #include "shell/sequence_data.h"
 #include "support/utf.h"
 
@@ -78,45 +77,12 @@ void showOnly(const PF_InData& inData, const ControlSet& used) {
                                              !used.test(static_cast<std::size_t>(index)));
 }
 
-AEGP_StreamVal2 pointValue(double x, double y) {
-    AEGP_StreamVal2 value{};
-    value.two_d = {x, y};
-    return value;
-}
-
-// The kernel's default for control k of a parameter, as the stored value of that control.
-AEGP_StreamVal2 defaultOf(const pbParameter& parameter, std::size_t k, const PF_InData& inData) {
-    const auto component = [&](std::size_t index) {
-        return componentNumber(parameter.type, parameter.defaultValue.value, index);
-    };
-    AEGP_StreamVal2 value{};
-    switch (controlForm(parameter)) {
-    case ControlForm::Point:
-        if (const pbPointDefault& relative = parameter.aePointRelativeDefaultValue; relative.isSet)
-            return pointValue(relative.x * static_cast<double>(inData.width),
-                              relative.y * static_cast<double>(inData.height));
-        [[fallthrough]];
-    case ControlForm::Position:
-        return pointValue(component(0), component(1));
-    case ControlForm::ColorRGB:
-        value.color = {1.0, component(0), component(1), component(2)};
-        return value;
-    case ControlForm::Color:
-    case ControlForm::ColorRGBA:
-        value.color = {parameter.parameterType == pbParameterColorRGB ? 1.0 : component(3),
-                       component(0), component(1), component(2)};
-        return value;
-    default:
-        value.one_d = component(k);
-        return value;
-    }
-}
-
 void writeDefaults(const PF_InData& inData, const pbGraph& graph) {
     const UndoGroup group(inData.pica_basicP);
     OwnEffect effect(inData);
     forEachControl(graph, [&](const pbParameter& parameter, std::int32_t k, std::int32_t index) {
-        effect.control(index).setValue(defaultOf(parameter, static_cast<std::size_t>(k), inData));
+        const ControlSource source{inData, parameter, static_cast<std::size_t>(k)};
+        effect.control(index).setValue(controlForm(parameter)->defaultValue(source));
     });
 }
 
@@ -126,7 +92,7 @@ PF_Err buildControls(const PF_InData& inData, const pbGraph* graph, PF_ParamDef*
         showOnly(inData, {});
         return PF_Err_NONE;
     }
-    const PF_Err error = dressControls(inData, *graph, params);
+    const PF_Err error = configureControls(inData, *graph, params);
     if (error == PF_Err_NONE)
         showOnly(inData, usedControls(*graph));
     return error;
