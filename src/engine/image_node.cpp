@@ -1,7 +1,9 @@
 #include "engine/image_node.h"
 
 #include <algorithm>
+#include <array>
 
+#include "engine/channel_scale.h"
 #include "engine/pixel_format.h"
 #include "gpu/errors.h"
 
@@ -17,6 +19,9 @@ struct Span {
 // Far above what any host has in memory, and safe to reckon with.
 constexpr std::uint32_t largestSize = 1U << 24;
 
+// Of the staging area for 16 bits: 64 KB, which any thread's stack has room for.
+constexpr std::int64_t stagingChannels = 1 << 15;
+
 bool isSize(std::uint32_t pixels) {
     return pixels > 0 && pixels <= largestSize;
 }
@@ -27,23 +32,75 @@ Span clip(std::int32_t origin, std::uint32_t length, std::uint32_t frameLength) 
     return {skipped, offset, std::min(length - skipped, frameLength - offset)};
 }
 
-void upload(const ImageSlot& image, const FrameDescription& frame) {
+// Where an image's pixels lie in the frame.
+struct Placement {
+    Placement(const ImageSlot& image, const FrameDescription& frame)
+        : columns(clip(image.originX, std::min(image.width, image.rowPixels), frame.width)),
+          rows(clip(image.originY, image.height, frame.height)),
+          hasPixels(columns.length > 0 && rows.length > 0 && image.pixels != nullptr),
+          coversFrame(hasPixels && columns.length == frame.width && rows.length == frame.height) {}
+
+    Span columns;
+    Span rows;
+    bool hasPixels;
+    bool coversFrame;
+};
+
+// A rectangle of the texture and the pixels for it.
+struct Pixels {
+    std::int64_t x;
+    std::int64_t y;
+    std::int64_t width;
+    std::int64_t height;
+    std::int64_t rowPixels;
+    const void* first;
+};
+
+void send(const Pixels& pixels, GLenum format, GLenum type) {
+    glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(pixels.rowPixels));
+    glTexSubImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(pixels.x), static_cast<GLint>(pixels.y),
+                    static_cast<GLsizei>(pixels.width), static_cast<GLsizei>(pixels.height), format,
+                    type, pixels.first);
+}
+
+// A few rows at a time, or a part of a long row, in a staging area that stays in the cache and ends
+// with the call. Nothing is allocated for it: a frame must not fail half way.
+void sendDoubled(const Pixels& pixels, const ChannelFormat& format) {
+    std::array<std::uint16_t, stagingChannels> staging;
+    const std::int64_t components = format.components;
+    const std::int64_t tileWidth = std::min(pixels.width, stagingChannels / components);
+    const std::int64_t tileHeight = stagingChannels / components / tileWidth;
+    const auto* source = static_cast<const std::uint16_t*>(pixels.first);
+    for (std::int64_t y = 0; y < pixels.height; y += tileHeight)
+        for (std::int64_t x = 0; x < pixels.width; x += tileWidth) {
+            const std::int64_t width = std::min(tileWidth, pixels.width - x);
+            const std::int64_t height = std::min(tileHeight, pixels.height - y);
+            for (std::int64_t row = 0; row < height; ++row)
+                doubleChannels(source + ((y + row) * pixels.rowPixels + x) * components,
+                               staging.data() + row * width * components,
+                               static_cast<std::size_t>(width * components));
+            send({pixels.x + x, pixels.y + y, width, height, width, staging.data()}, format.upload,
+                 GL_UNSIGNED_SHORT);
+        }
+}
+
+void upload(const ImageSlot& image, const Placement& place) {
     const DepthFormat& depth = depthFormat(image.componentBytes);
     const ChannelFormat& format = channelFormat(image.channels);
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(image.rowPixels));
     if (format.components != 4)
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    const Span columns = clip(image.originX, std::min(image.width, image.rowPixels), frame.width);
-    const Span rows = clip(image.originY, image.height, frame.height);
-    if (columns.length <= 0 || rows.length <= 0 || image.pixels == nullptr)
-        return;
-    const std::int64_t firstPixel = rows.skipped * image.rowPixels + columns.skipped;
-    const auto* pixels = static_cast<const std::uint8_t*>(image.pixels) +
-                         firstPixel * format.components * depth.componentBytes;
-    const ChannelScale scale(depth.componentBytes == 2 ? 2.0F : 1.0F);
-    glTexSubImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(columns.offset),
-                    static_cast<GLint>(rows.offset), static_cast<GLsizei>(columns.length),
-                    static_cast<GLsizei>(rows.length), format.upload, depth.type, pixels);
+    const std::int64_t firstPixel = place.rows.skipped * image.rowPixels + place.columns.skipped;
+    const Pixels pixels{place.columns.offset,
+                        place.rows.offset,
+                        place.columns.length,
+                        place.rows.length,
+                        image.rowPixels,
+                        static_cast<const std::uint8_t*>(image.pixels) +
+                            firstPixel * format.components * depth.componentBytes};
+    if (depth.componentBytes == 2)
+        sendDoubled(pixels, format);
+    else
+        send(pixels, format.upload, depth.type);
     TVM_CHECK_GL("the upload of an image");
 }
 
@@ -70,9 +127,11 @@ void ImageNode::render(const FrameDescription& frame) {
     const ImageSlot& format = image != nullptr ? *image : frame;
     target_.setStorage(frame.width, frame.height, format.componentBytes,
                        channelFormat(format.channels).upload);
-    target_.clear();
-    if (image != nullptr)
-        upload(*image, frame);
+    const Placement place(image != nullptr ? *image : ImageSlot(), frame);
+    if (!place.coversFrame)
+        target_.clear();
+    if (place.hasPixels)
+        upload(*image, place);
     done = true;
 }
 
@@ -81,13 +140,12 @@ void ImageNode::readBack(const FrameDescription& target) {
     const GLenum format = channelFormat(target.channels).imageReadBack;
     // The texture has the frame's size, which may be larger than the output: only as much is read
     // as the output can hold.
-    readFramebuffer(target_.framebuffer,
-                    {0, 0, target.width, target.height, target.rowPixels, format, depth.type,
-                     target.pixels, depth.componentBytes == 2 && format == GL_ABGR_EXT});
+    const bool isHalved = depth.componentBytes == 2 && format == GL_ABGR_EXT;
+    readFramebuffer(target_, {0, 0, target.width, target.height, target.rowPixels, format,
+                              depth.type, target.pixels, isHalved ? 4U : 0U});
 }
 
 void ImageNode::reset() {
-    target_.clear();
     target_.shrink();
     done = false;
 }

@@ -118,9 +118,10 @@ void Node::readBack(const FrameDescription& target) {
     if (!done)
         return;
     const DepthFormat& depth = depthFormat(target.componentBytes);
+    const ChannelFormat& format = channelFormat(target.channels);
     impl->readPixels({target.originX, target.originY, target.width, target.height, target.rowPixels,
-                      channelFormat(target.channels).nodeReadBack, depth.type, target.pixels,
-                      depth.componentBytes == 2});
+                      format.nodeReadBack, depth.type, target.pixels,
+                      depth.componentBytes == 2 ? format.components : 0});
 }
 
 void Node::reset() {

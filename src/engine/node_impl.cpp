@@ -8,6 +8,20 @@
 #include "engine/program_builder.h"
 #include "gpu/errors.h"
 
+namespace {
+
+// GLSL's `discard` keeps the pixel that was there, which must be transparent black then. The word
+// may stand anywhere in the text; the preprocessor could also join it of two halves, by ## or over
+// the end of a line.
+bool mayDiscard(const NarrowString& fragmentText) {
+    const auto has = [&](const char* part) {
+        return fragmentText.find(part) != NarrowString::npos;
+    };
+    return has("discard") || has("##") || has("\\");
+}
+
+} // namespace
+
 NodeImpl::NodeImpl(const pbKernelInfo& kernel, std::uint32_t swizzle) {
     NarrowString vertexText;
     NarrowString fragmentText;
@@ -29,14 +43,18 @@ void NodeImpl::buildObjects(std::string_view name, const NarrowString& vertexTex
     GLint linkStatus = GL_FALSE;
     glGetProgramiv(program.get(), GL_LINK_STATUS, &linkStatus);
     isLinked = linkStatus == GL_TRUE;
+    mayLeavePixels_ = mayDiscard(fragmentText);
 }
 
-void NodeImpl::draw(const FrameDescription& frame) const {
+void NodeImpl::draw(const FrameDescription& frame) {
     const auto width = static_cast<GLsizei>(frame.width);
     const auto height = static_cast<GLsizei>(frame.height);
     target.setStorage(frame.width, frame.height, frame.componentBytes,
                       channelFormat(frame.channels).drawStorage);
-    glClear(GL_COLOR_BUFFER_BIT);
+    if (mayLeavePixels_) {
+        glClearColor(0, 0, 0, 0);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_BLEND);
     glDisable(GL_LIGHTING);
@@ -58,5 +76,7 @@ void NodeImpl::draw(const FrameDescription& frame) const {
 }
 
 void NodeImpl::readPixels(const PixelRead& read) const {
-    readFramebuffer(target.framebuffer, read);
+    glUseProgram(program.get());
+    readFramebuffer(target, read);
+    glUseProgram(0);
 }

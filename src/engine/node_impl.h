@@ -16,7 +16,7 @@ public:
     NodeImpl(const pbGraphInfo& graph, std::size_t nodeIndex, std::uint32_t swizzle);
 
     // One quad over the whole frame, into fresh storage; the framebuffer must be bound.
-    void draw(const FrameDescription& frame) const;
+    void draw(const FrameDescription& frame);
 
     void readPixels(const PixelRead& read) const;
 
@@ -27,4 +27,6 @@ public:
 private:
     void buildObjects(std::string_view name, const NarrowString& vertexText,
                       const NarrowString& fragmentText);
+
+    bool mayLeavePixels_ = false; // the quad need not write every pixel
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "engine/channel_scale.h"
 #include "engine/pixel_format.h"
 #include "gpu/errors.h"
 
@@ -20,9 +21,28 @@ GlTexture makeTexture() {
     return texture;
 }
 
-void setChannelScale(float scale) {
-    for (const GLenum channel : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE})
-        glPixelTransferf(channel, scale);
+// The stretch of a read, along one axis, that lies inside the texture. In pixels of the target.
+struct Span {
+    std::int64_t first;
+    std::int64_t end;
+};
+
+Span insideTexture(std::int32_t origin, std::uint32_t length, std::uint32_t textureLength) {
+    return {std::max<std::int64_t>(0, -std::int64_t{origin}),
+            std::min<std::int64_t>(length, std::int64_t{textureLength} - origin)};
+}
+
+// Only what OpenGL has written: the rest of the target keeps what it holds.
+void halvePixels(const RenderTexture& target, const PixelRead& read, std::uint32_t width) {
+    const Span columns = insideTexture(read.x, width, target.width);
+    const Span rows = insideTexture(read.y, read.height, target.height);
+    if (columns.first >= columns.end)
+        return;
+    for (std::int64_t y = rows.first; y < rows.end; ++y)
+        halveChannels(static_cast<std::uint16_t*>(read.pixels) +
+                          (y * read.rowPixels + columns.first) * read.halvedComponents,
+                      static_cast<std::size_t>(columns.end - columns.first) *
+                          read.halvedComponents);
 }
 
 } // namespace
@@ -41,8 +61,11 @@ void RenderTexture::attach() const {
                               texture.get(), 0);
 }
 
-void RenderTexture::setStorage(std::uint32_t width, std::uint32_t height,
-                               std::uint32_t componentBytes, GLenum format) const {
+void RenderTexture::setStorage(std::uint32_t newWidth, std::uint32_t newHeight,
+                               std::uint32_t componentBytes, GLenum format) {
+    width = newWidth;
+    height = newHeight;
+    isShrunk = false;
     const DepthFormat& depth = depthFormat(componentBytes);
     glBindTexture(GL_TEXTURE_2D, texture.get());
     glTexImage2D(GL_TEXTURE_2D, 0, depth.internalFormat, static_cast<GLsizei>(width),
@@ -50,8 +73,11 @@ void RenderTexture::setStorage(std::uint32_t width, std::uint32_t height,
     TVM_CHECK_GL("a texture's storage");
 }
 
-void RenderTexture::shrink() const {
+void RenderTexture::shrink() {
+    if (isShrunk)
+        return;
     setStorage(1, 1, 1, GL_BGRA);
+    isShrunk = true;
 }
 
 void RenderTexture::clear() const {
@@ -74,29 +100,18 @@ GlTexture makeTransparentTexture() {
     return texture;
 }
 
-ChannelScale::ChannelScale(float scale) : isScaled_(scale != 1.0F) {
-    if (isScaled_)
-        setChannelScale(scale);
-}
-
-ChannelScale::~ChannelScale() {
-    if (isScaled_)
-        setChannelScale(1.0F);
-}
-
-void readFramebuffer(const GlFramebuffer& framebuffer, const PixelRead& read) {
-    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, framebuffer.get());
+void readFramebuffer(const RenderTexture& target, const PixelRead& read) {
+    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, target.framebuffer.get());
     glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
     glReadBuffer(GL_COLOR_ATTACHMENT0_EXT);
     glPixelStorei(GL_PACK_ROW_LENGTH, static_cast<GLint>(read.rowPixels));
     if (read.format == GL_RGB || read.format == GL_RED)
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    {
-        const ChannelScale scale(read.halve ? 0.5F : 1.0F);
-        const std::uint32_t width = std::min(read.width, read.rowPixels);
-        glReadPixels(read.x, read.y, static_cast<GLsizei>(width), static_cast<GLsizei>(read.height),
-                     read.format, read.type, read.pixels);
-    }
+    const std::uint32_t width = std::min(read.width, read.rowPixels);
+    glReadPixels(read.x, read.y, static_cast<GLsizei>(width), static_cast<GLsizei>(read.height),
+                 read.format, read.type, read.pixels);
     TVM_CHECK_GL("the read back");
+    if (read.halvedComponents != 0)
+        halvePixels(target, read, width);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }

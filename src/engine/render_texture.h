@@ -15,30 +15,21 @@ struct RenderTexture {
     static RenderTexture create();
 
     void attach() const; // the framebuffer must be bound
-    void setStorage(std::uint32_t width, std::uint32_t height, std::uint32_t componentBytes,
-                    unsigned int format) const;
-    void shrink() const;
+    // Fresh storage, whose pixels are undefined until they are written.
+    void setStorage(std::uint32_t newWidth, std::uint32_t newHeight, std::uint32_t componentBytes,
+                    unsigned int format);
+    void shrink();      // to a single pixel; does nothing when it has only that
     void clear() const; // to transparent black, at its present size
 
     GlTexture texture;
     GlFramebuffer framebuffer;
+    std::uint32_t width = 0; // of the storage, in pixels
+    std::uint32_t height = 0;
+    bool isShrunk = false;
 };
 
 // A texture of one transparent pixel, for inputs that nothing feeds.
 GlTexture makeTransparentTexture();
-
-// The scale of all four channels on the way into or out of OpenGL: the host's 16-bit white is 32768
-// where OpenGL's is 65535. Back to 1.0 in the destructor.
-class ChannelScale {
-public:
-    explicit ChannelScale(float scale);
-    ~ChannelScale();
-    ChannelScale(const ChannelScale&) = delete;
-    ChannelScale& operator=(const ChannelScale&) = delete;
-
-private:
-    bool isScaled_;
-};
 
 // What part of a framebuffer goes where in host memory.
 struct PixelRead {
@@ -50,8 +41,8 @@ struct PixelRead {
     unsigned int format;
     unsigned int type;
     void* pixels;
-    bool halve; // scale by 0.5
+    std::uint32_t halvedComponents; // 16-bit channels of a pixel to scale by 0.5; 0: none
 };
 
-// Never writes outside rowPixels by height.
-void readFramebuffer(const GlFramebuffer& framebuffer, const PixelRead& read);
+// Never writes outside rowPixels by height, and leaves alone what lies outside the texture.
+void readFramebuffer(const RenderTexture& target, const PixelRead& read);
