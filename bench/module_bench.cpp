@@ -43,8 +43,8 @@ public:
     }
     ~ModuleFrame() { hostkit::Host::current().project.compositions.clear(); }
 
-    void frame(hostkit::World& output) {
-        hostkit::RenderResult result = effect_->render({}, std::move(output));
+    void frame(hostkit::World& output, const hostkit::RenderRequest& request = {}) {
+        hostkit::RenderResult result = effect_->render(request, std::move(output));
         require(result.error == 0, "a frame failed");
         output = std::move(result.output);
     }
@@ -96,6 +96,28 @@ void frame(benchmark::State& state) {
 }
 
 BENCHMARK(frame)->Apply(bench::applyFrameSizes);
+
+// A quarter of the pixels, for which the host makes the layer smaller, against all of them.
+void halfFrame(benchmark::State& state) {
+    const pbhost::Picture input = bench::makeNoise(bench::frameSize(state));
+    ModuleFrame module(input);
+    hostkit::World half;
+    hostkit::World full;
+    bench::PairedTiming timing({[&] {
+                                    module.frame(half, {0, {1, 2}, {1, 2}, {}});
+                                },
+                                [&] { module.frame(full); }});
+    timing.round();
+    for ([[maybe_unused]] auto iteration : state)
+        state.SetIterationTime(timing.round());
+    state.counters["half_ms"] = timing.medianMilliseconds(0);
+    state.counters["full_ms"] = timing.medianMilliseconds(1);
+    state.counters["ratio_full"] = timing.medianRatio(0, 1);
+    for (const std::string& fault : hostkit::ledger::takeFaults())
+        state.SkipWithError(fault.c_str());
+}
+
+BENCHMARK(halfFrame)->Apply(bench::applyFrameSizes);
 
 } // namespace
 
