@@ -74,6 +74,14 @@ TEST_F(Engine, CopiesWithoutLoss) {
     EXPECT_EQ(largestError(floatResult, wild), 0);
 }
 
+// What every other test here leans on.
+TEST_F(Engine, NothingIsCloseToNaN) {
+    const auto nan = [](unsigned x, unsigned) { return Pixel{0, x == 0 ? NAN : 0, 0, 0}; };
+    const HostImage image(2, 1, 4, nan);
+    EXPECT_FALSE(largestError(image, nan) <= 1e30F);
+    EXPECT_FALSE(largestError(image, [](unsigned, unsigned) { return transparent; }) <= 1e30F);
+}
+
 // Two inputs, an offset that reads over the edge, and arithmetic between pixels.
 TEST_F(Engine, SamplesNeighboursAndSeesTransparencyBeyondTheEdge) {
     const auto graph = kernelGraph(kernelText(

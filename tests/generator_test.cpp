@@ -43,6 +43,8 @@ TEST_F(GeneratorTest, writesAStandaloneKernel) {
                                 "\tgl_Position = ftransform();\n}\n");
     EXPECT_EQ(texts.fragment, common + "\nvoid main(void)\n{\n\tevaluatePixel();\n"
                                        "\tgl_FragColor = dst.argb;\n}\n");
+    const Texts most = standaloneTexts("input image4 a, b, c, d, e, f, g, h;");
+    EXPECT_NE(most.vertex.find("#define tvek__INPUT_MAX 8\n"), std::string::npos);
 }
 
 // Integers and truths travel as floats.
