@@ -319,6 +319,16 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
     return text;
 }
 
+std::unique_ptr<OIIO::ImageOutput> createWriter(const fs::path& path) {
+    // The library takes the dot that a file's name begins with for one in front of an extension.
+    auto writer = OIIO::ImageOutput::create("name" + path.extension().string());
+    if (writer)
+        return writer;
+    OIIO::geterror();
+    failWrite(path,
+              "no picture format is known for the extension '" + path.extension().string() + "'");
+}
+
 } // namespace
 
 Picture makePicture(unsigned width, unsigned height, Depth depth) {
@@ -359,17 +369,17 @@ Picture readPicture(const fs::path& path, std::optional<Depth> wanted) {
     return picture;
 }
 
-void writePicture(const fs::path& path, const Picture& picture) {
-    checkPicture(path, picture);
+void requireWritable(const fs::path& path) {
     if (const std::string obstacle = obstacleAt(path); !obstacle.empty())
         failWrite(path, obstacle);
+    createWriter(path);
+}
+
+void writePicture(const fs::path& path, const Picture& picture) {
+    checkPicture(path, picture);
+    requireWritable(path);
     const TemporaryFile temporary(path);
-    const auto output = OIIO::ImageOutput::create(temporary.path.string());
-    if (!output) {
-        OIIO::geterror();
-        failWrite(path, "no picture format is known for the extension '" +
-                            path.extension().string() + "'");
-    }
+    const auto output = createWriter(path);
     if (const std::error_code error = temporary.create())
         failWrite(path, error.message());
     const std::string reason = writeFile(temporary.path, *output, picture);
