@@ -333,6 +333,7 @@ int run(int argc, char** argv) {
     app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
                "picture, 5 the work crashed, 130 interrupted.");
+    app.set_version_flag("--version", "pbhost " PBHOST_VERSION);
     Job job;
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})

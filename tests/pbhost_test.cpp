@@ -120,9 +120,10 @@ protected:
     const pbhost::TemporaryFolder temporary_;
 
     // Arguments and environment are text for the shell.
-    static Result run(const std::string& arguments, const std::string& environment = "") {
+    static Result run(const std::string& arguments, const std::string& environment = "",
+                      const std::string& program = PBHOST_PATH) {
         const int status = std::system(
-            (environment + " '" PBHOST_PATH "' " + arguments + " </dev/null >out.txt 2>err.txt")
+            (environment + " '" + program + "' " + arguments + " </dev/null >out.txt 2>err.txt")
                 .c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile("out.txt"),
                 readFile("err.txt")};
@@ -425,6 +426,12 @@ TEST_F(Pbhost, OutlivesItsWork) {
 
 TEST_F(Pbhost, ShowsTextsAndModels) {
     const std::string tint = "'" + examples + "tint.pbk'", dissolve = examples + "dissolve.pbg";
+    // The program alone: only pictures need their library.
+    fs::copy(PBHOST_PATH, "alone");
+    EXPECT_EQ(run("--version", "", "./alone").out, "pbhost " PBHOST_VERSION "\n");
+    run("model copy.pbk", "", "./alone").expectSuccess();
+    run("render copy.pbk -o old.png", "", "./alone")
+        .expectFailure(1, {"libpbhost_pictures.so: the picture library is missing"});
     const std::string text = run("translate " + tint + " --stage fragment --order 9").out;
     EXPECT_NE(text.find("parameter float3 shadows;"), std::string::npos) << text;
     EXPECT_NE(text.find("gl_FragColor = dst.gbar;"), std::string::npos) << text;
