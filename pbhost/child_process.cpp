@@ -12,6 +12,7 @@
 #include <iostream>
 
 #include "pbhost/failure.h"
+#include "pbhost/printable.h"
 #include "pbhost/temporary_files.h"
 
 namespace pbhost {
@@ -48,7 +49,8 @@ bool isCaught(int number) {
     return action.sa_handler == endWorker;
 }
 
-int codeOfSignal(int number) {
+int codeOfSignal(int number, const std::string& subject) {
+    const std::string over = subject.empty() ? "" : " over " + printable(subject);
     switch (number) {
     case SIGINT: // the terminal sends these to both
     case SIGTERM:
@@ -56,11 +58,12 @@ int codeOfSignal(int number) {
     case SIGPIPE: // whoever reads the output has had enough
         return signalledCode + number;
     case SIGKILL:
-        std::cerr << "pbhost: the process that did the work was killed; nothing was written\n";
+        std::cerr << "pbhost: the process that did the work" << over
+                  << " was killed; nothing was written\n";
         break;
     default:
         std::cerr << "pbhost: the process that did the work crashed (" << strsignal(number)
-                  << "), most likely in the OpenGL driver over this kernel; nothing was written\n";
+                  << "), most likely in the OpenGL driver" << over << "; nothing was written\n";
     }
     return static_cast<int>(ExitCode::Crashed);
 }
@@ -79,7 +82,7 @@ int codeOfSignal(int number) {
 
 } // namespace
 
-int runInChild(const std::function<int()>& work,
+int runInChild(const std::function<int()>& work, const std::string& subject,
                const std::vector<std::filesystem::path>& folders) {
     catchInterrupts();
     const pid_t parent = getpid();
@@ -99,7 +102,7 @@ int runInChild(const std::function<int()>& work,
     removeTemporaries(folders, child);
     if (caughtSignal != 0)
         return signalledCode + caughtSignal;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : codeOfSignal(WTERMSIG(status));
+    return WIFEXITED(status) ? WEXITSTATUS(status) : codeOfSignal(WTERMSIG(status), subject);
 }
 
 } // namespace pbhost

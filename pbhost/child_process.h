@@ -4,17 +4,20 @@
 
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace pbhost {
 
 // Runs the work in a child and gives its answer, which is an exit code. A child that crashes gives
-// a message and ExitCode::Crashed. An interrupt ends the child and gives 128 and the signal's
+// a message, which names the subject (the file that is worked on; may be empty),
+// and ExitCode::Crashed. An interrupt ends the child and gives 128 and the signal's
 // number. In both cases the child's temporary files are removed from the folders. The child ends
 // with its parent.
 //
 // The program must not have started a thread yet. Those that libraries start before main() are
 // missing in the child; it ends without their farewells, which would wait for them for ever.
-int runInChild(const std::function<int()>& work, const std::vector<std::filesystem::path>& folders);
+int runInChild(const std::function<int()>& work, const std::string& subject,
+               const std::vector<std::filesystem::path>& folders);
 
 } // namespace pbhost

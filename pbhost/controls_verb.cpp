@@ -66,6 +66,7 @@ std::string showControls(Session& session, const ControlsRequest& request) {
     Scene scene(session, transparentSource(emptyLayerWidth, emptyLayerHeight, Depth::Bits8));
     scene.apply(request.file);
     scene.checkPrograms();
+    scene.checkWiring(request.isStrict);
     Json controls = Json::array();
     for (const std::size_t index : listedControls(scene.effect, request.all))
         controls.push_back(controlAsJson(scene.effect, index, 0));

@@ -10,7 +10,8 @@ namespace pbhost {
 struct ControlsRequest {
     std::string file;
     bool asJson = false;
-    bool all = false; // hidden ones, too
+    bool all = false;      // hidden ones, too
+    bool isStrict = false; // about a graph's wiring
 };
 
 // The title and the controls, as a table or as one JSON object. Throws Failure.

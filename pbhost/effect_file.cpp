@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <stdexcept>
 
 #include "pbhost/failure.h"
 #include "pbhost/printable.h"
+#include "pbhost/read_file.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"
 
@@ -28,22 +26,16 @@ Failure unreadable(const std::string& path, const std::string& reason) {
     return {ExitCode::BadKernel, path + ": cannot be read: " + reason};
 }
 
-std::ifstream openFile(const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        throw unreadable(path, "it is a folder");
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw unreadable(path, std::strerror(errno));
-    return file;
-}
-
 std::string readWhole(const std::string& path) {
-    std::ifstream file = openFile(path);
-    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (file.bad())
-        throw unreadable(path, "the disk gave an error");
-    return text;
+    std::error_code ignored;
+    // A pipe would hold up whoever opens it, the effect among them.
+    if (std::filesystem::is_other(path, ignored))
+        throw unreadable(path, "it is not a regular file");
+    try {
+        return readWholeFile(path);
+    } catch (const std::runtime_error& error) {
+        throw unreadable(path, error.what());
+    }
 }
 
 } // namespace
@@ -64,7 +56,7 @@ void requireReadable(const std::string& path) {
     isGraphFile(path);
     if (!isUtf8(std::filesystem::absolute(path).string()))
         throw unreadable(path, "the name is not UTF-8");
-    openFile(path);
+    readWhole(path);
 }
 
 EffectFile::EffectFile(const std::string& path) : isGraph(isGraphFile(path)) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "pbhost/wiring.h"
+
 namespace pbhost {
 
 namespace {
@@ -19,13 +21,6 @@ bool defines(const pbKernelInfo& kernel, std::string_view function) {
 
 bool leadsToOutput(const pbConnection& connection) {
     return connection.kind == ToOutputImage;
-}
-
-bool isSource(const pbGraphInfo& graph, const pbName& name) {
-    return std::any_of(graph.inputs.begin(), graph.inputs.end(),
-                       [&](const pbVariable& input) { return input.name == name; }) ||
-           std::any_of(graph.nodes.begin(), graph.nodes.end(),
-                       [&](const pbgNodeInfo& node) { return node.id == name; });
 }
 
 } // namespace
@@ -60,11 +55,8 @@ std::string hintsFor(const pbGraphInfo& graph) {
             "no node was found; a graph is XML: <graph ...> ... </graph>");
     else if (std::none_of(graph.connections.begin(), graph.connections.end(), leadsToOutput))
         add(hints, nameText(graph.name), "no connection leads from a node to the output image");
-    for (const pbConnection& connection : graph.connections)
-        if (leadsToOutput(connection) && !isSource(graph, connection.from))
-            add(hints, nameText(graph.name),
-                "the output image is fed from \"" + std::string(nameText(connection.from)) +
-                    "\", which is neither a node nor an input image");
+    for (const std::string& error : checkWiring(graph).errors)
+        add(hints, "", error);
     for (const pbKernelInfo& kernel : graph.kernels)
         hints += hintsFor(kernel);
     return hints;

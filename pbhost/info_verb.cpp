@@ -2,7 +2,6 @@
 
 #include <iostream>
 
-#include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
 #include "pbhost/printable.h"
 #include "pbhost/scene.h"
@@ -40,13 +39,6 @@ bool wasAsked(const Session& session, const char* title) {
     return false;
 }
 
-// The export empties the log, which else tells what does not compile.
-void checkPrograms(Scene& scene, const std::string& file, bool isExported) {
-    scene.checkPrograms();
-    if (isExported && !isGraphFile(file))
-        throw Failure(ExitCode::BadKernel, file + ": does not compile; the error log says why");
-}
-
 } // namespace
 
 void info(Session& session, const InfoRequest& request, std::string& text) {
@@ -60,14 +52,16 @@ void info(Session& session, const InfoRequest& request, std::string& text) {
         throw Failure(ExitCode::RenderFailed,
                       request.exportFolder + ": the error log could not be written there");
     text = listener.text + "\n";
-    const bool isExported = wasAsked(session, "Log file has exported ");
-    if (request.exportFolder.empty())
-        return checkPrograms(scene, request.file, isExported);
+    if (request.exportFolder.empty()) {
+        scene.checkPrograms();
+        return scene.checkWiring(request.isStrict);
+    }
     for (const std::string& message : scene.messages)
         if (!message.empty())
             std::cerr << printable(message) << "\n";
-    if (!isExported)
+    if (!wasAsked(session, "Log file has exported "))
         std::cerr << "pbhost: note: there is no error log\n";
+    scene.checkWiring(request.isStrict);
 }
 
 std::string about(Session& session) {

@@ -10,6 +10,7 @@
 #include "pbhost/effect_file.h"
 #include "pbhost/hints.h"
 #include "pbhost/printable.h"
+#include "pbhost/wiring.h"
 
 namespace pbhost {
 
@@ -26,15 +27,24 @@ struct FileModel : EffectFile {
                        : std::optional(kernelTexts(kernel, hostChannelOrder));
     }
 
-    std::string lostNodes(const std::string& shownName) const {
-        std::string lines;
+    // The kernel of a graph's program; null: it was made of none.
+    const pbKernelInfo* kernelOf(const std::string& program) const {
         for (const pbgNodeInfo& node : graph.nodes)
-            if (kernelOfNode(graph, node) == nullptr)
-                lines.append("pbhost: " + shownName + ": node \"")
-                    .append(nameText(node.id))
-                    .append("\": the graph has no kernel \"")
-                    .append(nameText(node.name))
+            if (nameText(node.id) == program)
+                return kernelOfNode(graph, node);
+        return nullptr;
+    }
+
+    // Which of a graph's nodes failed, each once.
+    std::string failedNodes(const std::vector<CompileFailure>& failures) const {
+        std::string lines, last;
+        for (const CompileFailure& failure : failures) {
+            const pbKernelInfo* runs = kernelOf(failure.name);
+            if (runs != nullptr && std::exchange(last, failure.name) != failure.name)
+                lines.append("  node \"" + failure.name + "\" runs kernel \"")
+                    .append(nameText(runs->name))
                     .append("\"\n");
+        }
         return lines;
     }
 };
@@ -52,11 +62,24 @@ bool tellsOfShader(const std::string& message) {
     return message.starts_with("!!!");
 }
 
+std::string asLines(const std::vector<std::string>& sentences, const std::string& start) {
+    std::string lines;
+    for (const std::string& sentence : sentences)
+        lines += start + sentence + "\n";
+    return lines;
+}
+
 void throwCompileFailure(const std::string& file, const FileModel& model,
-                         const std::vector<CompileFailure>& failures) {
+                         const std::vector<CompileFailure>& failures,
+                         const std::vector<std::string>& messages) {
+    if (failures.empty()) // the log was exported, which empties it
+        throw Failure(ExitCode::BadKernel,
+                      file + ": does not compile; the exported error log says why\n" +
+                          asLines(messages, "  "));
     throw Failure(
         ExitCode::BadKernel,
-        file + ": does not compile.\n" + model.hints() + "The OpenGL driver says:\n" +
+        file + ": does not compile.\n" + model.hints() + model.failedNodes(failures) +
+            "The OpenGL driver says:\n" +
             describe(failures, [&](const std::string& name) { return model.texts(name); }) +
             "  (lines are those of the generated text; to see it: pbhost translate " + file + ")");
 }
@@ -85,23 +108,38 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
             text + "\n" + (lacksOpenGl ? "" : hintsOf(host, file))};
 }
 
-std::string warningsOfLoad(Session& session, const std::string& shownName, const std::string& file,
+std::string warningsOfLoad(Session& session, const std::string& file,
                            const std::vector<std::string>& messages) {
-    std::string warnings;
     if (std::any_of(messages.begin(), messages.end(), tellsOfShader)) {
         const std::vector<CompileFailure> failures = readErrorLog(session.takeErrorLog());
         const CommandScope scope(0, 0, session.host.inData());
         const FileModel model(file);
-        if (std::any_of(failures.begin(), failures.end(), [&](const CompileFailure& failure) {
-                return model.texts(failure.name).has_value();
-            }))
-            throwCompileFailure(file, model, failures);
-        warnings = model.lostNodes(shownName);
+        const bool isOfKernel =
+            std::any_of(failures.begin(), failures.end(), [&](const CompileFailure& failure) {
+                return model.kernelOf(failure.name) != nullptr;
+            });
+        if (isOfKernel || !model.isGraph || checkWiring(model.graph).errors.empty())
+            throwCompileFailure(file, model, failures, messages);
     }
+    std::string warnings;
     for (const std::string& message : messages)
-        if (!message.empty())
+        if (!message.empty() && !tellsOfShader(message))
             warnings.append(message).append("\n");
     return printable(warnings);
+}
+
+std::string warningsOfWiring(hostkit::Host& host, const std::string& shownName,
+                             const std::string& file, bool isStrict) {
+    const CommandScope scope(0, 0, host.inData());
+    const EffectFile model(file);
+    if (!model.isGraph)
+        return "";
+    const WiringFaults faults = checkWiring(model.graph);
+    if (!faults.errors.empty() || (isStrict && !faults.warnings.empty()))
+        throw Failure(ExitCode::BadKernel, shownName + ": the graph is wired wrongly.\n" +
+                                               asLines(faults.errors, "  ") +
+                                               asLines(faults.warnings, "  warning: "));
+    return printable(asLines(faults.warnings, "pbhost: warning: " + shownName + ": "));
 }
 
 } // namespace pbhost

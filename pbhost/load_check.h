@@ -20,9 +20,15 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
                     const std::vector<std::string>& messages);
 
 // What the effect said about a graph that it runs, as lines for standard error. Throws Failure
-// (BadKernel), with the driver's log, when a program of the graph does not compile. A node without
-// a kernel is no such program: the graph runs, and the node shows white.
-std::string warningsOfLoad(Session& session, const std::string& shownName, const std::string& file,
+// (BadKernel), with the driver's log, when a program of the graph does not compile or link. A node
+// without a kernel is for warningsOfWiring.
+std::string warningsOfLoad(Session& session, const std::string& file,
                            const std::vector<std::string>& messages);
+
+// What the engine passes over in a graph, as lines for standard error. Throws Failure (BadKernel),
+// with all of them, when one makes the picture wrong for certain, or when the caller is strict and
+// there is any.
+std::string warningsOfWiring(hostkit::Host& host, const std::string& shownName,
+                             const std::string& file, bool isStrict);
 
 } // namespace pbhost

@@ -31,6 +31,7 @@ using pbhost::Failure;
 struct Job {
     std::function<std::string()> work;          // what it prints
     std::vector<std::filesystem::path> folders; // that it writes into
+    std::string subject;                        // the file that it works on, for messages
 };
 
 void writeOut(const std::string& text) {
@@ -59,6 +60,12 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& verb) {
         ->allow_extra_args(false);
     verb.add_flag("--verbose", options->isVerbose, "Show all that the module says, and its faults");
     return options;
+}
+
+void addStrict(CLI::App& verb, bool& isStrict) {
+    verb.add_flag("--strict", isStrict,
+                  "Fail over what is otherwise a warning: a graph's connection that leads nowhere, "
+                  "an input that nothing feeds");
 }
 
 void addPictures(CLI::App& verb, pbhost::RenderRequest& request) {
@@ -102,12 +109,15 @@ void addRender(CLI::App& app, Job& job) {
     verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
     addPictures(*verb, *request);
     addFrame(*verb, *request, *bits);
+    addStrict(*verb, request->isStrict);
     const auto options = addSession(*verb);
     verb->callback([&job, request, bits, options] {
         request->depth = pbhost::depthOfBits(*bits);
         for (const std::string& file : {request->output, request->save})
             job.folders.push_back(pbhost::folderOf(pbhost::placeOf(file)));
+        job.subject = request->file.empty() ? request->project : request->file;
         job.work = [request, options] {
+            pbhost::checkOutputs(*request);
             return pbhost::inSession(*options, [&](pbhost::Session& session) {
                 pbhost::render(session, *request);
                 return std::string();
@@ -122,8 +132,10 @@ void addControls(CLI::App& app, Job& job) {
     verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     verb->add_flag("--json", request->asJson, "As one JSON object");
     verb->add_flag("--all", request->all, "Hidden controls, too");
+    addStrict(*verb, request->isStrict);
     const auto options = addSession(*verb);
     verb->callback([&job, request, options] {
+        job.subject = request->file;
         job.work = [request, options] {
             return pbhost::inSession(*options, [&](pbhost::Session& session) {
                 return pbhost::showControls(session, *request);
@@ -138,8 +150,10 @@ void addInfo(CLI::App& app, Job& job) {
     verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     verb->add_option("--export-log", request->exportFolder,
                      "Let the effect write its error log into this folder");
+    addStrict(*verb, request->isStrict);
     const auto options = addSession(*verb);
     verb->callback([&job, request, options] {
+        job.subject = request->file;
         job.work = [request, options] {
             std::string text;
             try {
@@ -298,7 +312,7 @@ int runJob(const Job& job) {
                 return 0;
             });
         },
-        job.folders);
+        job.subject, job.folders);
 }
 
 constexpr const char* helpHint = "To see what is understood: pbhost --help, pbhost VERB --help\n";
@@ -319,6 +333,7 @@ int run(int argc, char** argv) {
     app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
                "picture, 5 the work crashed, 130 interrupted.");
+    app.set_version_flag("--version", "pbhost " PBHOST_VERSION);
     Job job;
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})

@@ -57,6 +57,10 @@ Picture makePicture(unsigned width, unsigned height, Depth depth);
 // equal red, green and blue; a file without alpha is opaque. The rows are not padded.
 Picture readPicture(const std::filesystem::path& path, std::optional<Depth> depth = std::nullopt);
 
+// Throws PictureError when writePicture could not write there, whatever the picture: the place, or
+// an extension that names no format.
+void requireWritable(const std::filesystem::path& path);
+
 // Writes the format that the extension names, as near to the picture's depth as that format comes,
 // and without alpha where the format has none. The file appears under its name only when it is
 // complete; on failure an older file of that name stays as it was.

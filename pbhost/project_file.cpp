@@ -1,13 +1,11 @@
 #include "pbhost/project_file.h"
 
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <stdexcept>
 
 #include "pbhost/control_list.h"
 #include "pbhost/failure.h"
+#include "pbhost/read_file.h"
 #include "pbhost/temporary_files.h"
 
 namespace pbhost {
@@ -194,13 +192,13 @@ ordered_json layerAsJson(const hostkit::Footage& source) {
 } // namespace
 
 ProjectFile readProject(const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        throw Failure(ExitCode::Usage, path + ": cannot be read: it is a folder");
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw Failure(ExitCode::Usage, path + ": cannot be read: " + std::strerror(errno));
-    return orBadProject(path, [&] { return parse(ordered_json::parse(file)); });
+    std::string text;
+    try {
+        text = readWholeFile(path);
+    } catch (const std::runtime_error& error) {
+        throw Failure(ExitCode::Usage, path + ": cannot be read: " + error.what());
+    }
+    return orBadProject(path, [&] { return parse(ordered_json::parse(text)); });
 }
 
 void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {

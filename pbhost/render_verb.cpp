@@ -7,10 +7,12 @@
 #include <utility>
 
 #include "host/command_scope.h"
+#include "hostkit/frames.h"
 #include "pbhost/control_list.h"
 #include "pbhost/control_setting.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
+#include "pbhost/frame_fill.h"
 #include "pbhost/printable.h"
 #include "pbhost/project_file.h"
 #include "pbhost/scene.h"
@@ -23,7 +25,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr unsigned mostDownsampling = 64;
-constexpr unsigned largestSide = 16384; // pixels
+constexpr int largestSide = 16384; // pixels
 
 // Two whole numbers with that character in between; nothing for any other text.
 std::optional<std::pair<unsigned, unsigned>> parsePair(const std::string& text, char between) {
@@ -162,8 +164,6 @@ bool areSameFile(const fs::path& one, const fs::path& other) {
 // That the project can be written, once there is something to write, and harms no other file.
 void checkSave(const Scene& scene, const RenderRequest& request) {
     const std::string& save = request.save;
-    if (const std::string obstacle = obstacleAt(save); !obstacle.empty())
-        throw Failure(ExitCode::RenderFailed, "cannot write '" + save + "': " + obstacle);
     const auto refuse = [&](const std::string& why) {
         throw Failure(ExitCode::Usage, "--save " + save + ": " + why);
     };
@@ -180,15 +180,38 @@ void checkSave(const Scene& scene, const RenderRequest& request) {
     }
 }
 
+int downsampledSide(int pixels, unsigned part) {
+    return static_cast<int>((static_cast<unsigned>(pixels) + part - 1) / part);
+}
+
 // The effect says nothing when a frame is too large for OpenGL, and draws nothing.
 void requireTextureSize(const hostkit::Layer& layer, const Plan& plan) {
     const hostkit::Footage& source = *layer.source;
-    const auto side = [](int pixels, unsigned part) { return (pixels + part - 1) / part; };
-    if (std::max(side(source.width, plan.downsample.first),
-                 side(source.height, plan.downsample.second)) > largestSide)
+    if (std::max(downsampledSide(source.width, plan.downsample.first),
+                 downsampledSide(source.height, plan.downsample.second)) > largestSide)
         throw Failure(source.name.empty() ? ExitCode::Usage : ExitCode::RenderFailed,
                       "the picture is larger than the " + std::to_string(largestSide) +
                           " pixels a side that OpenGL drivers take");
+}
+
+// Of the size that the host gives the frame, so that it takes this one.
+hostkit::World outputBuffer(const hostkit::Layer& layer, const Plan& plan) {
+    const hostkit::World& pixels = layer.source->pixels;
+    return hostkit::makeOutput(downsampledSide(pixels.width, plan.downsample.first),
+                               downsampledSide(pixels.height, plan.downsample.second),
+                               pixels.channelBytes);
+}
+
+// A frame answers 0 also when OpenGL has failed in it; the effect's log tells. It was empty before,
+// or the programs would not have passed.
+void requireNoLateError(Session& session) {
+    std::string reason;
+    for (const std::string& line : session.takeMessages())
+        reason.append(reason.empty() ? "" : "\n").append(line);
+    const std::string log = session.takeErrorLog();
+    if (!reason.empty() || !log.empty())
+        throw Failure(ExitCode::RenderFailed,
+                      "the frame has failed: " + reason + (log.empty() ? "" : "\n") + log);
 }
 
 Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {
@@ -196,9 +219,16 @@ Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {
     frame.seconds = plan.seconds;
     frame.downsampleX.den = plan.downsample.first;
     frame.downsampleY.den = plan.downsample.second;
-    hostkit::RenderResult result = scene.effect.render(frame);
+    hostkit::World buffer = outputBuffer(scene.layer, plan);
+    fillUnwritten(buffer);
+    hostkit::RenderResult result = scene.effect.render(frame, std::move(buffer));
     scene.session.require(result.error);
+    requireNoLateError(scene.session);
     hostkit::World& world = result.output;
+    if (const auto row = unwrittenRow(world))
+        throw Failure(ExitCode::RenderFailed, "the effect has not written its frame: row " +
+                                                  std::to_string(*row) +
+                                                  " of the output is as it was before the render");
     return {static_cast<unsigned>(world.width), static_cast<unsigned>(world.height), depth,
             static_cast<unsigned>(world.rowBytes), std::move(world.data)};
 }
@@ -216,6 +246,17 @@ void load(Scene& scene, const Plan& plan) {
 
 } // namespace
 
+void checkOutputs(const RenderRequest& request) {
+    try {
+        requireWritable(request.output);
+    } catch (const PictureError& error) {
+        throw Failure(ExitCode::RenderFailed, error.what());
+    }
+    const std::string obstacle = request.save.empty() ? "" : obstacleAt(request.save);
+    if (!obstacle.empty())
+        throw Failure(ExitCode::RenderFailed, "cannot write '" + request.save + "': " + obstacle);
+}
+
 void render(Session& session, const RenderRequest& request) {
     const Plan plan(request);
     Source source = plan.layerSource();
@@ -223,6 +264,7 @@ void render(Session& session, const RenderRequest& request) {
     Scene scene(session, std::move(source));
     load(scene, plan);
     scene.checkPrograms();
+    scene.checkWiring(request.isStrict);
     checkInputs(scene, plan);
     setControls(scene, plan);
     for (const auto& layer : scene.layer.composition->layers)

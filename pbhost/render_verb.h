@@ -22,7 +22,12 @@ struct RenderRequest {
     std::string time;                  // seconds; empty: the project's, or 0
     std::string size;                  // WIDTHxHEIGHT without a picture; empty: 640x360
     std::string save;                  // the project to write; may be empty
+    bool isStrict = false;             // about a graph's wiring
 };
+
+// Throws Failure (RenderFailed) for an output that cannot be written, so that the work need not be
+// done in vain.
+void checkOutputs(const RenderRequest& request);
 
 // Throws Failure; the output file is then as it was. Notes go to standard error.
 void render(Session& session, const RenderRequest& request);

@@ -104,7 +104,11 @@ void Scene::requireGraph() {
 
 void Scene::checkPrograms() {
     if (!messages.empty())
-        std::cerr << warningsOfLoad(session, shownName_, file(), messages);
+        std::cerr << warningsOfLoad(session, file(), messages);
+}
+
+void Scene::checkWiring(bool isStrict) {
+    std::cerr << warningsOfWiring(session.host, shownName_, file(), isStrict);
 }
 
 AEGP_LayerIDVal Scene::addLayer(Source source) {

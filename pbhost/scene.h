@@ -47,6 +47,10 @@ public:
     // when a program of it does not compile.
     void checkPrograms();
 
+    // Shows what is doubtful in how a graph's nodes are connected. Throws Failure (BadKernel) for
+    // what is wrong, and for a caller that is strict for what is doubtful, too.
+    void checkWiring(bool isStrict);
+
     // A layer below the others; its id. The picture must have the project's depth.
     AEGP_LayerIDVal addLayer(Source source);
 

@@ -53,6 +53,28 @@ void removeFrom(const fs::path& folder, const std::string& prefix) {
     }
 }
 
+const char* kindName(fs::file_type type) {
+    return type == fs::file_type::character || type == fs::file_type::block ? "a device"
+           : type == fs::file_type::fifo                                    ? "a pipe"
+           : type == fs::file_type::socket                                  ? "a socket"
+                                                                            : "something else";
+}
+
+// /dev/stdout and its like: links into /proc, wherever that leads.
+bool isOpenFile(fs::path path) {
+    constexpr int mostLinks = 40; // as the system has it
+    std::error_code ignored;
+    for (int i = 0; i < mostLinks; ++i) {
+        const fs::path folder = fs::weakly_canonical(folderOf(path), ignored);
+        if (folder.string().starts_with("/proc/"))
+            return true;
+        if (!fs::is_symlink(path, ignored))
+            return false;
+        path = folder / fs::read_symlink(path, ignored);
+    }
+    return false;
+}
+
 } // namespace
 
 fs::path folderOf(const fs::path& path) {
@@ -65,14 +87,23 @@ fs::path placeOf(const fs::path& path) {
 }
 
 std::string obstacleAt(const fs::path& target) {
-    const fs::path folder = folderOf(placeOf(target));
     std::error_code ignored;
+    const fs::file_status status = fs::status(target, ignored);
+    if (isOpenFile(target))
+        return "it is what a process has open, and no file of its own";
+    if (fs::is_directory(status))
+        return "it is a folder";
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        return std::string("it is ") + kindName(status.type()) + ", and no regular file";
+    if (fs::is_symlink(target, ignored) && !fs::exists(status))
+        return "it is a link that leads to no file";
+    const fs::path folder = folderOf(placeOf(target));
     if (!fs::is_directory(folder, ignored))
         return "there is no folder '" + folder.string() + "'";
-    if (fs::is_directory(target, ignored))
-        return "it is a folder";
     if (::access(folder.c_str(), W_OK | X_OK) != 0)
         return "no permission to write into '" + folder.string() + "'";
+    if (const std::error_code error = TemporaryFile(target).create())
+        return "no file can be made in '" + folder.string() + "': " + error.message();
     return "";
 }
 

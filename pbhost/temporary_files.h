@@ -17,7 +17,9 @@ std::filesystem::path folderOf(const std::filesystem::path& path);
 // Where a file of that name lies: a symbolic link leads there.
 std::filesystem::path placeOf(const std::filesystem::path& path);
 
-// Why no file can be written there; empty: nothing speaks against it.
+// Why no file can be written there; empty: nothing speaks against it. Only a regular file is ever
+// replaced, not a device, a pipe or what a process has open. To be sure, a file is made beside it
+// and removed again.
 std::string obstacleAt(const std::filesystem::path& target);
 
 // A name beside the place of the target, with the target's ending. The file is removed again unless

@@ -13,7 +13,7 @@
 #include "hostkit/ledger.h"
 #include "hostkit/memory.h"
 #include "sdk/pf_suites.h"
-#include "tests/modules/recording_module.h"
+#include "tests/modules/recording_resource.h"
 
 using namespace hostkit;
 using testing::ElementsAre;
@@ -21,23 +21,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
-
-std::string number(std::size_t value) {
-    return {reinterpret_cast<const char*>(&value), 4};
-}
-
-std::string property(const std::string& key, const std::string& data) {
-    return "8BIM" + key + number(0) + number(data.size()) + data +
-           std::string((4 - data.size() % 4) % 4, '\0');
-}
-
-std::string goodResource() {
-    return "PIPL" + number(16000) + number(6) + property("name", "\x08Recorder") +
-           property("wx86", "\x0ErecordingEntry") + property("eMNA", "\x04Test") +
-           property("eVER", number(recordingModuleVersion)) +
-           property("eGLO", number(recordingModuleFlags)) +
-           property("eGL2", number(recordingModuleFlags2));
-}
 
 std::filesystem::path writeResource(const std::string& bytes) {
     const auto path = std::filesystem::path(RECORDING_MODULE).replace_extension(".pipl");
@@ -65,7 +48,7 @@ std::shared_ptr<Footage> footageOf() {
 class HostkitEffect : public testing::Test {
 protected:
     HostkitEffect() {
-        writeResource(goodResource());
+        writeResource(recordingResource());
         plugin.emplace(RECORDING_MODULE);
         void* library = dlopen(RECORDING_MODULE, RTLD_NOW | RTLD_NOLOAD);
         module = reinterpret_cast<RecordingModule* (*)()>(dlsym(library, "recordingModule"))();
@@ -353,7 +336,7 @@ TEST_F(HostkitEffect, CommandsNestAndKeepTheirLoansApart) {
 }
 
 TEST(HostkitResource, MalformedFilesAreRefusedByName) {
-    const std::string good = goodResource();
+    const std::string good = recordingResource();
     const std::string start = "PIPL" + number(1);
     const std::string name = "8BIMname" + number(0);
     std::vector<std::string> bad = {

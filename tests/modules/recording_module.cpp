@@ -66,6 +66,8 @@ void copyPixels(PF_InData* in, PF_SmartRenderExtra* extra) {
     extra->cb->checkout_layer_pixels(in->effect_ref, 0, &input);
     extra->cb->checkout_output(in->effect_ref, &output);
     record.input = *input;
+    if (!record.draws)
+        return;
     const A_long pixelBytes = output->rowbytes / ((output->width + 15) / 16 * 16);
     for (A_long y = 0; y < output->height; ++y)
         std::memcpy(static_cast<char*>(output->data) + y * output->rowbytes,

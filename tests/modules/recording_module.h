@@ -43,6 +43,7 @@ struct RecordingModule {
 
     std::vector<PF_Cmd> commands;     // in the order of their coming
     std::map<PF_Cmd, Handler> behind; // runs behind the module's own answer
+    bool draws = true;                // else a smart render leaves its output as it was
     PF_Err error = 0;                 // what the next command answers; 0 again behind it
     PF_EffectWorld input{};           // of the last smart render
     A_Boolean keepsHiddenRgb = 1;     // asked for before a smart render
