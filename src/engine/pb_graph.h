@@ -38,6 +38,10 @@ public:
     // The node that holds the result; null when the graph has none.
     NodeBase* output() const;
 
+    // Gives a kernel's target its storage for the frame: that of a texture that no node reads any
+    // more, where there is one, else fresh storage. The pixels are undefined.
+    void provideStorage(RenderTexture& target, const FrameDescription& frame);
+
     // Tells nodes and parameters to the developer's channel.
     void reportGraph() const;
 
@@ -48,6 +52,7 @@ public:
     HostVector<std::unique_ptr<NodeBase>> nodes;
     std::uint32_t swizzle;
     HostVector<std::unique_ptr<GraphParameter>> parameters;
+    HostVector<RenderTexture*> spareTextures; // of the frame, with room for those of all nodes
     GlTexture transparentTexture; // for inputs that nothing feeds; exists where there are such
 
 private:
@@ -59,6 +64,7 @@ private:
     void connect(const pbConnection& connection);
     std::int32_t indexOf(std::string_view nodeName) const;
     void closeOpenInputs();
+    void prepareReuse();
     void buildInfoText(const pbMetadata& metadata, const char* heading);
 };
 
