@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "bench/texture_bytes.h"
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
 #include "engine/image_node.h"
@@ -122,6 +123,9 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
                              glFinish();
                          }});
     timing.round(); // warms up, and fills the outputs
+    textureBytes::start();
+    engineFrame(graph, input, outputs[0]);
+    state.counters["peak_MiB"] = static_cast<double>(textureBytes::peak()) / (1 << 20);
     if (outputs[0].pixels != outputs[1].pixels || outputs[0].pixels != outputs[2].pixels ||
         outputs[0].pixels == std::vector<std::byte>(outputs[0].pixels.size()) ||
         glGetError() != GL_NO_ERROR)

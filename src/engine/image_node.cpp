@@ -148,6 +148,7 @@ void ImageNode::readBack(const FrameDescription& target) {
 void ImageNode::reset() {
     target_.shrink();
     done = false;
+    readsDone = 0;
 }
 
 PixelSize ImageNode::pixelSize(const FrameDescription& frame) const {

@@ -17,6 +17,7 @@ public:
     void reset() override;
     PixelSize pixelSize(const FrameDescription& frame) const override;
     GLuint texture() const override { return target_.texture.get(); }
+    RenderTexture& target() override { return target_; }
 
     std::int32_t slot = -1; // which image of the frame; -1: none
 

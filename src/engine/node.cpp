@@ -55,6 +55,7 @@ void Node::render(const FrameDescription& frame) {
     for (const Connection& connection : connections)
         if (connection.source != nullptr)
             connection.source->render(frame);
+    graph->provideStorage(impl->target, frame);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, impl->target.framebuffer.get());
     glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
     if (impl->isLinked)
@@ -68,6 +69,9 @@ void Node::render(const FrameDescription& frame) {
     impl->draw(frame);
     if (isNearest)
         filterInputs(GL_LINEAR); // which every texture has but for such a draw
+    for (const Connection& connection : connections)
+        if (connection.source != nullptr)
+            connection.source->endRead();
     glUseProgram(0);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     done = true;
@@ -127,6 +131,7 @@ void Node::readBack(const FrameDescription& target) {
 void Node::reset() {
     impl->target.shrink();
     done = false;
+    readsDone = 0;
 }
 
 PixelSize Node::pixelSize(const FrameDescription& frame) const {

@@ -22,6 +22,7 @@ public:
     void reset() override;
     PixelSize pixelSize(const FrameDescription& frame) const override;
     GLuint texture() const override { return impl->target.texture.get(); }
+    RenderTexture& target() override { return impl->target; }
 
     std::unique_ptr<NodeImpl> impl;
 

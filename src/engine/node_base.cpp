@@ -1,11 +1,18 @@
 #include "engine/node_base.h"
 
+#include "engine/pb_graph.h"
+
 NodeBase::NodeBase(pbGraph& owner, std::string_view nodeName) : graph(&owner) {
     copyName(name, nodeName);
 }
 
 void NodeBase::bindInput(GLuint program, const char* inputName, GLuint unit) const {
     bindTexture(texture(), program, inputName, unit);
+}
+
+void NodeBase::endRead() {
+    if (++readsDone == readerCount)
+        graph->spareTextures.push_back(&target());
 }
 
 void bindTexture(GLuint textureName, GLuint program, const char* inputName, GLuint unit) {

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "engine/frame_description.h"
+#include "engine/render_texture.h"
 #include "pixelbender/model.h"
 #include "support/text.h"
 
@@ -46,11 +47,18 @@ public:
 
     virtual PixelSize pixelSize(const FrameDescription& frame) const = 0;
     virtual GLuint texture() const = 0;
+    virtual RenderTexture& target() = 0; // which holds the texture
+
+    // A node has drawn what one of its inputs needs of this node. After the last of them the
+    // texture may serve another node of the same frame.
+    void endRead();
 
     pbName name{}; // the input's or kernel's name, or a graph node's id
     pbGraph* graph;
     HostVector<Connection> connections; // in the order of the kernel's inputs
     bool done = false;                  // the texture holds this frame's result
+    std::uint32_t readerCount = 0;      // inputs fed by this node, of nodes that the output needs
+    std::uint32_t readsDone = 0;        // of these, in this frame
 };
 
 // bindInput for any texture.

@@ -46,11 +46,10 @@ void NodeImpl::buildObjects(std::string_view name, const NarrowString& vertexTex
     mayLeavePixels_ = mayDiscard(fragmentText);
 }
 
-void NodeImpl::draw(const FrameDescription& frame) {
+void NodeImpl::draw(const FrameDescription& frame) const {
     const auto width = static_cast<GLsizei>(frame.width);
     const auto height = static_cast<GLsizei>(frame.height);
-    target.setStorage(frame.width, frame.height, frame.componentBytes,
-                      channelFormat(frame.channels).drawStorage);
+    glBindTexture(GL_TEXTURE_2D, target.texture.get());
     if (mayLeavePixels_) {
         glClearColor(0, 0, 0, 0);
         glClear(GL_COLOR_BUFFER_BIT);

@@ -15,8 +15,8 @@ public:
     NodeImpl(const pbKernelInfo& kernel, std::uint32_t swizzle);
     NodeImpl(const pbGraphInfo& graph, std::size_t nodeIndex, std::uint32_t swizzle);
 
-    // One quad over the whole frame, into fresh storage; the framebuffer must be bound.
-    void draw(const FrameDescription& frame);
+    // One quad over the whole frame; the target must have its storage, the framebuffer be bound.
+    void draw(const FrameDescription& frame) const;
 
     void readPixels(const PixelRead& read) const;
 

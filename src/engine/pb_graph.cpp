@@ -5,6 +5,7 @@
 #include "engine/cycle_test.h"
 #include "engine/glsl_generator.h"
 #include "engine/image_node.h"
+#include "engine/pixel_format.h"
 #include "gpu/errors.h"
 #include "support/report.h"
 
@@ -28,6 +29,13 @@ Connection* findInput(NodeBase& node, std::string_view name) {
         if (std::string_view(connection.name.data()).substr(0, pbName().size() - 1) == name)
             return &connection;
     return nullptr;
+}
+
+// For each node that the output needs.
+void countReaders(NodeBase& node) {
+    for (const Connection& connection : node.connections)
+        if (connection.source != nullptr && ++connection.source->readerCount == 1)
+            countReaders(*connection.source);
 }
 
 } // namespace
@@ -77,6 +85,7 @@ void pbGraph::buildKernel(const pbKernelInfo& kernelInfo) {
         nodes.push_back(makeObject<ImageNode>(*this, nameText(kernelInfo.inputs[i].name)));
         nodes[0]->connections[i].source = nodes.back().get();
     }
+    prepareReuse();
 }
 
 // On the user's side the parameter keeps its plain name; in the programs it bears the prefix.
@@ -100,6 +109,8 @@ void pbGraph::buildGraph(const pbGraphInfo& graphInfo) {
         tell("No output node.\n");
     else if (output() != nullptr && hasCycle(*output()))
         refuse("Cyclick Dependency detected.\n");
+    else
+        prepareReuse();
 }
 
 // What cannot be resolved is passed over.
@@ -137,6 +148,13 @@ void pbGraph::closeOpenInputs() {
         }
 }
 
+// A frame allocates nothing of the host's memory.
+void pbGraph::prepareReuse() {
+    spareTextures.reserve(nodes.size());
+    if (output() != nullptr)
+        countReaders(*output());
+}
+
 NodeBase* pbGraph::output() const {
     const auto index = static_cast<std::size_t>(outputNode);
     return outputNode >= 0 && index < nodes.size() ? nodes[index].get() : nullptr;
@@ -147,7 +165,22 @@ void pbGraph::render(const FrameDescription& frame) {
     output()->render(frame);
 }
 
+void pbGraph::provideStorage(RenderTexture& target, const FrameDescription& frame) {
+    const auto spare = std::ranges::find_if(spareTextures, [&](const RenderTexture* texture) {
+        return texture->width == frame.width && texture->height == frame.height &&
+               texture->componentBytes == frame.componentBytes;
+    });
+    if (spare == spareTextures.end()) {
+        target.setStorage(frame.width, frame.height, frame.componentBytes,
+                          channelFormat(frame.channels).drawStorage);
+        return;
+    }
+    std::swap(target, **spare);
+    spareTextures.erase(spare);
+}
+
 void pbGraph::resetNodes() {
+    spareTextures.clear();
     for (const auto& node : nodes)
         node->reset();
     tellError(takeError());

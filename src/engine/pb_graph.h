@@ -40,6 +40,10 @@ public:
     // The node that holds the result; null when the graph has none.
     NodeBase* output() const;
 
+    // Gives a kernel's target its storage for the frame: that of a texture that no node reads any
+    // more, where there is one, else fresh storage. The pixels are undefined.
+    void provideStorage(RenderTexture& target, const FrameDescription& frame);
+
     // Tells nodes and parameters to the developer's channel.
     void reportGraph() const;
 
@@ -51,6 +55,7 @@ public:
     std::uint32_t swizzle;
     HostVector<std::unique_ptr<GraphParameter>> parameters;
     unsigned int frameError = 0;  // the first that OpenGL had in the last frame; 0: none
+    HostVector<RenderTexture*> spareTextures; // of the frame, with room for those of all nodes
     GlTexture transparentTexture; // for inputs that nothing feeds; exists where there are such
 
 private:
@@ -63,6 +68,7 @@ private:
     void connect(const pbConnection& connection);
     std::int32_t indexOf(std::string_view nodeName) const;
     void closeOpenInputs();
+    void prepareReuse();
     void buildInfoText(const pbMetadata& metadata, const char* heading);
 };
 

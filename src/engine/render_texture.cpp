@@ -62,9 +62,10 @@ void RenderTexture::attach() const {
 }
 
 void RenderTexture::setStorage(std::uint32_t newWidth, std::uint32_t newHeight,
-                               std::uint32_t componentBytes, GLenum format) {
+                               std::uint32_t newComponentBytes, GLenum format) {
     width = newWidth;
     height = newHeight;
+    componentBytes = newComponentBytes;
     isShrunk = false;
     const DepthFormat& depth = depthFormat(componentBytes);
     glBindTexture(GL_TEXTURE_2D, texture.get());

@@ -16,8 +16,8 @@ struct RenderTexture {
 
     void attach() const; // the framebuffer must be bound
     // Fresh storage, whose pixels are undefined until they are written.
-    void setStorage(std::uint32_t newWidth, std::uint32_t newHeight, std::uint32_t componentBytes,
-                    unsigned int format);
+    void setStorage(std::uint32_t newWidth, std::uint32_t newHeight,
+                    std::uint32_t newComponentBytes, unsigned int format);
     void shrink();      // to a single pixel; does nothing when it has only that
     void clear() const; // to transparent black, at its present size
 
@@ -25,6 +25,7 @@ struct RenderTexture {
     GlFramebuffer framebuffer;
     std::uint32_t width = 0; // of the storage, in pixels
     std::uint32_t height = 0;
+    std::uint32_t componentBytes = 0;
     bool isShrunk = false;
 };
 
