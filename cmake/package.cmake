@@ -1,7 +1,7 @@
 # What `cmake --install` lays out, and the Debian package that `cpack -G DEB` makes of it:
 #
 #   bin/pbhost                      finds the module by its own place, ../lib/tvelmarondine
-#   lib/tvelmarondine/              the module and its resource
+#   lib/tvelmarondine/              the module, its resource, the picture formats
 #   share/man, bash-completion      written from the program's own help
 #   share/doc/tvelmarondine         README, examples, documents
 
@@ -16,7 +16,7 @@ add_command_line_file(bash ${CMAKE_BINARY_DIR}/pbhost.bash)
 add_custom_target(command_line_files ALL DEPENDS ${CMAKE_BINARY_DIR}/pbhost.1 ${CMAKE_BINARY_DIR}/pbhost.bash)
 
 install(TARGETS pbhost RUNTIME DESTINATION bin)
-install(TARGETS Tvelmarondine LIBRARY DESTINATION lib/tvelmarondine)
+install(TARGETS Tvelmarondine pbhost_pictures LIBRARY DESTINATION lib/tvelmarondine)
 install(FILES ${CMAKE_BINARY_DIR}/Tvelmarondine.pipl DESTINATION lib/tvelmarondine)
 install(FILES ${CMAKE_BINARY_DIR}/pbhost.1 DESTINATION share/man/man1)
 install(FILES ${CMAKE_BINARY_DIR}/pbhost.bash DESTINATION share/bash-completion/completions RENAME pbhost)
