@@ -25,8 +25,9 @@ void offerSuites() {
     using namespace tables;
     offerAll(memorySuite(), persistentDataSuite(), utilitySuite(), interfaceSuite(), effectSuite(),
              streamSuite(), keyframeSuite(), dynamicStreamSuite(), markerSuite(), layerSuite(),
-             cameraSuite(), itemSuite(), compSuite(), paramUtilsSuite(), worldSuite(),
-             advAppSuite(), effectUiSuite());
+             cameraSuite(), lightSuite(), layerMaskSuite(), maskOutlineSuite(), textDocumentSuite(),
+             itemSuite(), compSuite(), paramUtilsSuite(), worldSuite(), advAppSuite(),
+             effectUiSuite());
 }
 
 } // namespace

@@ -11,9 +11,9 @@ namespace hostkit::ledger {
 
 namespace {
 
-constexpr std::array<const char*, 8> kindNames = {
-    "suite",        "memory handle", "stream",         "effect",
-    "stream value", "parameter",     "keyframe batch", "undo group",
+constexpr std::array<const char*, 9> kindNames = {
+    "suite",     "memory handle",  "stream",     "effect", "stream value",
+    "parameter", "keyframe batch", "undo group", "mask",
 };
 
 using Key = std::pair<Kind, const void*>;

@@ -19,6 +19,7 @@ enum class Kind {
     Parameter,
     KeyframeBatch,
     UndoGroup,
+    Mask,
 };
 
 // `key` names the thing within its kind; the same key may be lent several times. `what` says in

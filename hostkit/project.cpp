@@ -170,6 +170,16 @@ void Layer::addMarker(double seconds, const std::string& comment) {
     markers.setKeyframe(markers.addKeyframe(seconds), value);
 }
 
+Mask::Mask(Layer& owner, AEGP_MaskIDVal maskId, Outline path) : id(maskId) {
+    outline.layer = &owner;
+    outline.constant.outline = std::make_shared<Outline>(std::move(path));
+}
+
+Mask& Layer::addMask(Outline path) {
+    const AEGP_MaskIDVal highest = masks.empty() ? 0 : masks.back()->id;
+    return *masks.emplace_back(std::make_unique<Mask>(*this, highest + 1, std::move(path)));
+}
+
 A_Matrix4 Layer::toWorld(double compSeconds) const {
     const double seconds = compSeconds - inSeconds;
     const Vector scale = vectorAt(*this, AEGP_LayerStream_SCALE, seconds, {100, 100, 100});

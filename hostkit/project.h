@@ -53,6 +53,14 @@ struct Footage : Item {
 // A picture of that size, with a pixel aspect of 1.
 std::shared_ptr<Footage> makeFootage(std::string name, World pixels);
 
+struct Mask {
+    Mask(Layer& owner, AEGP_MaskIDVal maskId, Outline path);
+
+    Living<Mask> living{this};
+    AEGP_MaskIDVal id; // from 1, unique on its layer
+    Stream outline{u"Mask Path", "maskShape", AEGP_StreamType_MASK};
+};
+
 struct Layer {
     Layer(Composition& owner, AEGP_LayerIDVal layerId);
     ~Layer();
@@ -65,6 +73,8 @@ struct Layer {
 
     // A marker at a time of the layer, with that comment in UTF-8. Not for a camera.
     void addMarker(double seconds, const std::string& comment);
+
+    Mask& addMask(Outline path);
 
     // The layer's place in the world at a time of the composition, parents included; of a camera
     // the matrix that takes its space (the eye at 0, looking along z) to the world. A point goes
@@ -84,9 +94,11 @@ struct Layer {
     std::optional<PF_LRect> contents;
     Layer* parent = nullptr;
     AEGP_CameraType cameraType = AEGP_CameraType_PERSPECTIVE;
+    AEGP_LightType lightType = AEGP_LightType_PARALLEL;
     double inSeconds = 0; // where the layer starts in the composition
     double durationSeconds = 10;
     std::map<AEGP_LayerStream, Stream> streams;
+    std::vector<std::unique_ptr<Mask>> masks;
     std::vector<std::unique_ptr<Effect>> effects; // the topmost first
 };
 

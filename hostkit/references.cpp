@@ -59,9 +59,13 @@ AEGP_AddKeyframesInfoH lendBatch(Stream& stream) {
 void lendValue(AEGP_StreamRefH stream, const StreamValue& value, AEGP_StreamValue2& record) {
     record.streamH = stream;
     record.val = value.value;
-    if (value.marker != nullptr)
-        record.val.markerP = reinterpret_cast<AEGP_MarkerValP>(value.marker.get());
-    stream->valuesOut.push_back(value);
+    StreamValue& lent = stream->valuesOut.emplace_back(value);
+    if (lent.outline != nullptr)
+        lent.outline = std::make_shared<Outline>(*lent.outline);
+    if (lent.document != nullptr)
+        lent.document = std::make_shared<TextDocument>(*lent.document);
+    if (lent.object() != nullptr) // whatever it is: its address is all that the record holds
+        record.val.markerP = static_cast<AEGP_MarkerValP>(const_cast<void*>(lent.object()));
     const auto living = stream->stream.lock();
     ledger::lend(Kind::StreamValue, stream, "value of " + (living ? living->matchName : "nothing"));
 }
@@ -88,7 +92,7 @@ bool giveBack(AEGP_StreamValue2& record, const char* call) {
         return false;
     std::vector<StreamValue>& out = record.streamH->valuesOut;
     const auto same = std::find_if(out.begin(), out.end(), [&](const StreamValue& value) {
-        return reinterpret_cast<AEGP_MarkerValP>(value.marker.get()) == record.val.markerP;
+        return value.object() == record.val.markerP;
     });
     out.erase(same == out.end() ? out.begin() : same);
     record = {};
@@ -111,14 +115,32 @@ AEGP_AddKeyframesInfo* find(AEGP_AddKeyframesInfoH batch, const char* call) {
     return ledger::requireLent(Kind::KeyframeBatch, batch, call) ? batch : nullptr;
 }
 
-std::shared_ptr<Marker> find(AEGP_MarkerValP marker, const char* call) {
-    if (marker != nullptr)
+namespace {
+
+template<class Object>
+std::shared_ptr<Object> findOut(std::shared_ptr<Object> StreamValue::*member, const void* handle,
+                                const char* call, const char* what) {
+    if (handle != nullptr)
         for (const auto& record : records().streams)
             for (const StreamValue& value : record->valuesOut)
-                if (reinterpret_cast<AEGP_MarkerValP>(value.marker.get()) == marker)
-                    return value.marker;
-    ledger::fault(std::string(call) + ": a marker of which no value is out");
+                if ((value.*member).get() == handle)
+                    return value.*member;
+    ledger::fault(std::string(call) + ": " + what + " of which no value is out");
     return nullptr;
+}
+
+} // namespace
+
+std::shared_ptr<Marker> find(AEGP_MarkerValP marker, const char* call) {
+    return findOut(&StreamValue::marker, marker, call, "a marker");
+}
+
+std::shared_ptr<Outline> find(AEGP_MaskOutlineValH outline, const char* call) {
+    return findOut(&StreamValue::outline, outline, call, "an outline");
+}
+
+std::shared_ptr<TextDocument> find(AEGP_TextDocumentH document, const char* call) {
+    return findOut(&StreamValue::document, document, call, "a text document");
 }
 
 void close() {

@@ -35,7 +35,8 @@ AEGP_EffectRefH lendEffect(Effect& effect);
 AEGP_AddKeyframesInfoH lendBatch(Stream& stream);
 
 // Fills the record with a value of the reference's stream. Values are counted for each reference;
-// a marker stays alive as long as a value with it is out.
+// a marker stays alive as long as a value with it is out. Outlines and text documents are lent as
+// copies.
 void lendValue(AEGP_StreamRefH stream, const StreamValue& value, AEGP_StreamValue2& record);
 
 // Gives the reference back; false, with a fault, when it is not lent. A null stream is no fault: it
@@ -51,8 +52,10 @@ Stream* find(AEGP_StreamRefH stream, const char* call);
 Effect* find(AEGP_EffectRefH effect, const char* call);
 AEGP_AddKeyframesInfo* find(AEGP_AddKeyframesInfoH batch, const char* call);
 
-// A marker out of a value that is out; null, with a fault, for any other.
+// What a value that is out holds; null, with a fault, for anything else.
 std::shared_ptr<Marker> find(AEGP_MarkerValP marker, const char* call);
+std::shared_ptr<Outline> find(AEGP_MaskOutlineValH outline, const char* call);
+std::shared_ptr<TextDocument> find(AEGP_TextDocumentH document, const char* call);
 
 // Frees all records; the ledger must be closed first.
 void close();

@@ -75,7 +75,13 @@ StreamValue SceneCall::value(const Stream& wanted, const AEGP_StreamValue2* reco
     if (wanted.type == AEGP_StreamType_MARKER) {
         value.marker = references::find(given.val.markerP, name);
         found(value.marker.get());
-    } else if (wanted.type == AEGP_StreamType_LAYER_ID)
+    } else if (wanted.type == AEGP_StreamType_MASK)
+        value.outline =
+            std::make_shared<Outline>(found(references::find(given.val.mask, name).get()));
+    else if (wanted.type == AEGP_StreamType_TEXT_DOCUMENT)
+        value.document = std::make_shared<TextDocument>(
+            found(references::find(given.val.text_document, name).get()));
+    else if (wanted.type == AEGP_StreamType_LAYER_ID)
         value.value.layer_id = given.val.layer_id;
     else
         std::memcpy(&value.value, &given.val, componentCount(wanted.type) * sizeof(A_FpLong));

@@ -147,7 +147,7 @@ const AEGP_StreamSuite9& streamSuite() {
         getNewLayerStream,   getNewEffectStreamByIndex, disposeStream,      getStreamName,
         getStreamType,       getNewStreamValue,         disposeStreamValue, setStreamValue,
         getLayerStreamValue, getExpressionState,        setExpressionState, getExpression,
-        setExpression,
+        setExpression,       getNewMaskOutlineStream,
     };
     return table;
 }

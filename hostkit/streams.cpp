@@ -74,8 +74,8 @@ std::size_t componentCount(AEGP_StreamType type) {
 }
 
 bool areSame(const StreamValue& one, const StreamValue& other, AEGP_StreamType type) {
-    if (type == AEGP_StreamType_MARKER)
-        return one.marker == other.marker;
+    if (one.object() != nullptr || other.object() != nullptr)
+        return one.object() == other.object();
     if (type == AEGP_StreamType_LAYER_ID)
         return one.value.layer_id == other.value.layer_id;
     const Numbers a = std::bit_cast<Numbers>(one.value);

@@ -20,10 +20,28 @@ struct Marker {
     std::u16string comment;
 };
 
-// A value by its own kind. A marker stream's value lies in `marker`.
+struct Outline { // of a mask
+    bool isOpen = false;
+    std::vector<AEGP_MaskVertex> vertices;
+};
+
+struct TextDocument {
+    std::u16string text;
+};
+
+// A value by its own kind: the value of a marker, mask or text stream lies in the object that is
+// not null.
 struct StreamValue {
     AEGP_StreamVal2 value{};
-    std::shared_ptr<Marker> marker;
+    std::shared_ptr<Marker> marker{};
+    std::shared_ptr<Outline> outline{};
+    std::shared_ptr<TextDocument> document{};
+
+    const void* object() const { // null for numbers
+        return marker != nullptr    ? static_cast<const void*>(marker.get())
+               : outline != nullptr ? static_cast<const void*>(outline.get())
+                                    : document.get();
+    }
 };
 
 struct Keyframe {

@@ -18,12 +18,19 @@ const AEGP_DynamicStreamSuite5& dynamicStreamSuite();
 const AEGP_MarkerSuite2& markerSuite();
 const AEGP_LayerSuite12& layerSuite();
 const AEGP_CameraSuite2& cameraSuite();
+const AEGP_LightSuite2& lightSuite();
+const AEGP_LayerMaskSuite5& layerMaskSuite();
+const AEGP_MaskOutlineSuite3& maskOutlineSuite();
+const AEGP_TextDocumentSuite1& textDocumentSuite();
 const AEGP_ItemSuite13& itemSuite();
 const AEGP_CompSuite11& compSuite();
 const PF_ParamUtilsSuite1& paramUtilsSuite();
 const PF_WorldSuite2& worldSuite();
 const PF_AdvAppSuite1& advAppSuite();
 const PF_EffectUISuite1& effectUiSuite();
+
+// One function of the stream suite stands with those of the masks.
+A_Err getNewMaskOutlineStream(AEGP_PluginID plugin, AEGP_MaskRefH mask, AEGP_StreamRefH* stream);
 
 // The callbacks of PF_InData::inter.
 const PF_InteractCallbacks& interactCallbacks();

@@ -12,6 +12,8 @@
 
 #include "gpu/kgl_framebuffer.h"
 #include "hostkit/effect.h"
+#include "hostkit/suite_tables.h"
+#include "hostkit/suites.h"
 #include "pbhost/camera_verb.h"
 #include "pbhost/picture.h"
 #include "tests/support/comma_locale.h"
@@ -101,8 +103,8 @@ TEST_F(CameraTest, WithoutACameraTheFrameFillsTheViewport) {
         {{63.5, 47.5, 0}, {63, 47}},
         {{64.5, 24.5, 0}, nowhere},
         {{53, 9, 80}, {42, 16}}, // 21 and -15 from the middle, halved at twice the distance
-        {{32.5, 24.5, 32000 - zoom}, {32, 24}},
-        {{32.5, 24.5, 34000 - zoom}, nowhere}, // behind the far plane
+        {{32.5, 24.5, 32640 - zoom}, {32, 24}},
+        {{32.5, 24.5, 32900 - zoom}, nowhere}, // behind the far plane
         {{32.0125, 24.0125, 1.25 - zoom}, {32, 24}},
         {{32.0125, 24.0125, 0.75 - zoom}, nowhere}, // before the near plane
     };
@@ -149,6 +151,22 @@ TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
         EXPECT_EQ(lit(each.point), Place(42, 16)) << &each - cases;
         comp.layers.pop_back();
     }
+}
+
+TEST_F(CameraTest, AnExpressionOnTheZoomDoesNotCount) {
+    AEGP_StreamSuite9 halved = hostkit::tables::streamSuite();
+    halved.AEGP_GetLayerStreamValue =
+        [](AEGP_LayerH from, AEGP_LayerStream which, AEGP_LTimeMode mode, const A_Time* time,
+           A_Boolean isBeforeExpression, AEGP_StreamVal2* value, AEGP_StreamType* type) -> A_Err {
+        const A_Err err = hostkit::tables::streamSuite().AEGP_GetLayerStreamValue(
+            from, which, mode, time, isBeforeExpression, value, type);
+        if (isBeforeExpression == 0)
+            value->one_d /= 2;
+        return err;
+    };
+    hostkit::suites::offer(halved.name, halved.version, &halved);
+    addCamera({42, 30, -40});
+    EXPECT_EQ(lit({52.5, 22.5, 40}), Place(42, 16));
 }
 
 TEST_F(CameraTest, TheCameraOfTheTimeCounts) {

@@ -82,11 +82,17 @@ TEST_F(Files, ModesDoWhatTheySay) {
     EXPECT_EQ(file.read(0).text(), "\r\ntwo\nthree");
     EXPECT_TRUE(file.open('r') && !file.write("never"));
     EXPECT_EQ(file.read(4).text(), "ONE\r");
+    EXPECT_TRUE(file.wasReadWhole());
     EXPECT_EQ(file.read(0).text(), "\ntwo\nthree") << "the rest begins at the stream's position";
     EXPECT_EQ(file.read(0).text() + file.read(9).text(), "");
     EXPECT_TRUE(file.open('r') && file.read(1000).text() == "ONE\r\ntwo\nthree");
+    EXPECT_FALSE(file.wasReadWhole());
+    EXPECT_TRUE(file.open('r') && file.read(0).text() == "ONE\r\ntwo\nthree");
+    EXPECT_TRUE(file.wasReadWhole());
     EXPECT_FALSE(file.open('?') || file.write("no stream any more"));
-    EXPECT_EQ(readAll(put("zero", "12345\0 789"s)), "12345") << "a text ends at a zero byte";
+    File zero(put("zero", "12345\0 789"s).c_str());
+    EXPECT_TRUE(zero.open('r') && zero.read(0).text() == "12345") << "a text ends at a zero byte";
+    EXPECT_TRUE(zero.wasReadWhole() && zero.close());
     EXPECT_TRUE(file.open('w') && file.close() && fs::is_empty(in("log.txt")));
     EXPECT_TRUE(file.remove() && !file.exists() && !file.remove());
 }
@@ -102,6 +108,16 @@ TEST_F(Files, WhatIsNoFileOpensNothingAndNeverWaits) {
     EXPECT_TRUE(full.open('w') && full.write("text"));
     EXPECT_FALSE(full.close()) << "the stream could not write what it had taken";
     EXPECT_TRUE(full.close());
+}
+
+// The status of such a file tells a whole page, whatever it holds.
+TEST_F(Files, AFileThatEndsEarlyWasNotReadWhole) {
+    File early("/sys/devices/system/cpu/online");
+    ASSERT_TRUE(early.open('r'));
+    EXPECT_EQ(early.read(1).text(), "0");
+    EXPECT_TRUE(early.wasReadWhole());
+    EXPECT_EQ(early.read(0).text().back(), '\n');
+    EXPECT_FALSE(early.wasReadWhole());
 }
 
 TEST_F(Files, FoldersAreMadeAndRemovedOneByOne) {
@@ -135,6 +151,8 @@ TEST_F(Files, AFolderListsAllThatCanBeNamed) {
         EXPECT_EQ(namesIn(Folder(path.c_str()).listFolders()), (Names{"sub.folder", "link"}));
     }
     EXPECT_EQ(Folder(root_.c_str()).listFolders()[0].text(), in(folder).c_str());
+    EXPECT_EQ(Folder((root_ + "/").c_str()).listFolders()[0].text(), in("/" + folder).c_str());
+    EXPECT_EQ(File("a").type() * 10 + Folder("a").type(), 45);
     for (const char* other : {"none", "README"})
         EXPECT_EQ(Folder(in(folder + "/" + other).c_str()).listFiles().size(), 0U);
 }

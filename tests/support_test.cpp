@@ -235,6 +235,12 @@ TEST_F(Support, TextsAreDividedAndJoined) {
         EXPECT_EQ(pieces.join(delimiter).text(), text);
     }
     EXPECT_EQ(JstString("").split(",").size(), 1U);
+    const std::tuple<std::uint32_t, std::uint32_t, const char*> parts[] = {
+        {0, 0, "abcd"}, {2, 0, "cd"}, {1, 3, "bc"}, {3, 9, "d"},
+        {2, 2, ""},     {3, 2, ""},   {9, 0, ""}};
+    for (const auto& [from, to, part] : parts)
+        EXPECT_EQ(JstString("abcd").substring(from, to).text(), part) << from << ", " << to;
+    EXPECT_EQ(JstArray().type() * 10 + JstString().type(), 13);
     JstArray texts;
     texts.push("an element that its own array takes in once more");
     for (int i = 0; i < 9; ++i) // grows under the argument's feet
@@ -267,6 +273,35 @@ TEST_F(Support, TextIsConvertedAndReadsNoFurtherThanItsEnd) {
     };
     for (const auto& [units, narrow] : toUtf8)
         EXPECT_EQ(std::string_view(toNarrow({units.data(), units.size()})), narrow);
+}
+
+TEST_F(Support, SequencesHaveTheLengthThatTheirLeadByteAnnounces) {
+    const std::array<int, 3> leads[] = {// from, to, length
+                                        {0, 127, 1},   {128, 191, 0}, {192, 223, 2},
+                                        {224, 239, 3}, {240, 247, 4}, {248, 251, 5},
+                                        {252, 253, 6}, {254, 255, -1}};
+    for (const auto& [from, to, length] : leads)
+        for (int lead = from; lead <= to; ++lead)
+            EXPECT_EQ(utf8SequenceLength(static_cast<unsigned char>(lead)), length) << lead;
+    // The last code of each length and the first of the next, with the bytes of the first.
+    const std::pair<std::uint32_t, std::string> codes[] = {
+        {0x7F, "\x7f"},
+        {0x80, "\xc2\x80"},
+        {0x800, "\xe0\xa0\x80"},
+        {0x10000, "\xf0\x90\x80\x80"},
+        {0x200000, "\xf8\x88\x80\x80\x80"},
+        {0x4000000, "\xfc\x84\x80\x80\x80\x80"},
+        {0x7FFFFFFF, "\xfd\xbf\xbf\xbf\xbf\xbf"}};
+    for (const auto& [code, bytes] : codes) {
+        std::array<char, 6> buffer{};
+        const auto length = static_cast<int>(bytes.size());
+        EXPECT_EQ(utf8Encode(code, buffer.data()), length) << code;
+        EXPECT_EQ(std::string(buffer.data(), bytes.size()), bytes);
+        EXPECT_EQ(utf8Encode(code, nullptr), length) << code;
+        EXPECT_EQ(utf8Decode(bytes), code);
+        const bool isFirstOfItsLength = code >= 0x80 && code < 0x7FFFFFFF;
+        EXPECT_EQ(utf8Encode(code - 1, nullptr), isFirstOfItsLength ? length - 1 : length) << code;
+    }
 }
 
 TEST(Reports, ReachTheHandlerOfTheirChannel) {

@@ -202,6 +202,8 @@ TEST_F(Scene, LayersItemsAndCompositionsTellWhatTheyAre) {
     layer.source->height = 20;
     layer.inSeconds = 2;
     comp.now = {100, 25};
+    EXPECT_EQ(AEO::Layer(basic, reinterpret_cast<AEGP_LayerH>(&layer)).flags(),
+              AEGP_LayerFlag_VIDEO_ACTIVE);
     double next = 10;
     for (auto& [which, stream] : layer.streams)
         if (stream.type != AEGP_StreamType_MARKER)
@@ -298,8 +300,128 @@ TEST_F(Scene, StreamsTakeKeyframesExpressionsAndNames) {
     EXPECT_EQ(std::tuple(parent.numInGroup(), stream.indexInParent(), stream.dynamicFlags(),
                          stream.type(), parent.canAdd("control")),
               std::tuple(2, 1, 0, AEGP_StreamType_OneD, false));
+    stream.setDynamicFlag(AEGP_DynStreamFlag_HIDDEN, false, true);
+    EXPECT_EQ(stream.dynamicFlags(), AEGP_DynStreamFlag_HIDDEN);
     EXPECT_EQ(AEO::Stream(basic, parent.newChild(1)).matchName(), "control");
     EXPECT_EQ(stream.err() + parent.err(), 0);
+}
+
+// What this host never answers itself, and what it does not look at.
+TEST_F(Scene, ArgumentsReachTheHostAsTheyAreGiven) {
+    static std::string heard;
+    heard.clear();
+    AEGP_DynamicStreamSuite5 dynamics = tables::dynamicStreamSuite();
+    dynamics.AEGP_CanAddStream = [](AEGP_StreamRefH, const char* matchName,
+                                    A_Boolean* canAdd) -> A_Err {
+        *canAdd = matchName == std::string_view("new") ? 1 : 0;
+        return 0;
+    };
+    suites::offer(dynamics.name, dynamics.version, &dynamics);
+    AEGP_EffectSuite3 effects = tables::effectSuite();
+    effects.AEGP_ApplyEffect = [](AEGP_PluginID plugin, AEGP_LayerH layer,
+                                  AEGP_InstalledEffectKey key, AEGP_EffectRefH* applied) {
+        heard = std::to_string(plugin) + " applies " + std::to_string(key);
+        return tables::effectSuite().AEGP_GetLayerEffectByIndex(plugin, layer, 0, applied);
+    };
+    suites::offer(effects.name, effects.version, &effects);
+    AEO::Stream parent(basic, hostkit::references::lendStream(group, "the group"));
+    EXPECT_TRUE(parent.canAdd("new"));
+    EXPECT_FALSE(parent.canAdd("control"));
+    const A_long key = plugin.living.number();
+    AEO::Layer onLayer(basic, reinterpret_cast<AEGP_LayerH>(&layer));
+    AEO::Effect applied(basic, onLayer.applyEffect(key));
+    EXPECT_EQ(heard, std::to_string(pluginId) + " applies " + std::to_string(key));
+    EXPECT_EQ(applied.installedKey(), key);
+
+    const std::uint64_t before = calls::count();
+    { const AEO::Stream nothing(basic, nullptr); }
+    EXPECT_EQ(calls::count() - before, 3U) << "acquired, a null stream given back, released";
+
+    layer.inSeconds = 2;
+    AEO::Interface interface(basic, reinterpret_cast<PF_ProgPtr>(&effect));
+    const A_Time time = interface.compTime(5, 25);
+    EXPECT_EQ(std::pair(time.value, time.scale), std::pair(A_long{55}, 25U));
+    AEO::Stream position(basic, onLayer.newLayerStream(AEGP_LayerStream_POSITION));
+    position.setValue(1, 2, 3);
+    const auto set = layer.stream(AEGP_LayerStream_POSITION)->constant.value.three_d;
+    EXPECT_EQ(std::tuple(set.x, set.y, set.z), std::tuple(1, 2, 3));
+    EXPECT_EQ(onLayer.err() + applied.err() + parent.err() + position.err(), 0);
+}
+
+TEST_F(Scene, EffectsAreFoundByIndexAndKey) {
+    hostkit::Effect& second = hostkit::addEffect(plugin, layer);
+    second.addControl({{2}, PF_Param_SLIDER, "Other", 0, {}});
+    AEO::Layer onLayer(basic, reinterpret_cast<AEGP_LayerH>(&layer));
+    AEO::Effect found(basic, onLayer.newEffect(1));
+    EXPECT_EQ(AEO::Stream(basic, found.newParamStream(1)).name(), u"Other");
+    EXPECT_EQ(onLayer.newEffect(2), nullptr);
+    EXPECT_NE(onLayer.err(), 0);
+    const A_long key = plugin.living.number();
+    EXPECT_EQ(std::pair(found.installedKey(), found.flags()), std::pair(key, A_long{1}));
+    const hostkit::Plugin other{TVM_MODULE_PATH};
+    AEO::Effect all(basic);
+    const std::array keys{all.nextInstalledEffect(0), all.nextInstalledEffect(key),
+                          all.nextInstalledEffect(other.living.number())};
+    EXPECT_EQ(keys, (std::array{key, other.living.number(), 0}));
+    EXPECT_EQ(std::string(all.matchName(key)), plugin.pipl().text("eMNA"));
+    EXPECT_EQ(all.err() + all.numInstalledEffects(), 2);
+    EXPECT_EQ(std::string(all.matchName(key + 100)), "");
+    EXPECT_EQ(ledger::takeFaults().size(), 2U) << "the third effect and the unknown key";
+}
+
+TEST_F(Scene, MasksLightsAndTextsAreReadAndChanged) {
+    constexpr A_Time start{0, 1};
+    layer.addMask({true, {{1, 2, 0, 0, 3, 4}, {5, 6, 0, 0, 0, 0}}});
+    hostkit::Mask& second = layer.addMask({});
+    AEO::Layer onLayer(basic, reinterpret_cast<AEGP_LayerH>(&layer));
+    EXPECT_EQ(onLayer.numMasks(), 2);
+    const std::array masks{onLayer.newMask(0), onLayer.newMask(1)};
+    EXPECT_EQ(onLayer.maskId(masks[1]), second.id);
+    {
+        AEO::Stream from(basic, onLayer.newOutlineStream(masks[0]));
+        AEO::Stream to(basic, onLayer.newOutlineStream(masks[1]));
+        EXPECT_EQ(from.type(), AEGP_StreamType_MASK);
+        AEO::MaskOutline outline(from, AEGP_LTimeMode_LayerTime, start);
+        AEO::MaskOutline target(to, AEGP_LTimeMode_LayerTime, start);
+        EXPECT_EQ(std::tuple(outline.isOpen(), outline.numSegments(), target.numSegments()),
+                  std::tuple(true, 1, 0));
+        const AEGP_MaskVertex vertex = outline.vertex(0);
+        EXPECT_EQ(std::tuple(vertex.x, vertex.y, vertex.tan_out_x, vertex.tan_out_y),
+                  std::tuple(1, 2, 3, 4));
+        outline.deleteVertex(0); // of a copy
+        target.createVertex(0);
+        target.createVertex(1);
+        target.setVertex(1, vertex);
+        EXPECT_EQ(std::pair(target.isOpen(), target.numSegments()), std::pair(false, 2));
+        target.setOpen(true);
+        to.setValue(target);
+        EXPECT_EQ(outline.err() + target.err() + from.err() + to.err(), 0);
+    }
+    EXPECT_EQ(layer.masks[0]->outline.constant.outline->vertices.size(), 2U);
+    const hostkit::Outline& changed = *second.outline.constant.outline;
+    ASSERT_TRUE(changed.isOpen && changed.vertices.size() == 2U);
+    EXPECT_EQ(std::pair(changed.vertices[0].x, changed.vertices[1].y), std::pair(0.0, 2.0));
+    for (AEGP_MaskRefH mask : masks)
+        onLayer.disposeMask(mask);
+
+    hostkit::Stream source{u"Source Text", "text", AEGP_StreamType_TEXT_DOCUMENT};
+    source.constant.document = std::make_shared<hostkit::TextDocument>();
+    source.constant.document->text = comment;
+    {
+        AEO::Stream texts(basic, hostkit::references::lendStream(source, "text"));
+        AEO::TextDocument document(texts, AEGP_LTimeMode_LayerTime, start);
+        EXPECT_EQ(document.text(), WideString(comment));
+        document.setText(u"n\xe9w");
+        EXPECT_EQ(source.constant.document->text, comment) << "a copy until it is set";
+        texts.setValue(document);
+        EXPECT_EQ(document.err() + texts.err(), 0);
+    }
+    EXPECT_EQ(source.constant.document->text, u"n\xe9w");
+
+    layer.lightType = AEGP_LightType_POINT;
+    AEO::LightLayer light(basic, onLayer.handle());
+    layer.type = AEGP_ObjectType_LIGHT;
+    EXPECT_EQ(light.lightType(), AEGP_LightType_POINT);
 }
 
 TEST_F(Scene, MemoryIsOwned) {

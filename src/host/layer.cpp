@@ -9,6 +9,7 @@ namespace {
 using Layers = AEGP_LayerSuite12;
 using Effects = AEGP_EffectSuite3;
 using Streams = AEGP_StreamSuite9;
+using Masks = AEGP_LayerMaskSuite5;
 
 } // namespace
 
@@ -95,12 +96,36 @@ AEGP_EffectRefH Layer::applyEffect(AEGP_InstalledEffectKey key) {
     return query(effects_, &Effects::AEGP_ApplyEffect, currentPluginId, layer_, key);
 }
 
+A_long Layer::numMasks() {
+    return query(masks_, &Masks::AEGP_GetLayerNumMasks, layer_);
+}
+
+AEGP_MaskRefH Layer::newMask(A_long index) {
+    return query(masks_, &Masks::AEGP_GetLayerMaskByIndex, layer_, index);
+}
+
+void Layer::disposeMask(AEGP_MaskRefH mask) noexcept {
+    dispose(masks_, &Masks::AEGP_DisposeMask, mask);
+}
+
+AEGP_MaskIDVal Layer::maskId(AEGP_MaskRefH mask) {
+    return query(masks_, &Masks::AEGP_GetMaskID, mask);
+}
+
+AEGP_StreamRefH Layer::newOutlineStream(AEGP_MaskRefH mask) {
+    return query(streams_, &Streams::AEGP_GetNewMaskOutlineStream, currentPluginId, mask);
+}
+
 AEGP_StreamVal2 Layer::streamValue(AEGP_LayerStream which, AEGP_LTimeMode mode, const A_Time& time,
                                    bool isBeforeExpression) {
     AEGP_StreamVal2 value = AEGP_StreamVal2();
     call(streams_, &Streams::AEGP_GetLayerStreamValue, layer_, which, mode, &time,
          A_Boolean{isBeforeExpression}, &value, nullptr);
     return value;
+}
+
+AEGP_LightType LightLayer::lightType() {
+    return query(lights_, &AEGP_LightSuite2::AEGP_GetLightType, handle());
 }
 
 AEGP_CameraType CameraLayer::cameraType() {

@@ -11,7 +11,7 @@ namespace AEO {
 class Layer : public ObjectBase {
 public:
     Layer(SPBasicSuite* basic, AEGP_LayerH layer)
-        : layer_(layer), layers_(basic), effects_(basic), streams_(basic) {}
+        : layer_(layer), layers_(basic), effects_(basic), streams_(basic), masks_(basic) {}
 
     AEGP_LayerH handle() const { return layer_; }
 
@@ -37,6 +37,14 @@ public:
     A_long numEffects();
     AEGP_EffectRefH newEffect(A_long index);
     AEGP_EffectRefH applyEffect(AEGP_InstalledEffectKey key); // a new reference
+
+    // A mask's reference is new and goes back through `disposeMask`; so is its outline's stream, to
+    // be owned by a Stream.
+    A_long numMasks();
+    AEGP_MaskRefH newMask(A_long index);
+    void disposeMask(AEGP_MaskRefH mask) noexcept;
+    AEGP_MaskIDVal maskId(AEGP_MaskRefH mask);
+    AEGP_StreamRefH newOutlineStream(AEGP_MaskRefH mask);
 
     // The transform streams at a time. Rotations are in degrees, scale and opacity in percent,
     // points in pixels.
@@ -78,6 +86,17 @@ private:
     SuiteHolder<AEGP_LayerSuite12> layers_;
     SuiteHolder<AEGP_EffectSuite3> effects_;
     SuiteHolder<AEGP_StreamSuite9> streams_;
+    SuiteHolder<AEGP_LayerMaskSuite5> masks_;
+};
+
+class LightLayer : public Layer {
+public:
+    LightLayer(SPBasicSuite* basic, AEGP_LayerH layer) : Layer(basic, layer), lights_(basic) {}
+
+    AEGP_LightType lightType();
+
+private:
+    SuiteHolder<AEGP_LightSuite2> lights_;
 };
 
 class CameraLayer : public Layer {

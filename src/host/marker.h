@@ -2,6 +2,7 @@
 // from, which must outlive it.
 #pragma once
 
+#include "host/memory.h"
 #include "host/stream.h"
 
 namespace AEO {
@@ -17,6 +18,9 @@ public:
     }
 
     const AEGP_StreamVal2& value() const { return record_.val; }
+
+protected:
+    SPBasicSuite* basic() const { return stream_->basic(); }
 
 private:
     Stream* stream_;
@@ -37,6 +41,62 @@ public:
 
 private:
     SuiteHolder<AEGP_MarkerSuite2> markers_;
+};
+
+// A mask's outline at a time. It is a copy: what is changed here counts once it is set on a stream.
+// Each call borrows the suite for itself.
+class MaskOutline : public StreamValue {
+    using Suite = AEGP_MaskOutlineSuite3;
+    using Holder = SuiteHolder<Suite, Missing::Ends>;
+
+    template<class Function, class... Arguments>
+    auto ask(Function function, Arguments... arguments) {
+        Holder holder(basic());
+        return query(holder, function, value().mask, arguments...);
+    }
+    template<class Function, class... Arguments>
+    void change(Function function, Arguments... arguments) {
+        Holder holder(basic());
+        call(holder, function, value().mask, arguments...);
+    }
+
+public:
+    MaskOutline(Stream& stream, AEGP_LTimeMode mode, const A_Time& time)
+        : StreamValue(stream, stream.newValue(mode, time)) {}
+
+    bool isOpen() { return ask(&Suite::AEGP_IsMaskOutlineOpen) != 0; }
+    void setOpen(bool isOpen) { change(&Suite::AEGP_SetMaskOutlineOpen, A_Boolean{isOpen}); }
+    // As many as vertices when it is closed, one less when it is open.
+    A_long numSegments() { return ask(&Suite::AEGP_GetMaskOutlineNumSegments); }
+    AEGP_MaskVertex vertex(A_long index) {
+        return ask(&Suite::AEGP_GetMaskOutlineVertexInfo, index);
+    }
+    void setVertex(A_long index, const AEGP_MaskVertex& vertex) {
+        change(&Suite::AEGP_SetMaskOutlineVertexInfo, index, &vertex);
+    }
+    void createVertex(A_long index) { change(&Suite::AEGP_CreateVertex, index); }
+    void deleteVertex(A_long index) { change(&Suite::AEGP_DeleteVertex, index); }
+};
+
+// The text of a text layer at a time; a copy as well.
+class TextDocument : public StreamValue {
+public:
+    TextDocument(Stream& stream, AEGP_LTimeMode mode, const A_Time& time)
+        : StreamValue(stream, stream.newValue(mode, time)) {}
+
+    WideString text() {
+        Holder holder(basic());
+        return readWideText(basic(), query(holder, &AEGP_TextDocumentSuite1::AEGP_GetNewText,
+                                           currentPluginId, value().text_document));
+    }
+    void setText(const WideString& text) {
+        Holder holder(basic());
+        call(holder, &AEGP_TextDocumentSuite1::AEGP_SetText, value().text_document, text.c_str(),
+             static_cast<A_long>(text.size()));
+    }
+
+private:
+    using Holder = SuiteHolder<AEGP_TextDocumentSuite1, Missing::Ends>;
 };
 
 } // namespace AEO

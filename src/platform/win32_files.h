@@ -12,8 +12,9 @@
 
 #include "platform/win32.h"
 
-// What is to be put between the path of a folder and a name in it; "\" where the system wants that.
-inline constexpr WCHAR PATH_SEPARATOR = u'/';
+// What is to be put between the path of a folder and a name in it, where that is not a backslash. A
+// macro, so that its absence can be asked for: the system's own headers have no such name.
+#define PATH_SEPARATOR u'/'
 
 using HANDLE = void*;
 inline const HANDLE INVALID_HANDLE_VALUE =

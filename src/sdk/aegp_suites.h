@@ -120,6 +120,8 @@ struct AEGP_StreamSuite9 {
                                 AEGP_MemHandle* utf16);
     A_Err (*AEGP_SetExpression)(AEGP_PluginID plugin, AEGP_StreamRefH stream,
                                 const A_UTF16Char* expression);
+    A_Err (*AEGP_GetNewMaskOutlineStream)(AEGP_PluginID plugin, AEGP_MaskRefH mask,
+                                          AEGP_StreamRefH* stream);
 };
 
 // Keyframes count from 0, in the order of their times.
@@ -219,6 +221,52 @@ struct AEGP_CameraSuite2 {
 
     A_Err (*AEGP_GetCameraType)(AEGP_LayerH camera, AEGP_CameraType* type);
     A_Err (*AEGP_GetDefaultCameraDistanceToImagePlane)(AEGP_CompH comp, A_FpLong* distance);
+};
+
+struct AEGP_LightSuite2 {
+    static constexpr const char* name = "AEGP Light Suite";
+    static constexpr A_long version = 2;
+
+    A_Err (*AEGP_GetLightType)(AEGP_LayerH light, AEGP_LightType* type);
+};
+
+struct AEGP_LayerMaskSuite5 {
+    static constexpr const char* name = "AEGP Layer Mask Suite";
+    static constexpr A_long version = 5;
+
+    A_Err (*AEGP_GetLayerNumMasks)(AEGP_LayerH layer, A_long* count);
+    A_Err (*AEGP_GetLayerMaskByIndex)(AEGP_LayerH layer, A_long index,
+                                      AEGP_MaskRefH* mask); // a new reference
+    A_Err (*AEGP_DisposeMask)(AEGP_MaskRefH mask);
+    A_Err (*AEGP_GetMaskID)(AEGP_MaskRefH mask, AEGP_MaskIDVal* id);
+};
+
+// An outline is a copy that a stream value holds. A closed one has as many segments as vertices, an
+// open one has one less.
+struct AEGP_MaskOutlineSuite3 {
+    static constexpr const char* name = "AEGP Mask Outline Suite";
+    static constexpr A_long version = 3;
+
+    A_Err (*AEGP_IsMaskOutlineOpen)(AEGP_MaskOutlineValH outline, A_Boolean* is_open);
+    A_Err (*AEGP_SetMaskOutlineOpen)(AEGP_MaskOutlineValH outline, A_Boolean is_open);
+    A_Err (*AEGP_GetMaskOutlineNumSegments)(AEGP_MaskOutlineValH outline, A_long* count);
+    A_Err (*AEGP_GetMaskOutlineVertexInfo)(AEGP_MaskOutlineValH outline, A_long index,
+                                           AEGP_MaskVertex* vertex);
+    A_Err (*AEGP_SetMaskOutlineVertexInfo)(AEGP_MaskOutlineValH outline, A_long index,
+                                           const AEGP_MaskVertex* vertex);
+    A_Err (*AEGP_CreateVertex)(AEGP_MaskOutlineValH outline, A_long index); // in front of that one
+    A_Err (*AEGP_DeleteVertex)(AEGP_MaskOutlineValH outline, A_long index);
+};
+
+// A document is a copy that a stream value holds.
+struct AEGP_TextDocumentSuite1 {
+    static constexpr const char* name = "AEGP Text Document Suite";
+    static constexpr A_long version = 1;
+
+    A_Err (*AEGP_GetNewText)(AEGP_PluginID plugin, AEGP_TextDocumentH document,
+                             AEGP_MemHandle* utf16);
+    A_Err (*AEGP_SetText)(AEGP_TextDocumentH document, const A_UTF16Char* text,
+                          A_long length); // units; the text need not end in zero
 };
 
 struct AEGP_ItemSuite13 {

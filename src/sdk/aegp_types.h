@@ -28,9 +28,13 @@ using AEGP_ItemH = struct AEGP_Item*;
 using AEGP_CompH = struct AEGP_Comp*;
 using AEGP_PersistentBlobH = struct AEGP_PersistentBlob*;
 using AEGP_MarkerValP = struct AEGP_MarkerVal*;
+using AEGP_MaskRefH = struct AEGP_MaskRef*;
+using AEGP_MaskOutlineValH = struct AEGP_MaskOutlineVal*;
+using AEGP_TextDocumentH = struct AEGP_TextDocument*;
 using AEGP_AddKeyframesInfoH = struct AEGP_AddKeyframesInfo*;
 using AEGP_InstalledEffectKey = A_long; // 0: none
 using AEGP_LayerIDVal = A_long;
+using AEGP_MaskIDVal = A_long;
 
 // Whose clock a time belongs to.
 using AEGP_LTimeMode = A_long;
@@ -57,6 +61,8 @@ inline constexpr AEGP_StreamType AEGP_StreamType_OneD = 3;
 inline constexpr AEGP_StreamType AEGP_StreamType_COLOR = 4;
 inline constexpr AEGP_StreamType AEGP_StreamType_MARKER = 5;
 inline constexpr AEGP_StreamType AEGP_StreamType_LAYER_ID = 6;
+inline constexpr AEGP_StreamType AEGP_StreamType_MASK = 7;
+inline constexpr AEGP_StreamType AEGP_StreamType_TEXT_DOCUMENT = 8;
 
 struct AEGP_ColorVal { // 0 to 1
     A_FpLong alphaF, redF, greenF, blueF;
@@ -76,6 +82,8 @@ union AEGP_StreamVal2 {
     AEGP_ColorVal color;
     AEGP_MarkerValP markerP;
     AEGP_LayerIDVal layer_id; // 0: none
+    AEGP_MaskOutlineValH mask;
+    AEGP_TextDocumentH text_document;
 };
 
 struct AEGP_StreamValue2 {
@@ -110,6 +118,16 @@ inline constexpr AEGP_LayerFlags AEGP_LayerFlag_VIDEO_ACTIVE = 1 << 0;
 using AEGP_CameraType = A_long;
 inline constexpr AEGP_CameraType AEGP_CameraType_PERSPECTIVE = 0;
 inline constexpr AEGP_CameraType AEGP_CameraType_ORTHOGRAPHIC = 1;
+
+using AEGP_LightType = A_long;
+inline constexpr AEGP_LightType AEGP_LightType_PARALLEL = 0;
+inline constexpr AEGP_LightType AEGP_LightType_SPOT = 1;
+inline constexpr AEGP_LightType AEGP_LightType_POINT = 2;
+inline constexpr AEGP_LightType AEGP_LightType_AMBIENT = 3;
+
+struct AEGP_MaskVertex { // pixels of the layer; tangents count from the vertex
+    A_FpLong x, y, tan_in_x, tan_in_y, tan_out_x, tan_out_y;
+};
 
 using AEGP_MemFlag = A_long;
 inline constexpr AEGP_MemFlag AEGP_MemFlag_NONE = 0;

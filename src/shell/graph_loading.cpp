@@ -101,6 +101,10 @@ bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool 
         return false;
     }
     const _JST::String<aeAllocator> text = file.read(0);
+    if (!file.wasReadWhole()) { // a part of a kernel may be another kernel
+        speaker.say(kind.cannotOpen, path);
+        return false;
+    }
     file.close();
     const std::uint64_t saidBefore = infoMessageCount();
     std::unique_ptr<pbGraph> graph =

@@ -4,6 +4,11 @@
 #include <array>
 #include <memory>
 
+// Where the platform names no separator of its own it is the one of the pattern.
+#ifndef PATH_SEPARATOR
+#define PATH_SEPARATOR u'\\'
+#endif
+
 namespace _JST {
 
 namespace {

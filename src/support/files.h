@@ -38,7 +38,8 @@ std::FILE* openStream(std::string_view path, StreamMode mode);
 std::uint32_t bytesLeft(std::FILE* stream, std::string_view path);
 
 // Calls `take` with the whole path of each file, or of each folder, that lies in the folder itself,
-// in the system's order. "." and ".." are left out.
+// in the system's order: the folder's path as it stands, the system's separator, the name. "." and
+// ".." are left out.
 void forEachEntry(std::string_view folder, bool areFoldersWanted,
                   const std::function<void(const NarrowString& path)>& take);
 
@@ -100,14 +101,20 @@ public:
 
     // The next bytes, 0 meaning all the rest; the text ends at the first zero byte among them.
     String<Allocator> read(std::uint32_t count) {
+        wasReadWhole_ = false;
         if (stream_ == nullptr)
             return String<Allocator>();
         if (count == 0)
             count = bytesLeft(stream_, this->path_);
         typename String<Allocator>::Text buffer(count, '\0');
         buffer.resize(std::fread(buffer.data(), 1, count, stream_));
+        wasReadWhole_ = buffer.size() == count;
         return String<Allocator>(buffer.c_str());
     }
+
+    // Whether the last read met as many bytes as it was to, those behind a zero byte included:
+    // false when the file is shorter than its status tells or can't be read to its end.
+    bool wasReadWhole() const { return wasReadWhole_; }
 
     // False for an empty text too: nothing was written.
     bool write(const String<Allocator>& text) {
@@ -125,6 +132,7 @@ public:
 
 private:
     StreamMode mode_ = StreamClosed;
+    bool wasReadWhole_ = false;
     std::FILE* stream_ = nullptr;
 };
 
