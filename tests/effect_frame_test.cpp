@@ -226,16 +226,20 @@ TEST_F(EffectFrame, PlacesALayerAtItsOrigin) {
     layer.contents = PF_LRect{2, 1, 7, 5};
     setPixel(layer.source->pixels, 3, 2, {0.2F, 0.4F, 0.6F, 0}); // colours without alpha stay
     Effect& effect = applyKernel(
-        layer, kernelText("input image4 other;", "dst = sampleNearest(src, outCoord());"));
+        layer, kernelText("input image4 other;",
+                          "dst = float4(sampleNearest(src, outCoord()).rg, outCoord() / 16.0);"));
     choose(effect, 1, &addPicture(10, 10));
     const RenderResult result = effect.render({});
     EXPECT_EQ(sidesOf(result.resultRect), (std::vector<A_long>{2, 1, 7, 5}));
     ASSERT_EQ(result.output.width, 5);
     ASSERT_EQ(result.output.height, 4);
-    for (int i = 0; i < 5 * 4; ++i)
-        EXPECT_EQ(pixelAt(result.output, i % 5, i / 5),
-                  pixelAt(layer.source->pixels, i % 5 + 2, i / 5 + 1))
-            << i;
+    for (int i = 0; i < 5 * 4; ++i) {
+        const int x = i % 5 + 2, y = i / 5 + 1; // of the layer
+        const Pixel source = pixelAt(layer.source->pixels, x, y);
+        const double expected[] = {source[0], source[1], (x + 0.5) / 16, (y + 0.5) / 16};
+        for (std::size_t k = 0; k < 4; ++k)
+            EXPECT_NEAR(pixelAt(result.output, x - 2, y - 1)[k], expected[k], 0.51 / 255) << i;
+    }
 }
 
 TEST_F(EffectFrame, EndsWithTheCodeOfWhatFailed) {
