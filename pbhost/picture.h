@@ -1,7 +1,8 @@
 // Pictures in the host's memory layout, read from files and written to files by OpenImageIO.
 // A picture owns its pixels. The values are those of the file: nothing is multiplied by alpha or
-// divided by it, and no colour space is applied. Both functions may be called from any thread; both
+// divided by it, and no colour space is applied. The functions may be called from any thread; they
 // throw PictureError, whose message names the file and the reason, and leave nothing half done.
+// The first call opens the library of the formats, and throws Failure (RenderFailed) without it.
 #pragma once
 
 #include <cstddef>
