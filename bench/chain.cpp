@@ -107,7 +107,7 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     graph.imageNodeAt(0)->slot = 0;
     Picture input = makeNoise(size);
     std::vector<Picture> outputs(3, pbhost::makePicture(size.width, size.height, size.depth));
-    const SamePeer same(passTexts(size.passes), gain);
+    SamePeer same(passTexts(size.passes), gain);
     const BestPeer best(passTexts(size.passes), gain, input);
     // A driver may put work off; whoever ordered it shall wait for it.
     PairedTiming timing({[&] {

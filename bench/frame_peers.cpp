@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "engine/channel_scale.h"
 #include "engine/pixel_format.h"
 #include "engine/program_builder.h"
 
@@ -45,19 +46,33 @@ void setFilter(const RenderTexture& target, GLint filter) {
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
 }
 
-void sendPixels(const Picture& input) {
-    scaleChannels(input, 2.0F);
-    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(input.width),
-                    static_cast<GLsizei>(input.height), GL_RGBA, formatOf(input).type,
-                    input.pixels.data());
-    scaleChannels(input, 1.0F);
+void sendRows(const Picture& input, unsigned first, unsigned count, const void* pixels) {
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, static_cast<GLint>(first),
+                    static_cast<GLsizei>(input.width), static_cast<GLsizei>(count), GL_RGBA,
+                    formatOf(input).type, pixels);
 }
 
-void fetchPixels(Picture& output) {
-    scaleChannels(output, 0.5F);
+void sendPixels(const Picture& input) {
+    sendRows(input, 0, input.height, input.pixels.data());
+}
+
+// In pieces of at most 64 KB, as the engine does; a row must fit.
+void sendDoubled(const Picture& input) {
+    std::array<std::uint16_t, 1 << 15> staging;
+    const std::size_t rowChannels = std::size_t{input.width} * pbhost::channelsPerPixel;
+    const auto rows = static_cast<unsigned>(staging.size() / rowChannels);
+    for (unsigned y = 0; y < input.height; y += rows) {
+        const unsigned count = std::min(rows, input.height - y);
+        doubleChannels(reinterpret_cast<const std::uint16_t*>(input.row(y)), staging.data(),
+                       count * rowChannels);
+        glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(input.width));
+        sendRows(input, y, count, staging.data());
+    }
+}
+
+void readPixels(Picture& output) {
     glReadPixels(0, 0, static_cast<GLsizei>(output.width), static_cast<GLsizei>(output.height),
                  GL_RGBA, formatOf(output).type, output.pixels.data());
-    scaleChannels(output, 1.0F);
 }
 
 void setMatrices(const Picture& output) {
@@ -86,21 +101,10 @@ SamePeer::SamePeer(const std::vector<PassTexts>& passes, float gain)
             {buildProgram("same", texts.vertex, texts.fragment), RenderTexture::create()});
 }
 
-void SamePeer::clearImage() const {
-    glUseProgram(0);
-    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, image_.framebuffer.get());
-    glFramebufferTexture2DEXT(GL_FRAMEBUFFER_EXT, GL_COLOR_ATTACHMENT0_EXT, GL_TEXTURE_2D,
-                              image_.texture.get(), 0);
-    glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
-    glDisable(GL_DEPTH_TEST);
-    glClearColor(0, 0, 0, 0);
-    glClear(GL_COLOR_BUFFER_BIT);
-    glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
-}
-
 void SamePeer::upload(const Picture& input) const {
     specifyStorage(image_, input, GL_RGBA);
-    clearImage();
+    if (input.depth == Depth::Bits16)
+        return sendDoubled(input);
     glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(input.width));
     sendPixels(input);
 }
@@ -127,8 +131,7 @@ void SamePeer::runPass(const Pass& pass, const RenderTexture& source, const Pict
     glUseProgram(pass.program.get());
     sendUniforms(pass, source, output);
     setFilter(source, GL_NEAREST);
-    specifyStorage(pass.target, output, GL_BGRA);
-    glClear(GL_COLOR_BUFFER_BIT);
+    glBindTexture(GL_TEXTURE_2D, pass.target.texture.get());
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_BLEND);
     glDisable(GL_LIGHTING);
@@ -142,11 +145,18 @@ void SamePeer::runPass(const Pass& pass, const RenderTexture& source, const Pict
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-void SamePeer::frame(const Picture& input, Picture& output) const {
+// A pass draws into the texture that the pass before it has read, the first one into its own.
+void SamePeer::frame(const Picture& input, Picture& output) {
     upload(input);
-    const RenderTexture* source = &image_;
-    for (const Pass& pass : passes_) {
+    RenderTexture* source = &image_;
+    RenderTexture* spare = nullptr;
+    for (Pass& pass : passes_) {
+        if (spare != nullptr)
+            std::swap(pass.target, *spare);
+        else
+            specifyStorage(pass.target, output, GL_BGRA);
         runPass(pass, *source, output);
+        spare = source;
         source = &pass.target;
     }
     glUseProgram(passes_.back().program.get());
@@ -154,13 +164,14 @@ void SamePeer::frame(const Picture& input, Picture& output) const {
     glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
     glReadBuffer(GL_COLOR_ATTACHMENT0_EXT);
     glPixelStorei(GL_PACK_ROW_LENGTH, static_cast<GLint>(output.width));
-    fetchPixels(output);
+    readPixels(output);
+    if (output.depth == Depth::Bits16)
+        halveChannels(reinterpret_cast<std::uint16_t*>(output.pixels.data()),
+                      output.pixels.size() / sizeof(std::uint16_t));
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     glUseProgram(0);
-    clearImage();
-    shrinkStorage(image_);
-    for (const Pass& pass : passes_)
-        shrinkStorage(pass.target);
+    shrinkStorage(*spare);
+    shrinkStorage(*source);
 }
 
 BestPeer::BestPeer(const std::vector<PassTexts>& passes, float gain, const Picture& format)
@@ -191,7 +202,9 @@ BestPeer::BestPeer(const std::vector<PassTexts>& passes, float gain, const Pictu
 void BestPeer::frame(const Picture& input, Picture& output) const {
     glActiveTexture(GL_TEXTURE1);
     glBindTexture(GL_TEXTURE_2D, image_.texture.get());
+    scaleChannels(input, 2.0F);
     sendPixels(input);
+    scaleChannels(input, 1.0F);
     for (std::size_t i = 0; i < programs_.size(); ++i) {
         const RenderTexture& target = targets_[i % targets_.size()];
         if (i > 0)
@@ -200,7 +213,9 @@ void BestPeer::frame(const Picture& input, Picture& output) const {
         glUseProgram(programs_[i].get());
         drawQuad(output);
     }
-    fetchPixels(output);
+    scaleChannels(output, 0.5F);
+    readPixels(output);
+    scaleChannels(output, 1.0F);
     glUseProgram(0);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     glActiveTexture(GL_TEXTURE0);

@@ -69,7 +69,7 @@ void frame(benchmark::State& state) {
     const pbhost::Picture input = bench::makeNoise(size);
     ModuleFrame module(input);
     const auto texts = bench::passTexts(1);
-    const bench::SamePeer same(texts, bench::gain);
+    bench::SamePeer same(texts, bench::gain);
     const bench::BestPeer best(texts, bench::gain, input);
     hostkit::World moduleOutput = // without padding, as the peers have it
         hostkit::makeWorld(static_cast<int>(size.width), static_cast<int>(size.height),

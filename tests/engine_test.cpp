@@ -3,7 +3,9 @@
 #include <GL/glew.h>
 
 #include <cmath>
+#include <numeric>
 
+#include "engine/channel_scale.h"
 #include "tests/support/engine_fixture.h"
 
 namespace {
@@ -82,6 +84,57 @@ TEST_F(Engine, NothingIsCloseToNaN) {
     EXPECT_FALSE(largestError(image, [](unsigned, unsigned) { return transparent; }) <= 1e30F);
 }
 
+// The processor's scale of 16 bits against the driver's own, for every value: into a texture, where
+// the driver doubles, and out of it, where it halves.
+TEST_F(Engine, ScalesSixteenBitsAsTheDriverDoes) {
+    using Channels = std::vector<std::uint16_t>;
+    Channels all(65536);
+    std::iota(all.begin(), all.end(), std::uint16_t{0});
+    const RenderTexture texture = RenderTexture::create();
+    const auto throughDriver = [&](float in, float out) {
+        const auto scale = [](float factor) {
+            for (const GLenum channel :
+                 {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE})
+                glPixelTransferf(channel, factor);
+        };
+        Channels result(all.size());
+        glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
+        glPixelStorei(GL_PACK_ROW_LENGTH, 0);
+        glBindTexture(GL_TEXTURE_2D, texture.texture.get());
+        scale(in);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA16, 128, 128, 0, GL_RGBA, GL_UNSIGNED_SHORT,
+                     all.data());
+        scale(out);
+        glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, texture.framebuffer.get());
+        glReadPixels(0, 0, 128, 128, GL_RGBA, GL_UNSIGNED_SHORT, result.data());
+        scale(1);
+        glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
+        return result;
+    };
+    Channels doubled(all.size());
+    doubleChannels(all.data(), doubled.data(), all.size());
+    EXPECT_EQ(doubled, throughDriver(2, 1));
+    EXPECT_EQ(doubled[0x7FFF], 0xFFFE);
+    EXPECT_EQ(doubled[0x8000], 0xFFFF);
+    Channels halved = all;
+    halveChannels(halved.data(), halved.size());
+    EXPECT_EQ(halved, throughDriver(1, 0.5F));
+}
+
+// Rows that do not fit into the staging area.
+TEST_F(Engine, SixteenBitsOfLongRowsComeBackToTheBit) {
+    const auto graph = kernelGraph(copy_);
+    const auto value = [](unsigned x, unsigned y) {
+        const auto channel = [&](unsigned k) {
+            return static_cast<float>((x * 31 + y * 7919 + k * 12007) % 32769) / 32768;
+        };
+        return Pixel{channel(0), channel(1), channel(2), channel(3)};
+    };
+    std::vector<HostImage> images{HostImage(9001, 5, 2, value)};
+    const HostImage result = renderImages(*graph, images);
+    EXPECT_EQ(largestError(result, value), 0);
+}
+
 // Two inputs, an offset that reads over the edge, and arithmetic between pixels.
 TEST_F(Engine, SamplesNeighboursAndSeesTransparencyBeyondTheEdge) {
     const auto graph = kernelGraph(kernelText(
@@ -157,7 +210,26 @@ TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
               0);
     EXPECT_TRUE(part.isPaddingIntact());
 
+    // An output that hangs over the frame: what lies outside keeps its pixels, at 16 bits, too.
+    const auto grey = [](unsigned, unsigned) { return Pixel{0.5F, 0.5F, 0.5F, 0.5F}; };
+    std::vector<HostImage> deep{pattern(8, 6, 2)};
+    HostImage wide(14, 11, 2, grey);
+    frame = frameFor(deep[0]);
+    frame.images[0] = deep[0].slot(0);
+    graph->render(frame);
+    static_cast<ImageSlot&>(target) = wide.slot(-1, -3, -2);
+    graph->nodes[0]->readBack(target);
+    graph->resetNodes();
+    EXPECT_EQ(largestError(wide,
+                           [&](unsigned x, unsigned y) {
+                               const bool isInside = x >= 3 && x < 11 && y >= 2 && y < 8;
+                               return isInside ? deep[0].at(x - 3, y - 2) : grey(x, y);
+                           }),
+              0);
+
     // Rows that are shorter than the width: no row may run into the next, or past the last.
+    frame = frameFor(whole);
+    frame.images[0] = image.slot(0);
     graph->render(frame);
     HostImage narrow(4, 30, 1);
     static_cast<ImageSlot&>(target) = narrow.slot(-1);

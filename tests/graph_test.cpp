@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "bench/texture_bytes.h"
 #include "tests/support/engine_fixture.h"
 #include "tests/support/strict_gl.h"
 
@@ -121,6 +122,86 @@ TEST_F(Graph, DrawsANodeOnceHoweverManyReadIt) {
         return Pixel{3 * p[0], 3 * p[1], 3 * p[2], 3 * p[3]};
     };
     EXPECT_LE(largestError(result, expected), 1e-6F);
+}
+
+// A texture serves again only behind its last reader: `n` is read before and after `half` and `b`
+// are drawn. The textures that a frame holds at one time follow the graph's width, not its length.
+TEST_F(Graph, ReusesTexturesThatNothingReadsAnyMore) {
+    constexpr std::uint64_t texture = 16 * 9 * 16; // bytes
+    Document crossing;
+    crossing.kernel("copy", "a", copyBody).kernel("half", "a", copyBody + "dst *= 0.5;");
+    crossing.kernel("add", "ab", addBody).node("n", "copy").node("h", "half").node("b", "copy");
+    crossing.node("sum", "add");
+    const auto graph = fileGraph(crossing.wire("n.a=in h.a=n b.a=h sum.a=b sum.b=n =sum").text());
+    for (int frame = 0; frame < 2; ++frame) {
+        textureBytes::start();
+        const HostImage result = render(*graph);
+        const auto expected = [](unsigned x, unsigned y) {
+            const Pixel p = testPattern(x, y);
+            return Pixel{2.5F * p[0], 2.5F * p[1], 2.5F * p[2], 2.5F * p[3]};
+        };
+        EXPECT_LE(largestError(result, expected), 1e-6F);
+        EXPECT_EQ(textureBytes::peak() / texture, 3U);
+    }
+    for (const int length : {2, 3, 12}) {
+        Document chain;
+        chain.kernel("copy", "a", copyBody).node("n0", "copy").wire("n0.a=in");
+        for (int i = 1; i < length; ++i)
+            chain.node("n" + std::to_string(i), "copy")
+                .wire("n" + std::to_string(i) + ".a=n" + std::to_string(i - 1));
+        const auto copies = fileGraph(chain.wire("=n" + std::to_string(length - 1)).text());
+        textureBytes::start();
+        EXPECT_EQ(largestError(render(*copies), input), 0);
+        EXPECT_EQ(textureBytes::peak() / texture, 2U) << length;
+    }
+}
+
+// Where a pass leaves a pixel alone, by GLSL's own word however it is written, or an image has
+// none, the frame is transparent, although the texture has served another node of the frame before.
+TEST_F(Graph, PixelsThatNothingWritesAreTransparent) {
+    const auto white = [](unsigned, unsigned) { return Pixel{1, 1, 1, 1}; };
+    const auto stripes = [](unsigned x, unsigned) {
+        const float shown = x % 2 == 0 ? 1.0F : 0.0F;
+        return Pixel{shown, shown, shown, shown};
+    };
+    for (const std::string word : {"discard", "JOIN(dis, card)", "dis\\\ncard"})
+        for (const unsigned depth : {1U, 2U, 4U}) {
+            Document document;
+            document.kernel("copy", "a", copyBody).node("n", "copy").node("m", "drop");
+            document.kernel("drop", "a",
+                            copyBody + "if (mod(floor(outCoord().x), 2.0) == 1.0) { LEAVE; }",
+                            "\n#define JOIN(a, b) a##b\n#ifdef tvek_VERTEX_SHADER\n#define LEAVE\n"
+                            "#else\n#define LEAVE " +
+                                word + "\n#endif\n");
+            const auto graph = fileGraph(document.wire("n.a=in m.a=n =m").text());
+            std::vector<HostImage> images{HostImage(16, 9, depth, white)};
+            EXPECT_EQ(largestError(renderImages(*graph, images), stripes), 0) << word << log();
+        }
+
+    Document document;
+    document.add("<inputImage type='image4' name='small'/>").kernel("copy", "a", copyBody);
+    document.kernel("second", "ab", "dst = sampleNearest(b, outCoord());").node("n", "copy");
+    document.node("last", "second").wire("n.a=in last.a=n =last");
+    document.add("<connect fromImage='small' toNode='last' toInput='b'/>");
+    const auto graph = fileGraph(document.text());
+    struct Case {
+        int left, top, right, bottom; // of the image, in a frame of 16 by 9
+    };
+    for (const Case& c : {Case{0, 0, 16, 8}, {0, 0, 15, 9}, {1, 0, 16, 9}, {0, -1, 16, 8}})
+        for (const unsigned depth : {1U, 2U, 4U}) {
+            HostImage whole(16, 9, depth, white);
+            HostImage small(unsigned(c.right - c.left), unsigned(c.bottom - c.top), depth, white);
+            HostImage output(16, 9, depth);
+            FrameDescription frame = frameFor(output);
+            frame.images[0] = whole.slot(0);
+            frame.images[1] = small.slot(1, c.left, c.top);
+            renderFrame(*graph, frame, output);
+            const auto expected = [&](unsigned x, unsigned y) {
+                const bool isInside = int(x) >= c.left && int(x) < c.right && int(y) < c.bottom;
+                return isInside ? Pixel{1, 1, 1, 1} : Pixel{};
+            };
+            EXPECT_EQ(largestError(output, expected), 0) << c.left << c.top << " at " << depth;
+        }
 }
 
 // evaluateParameters feeds two nodes from one parameter; its name may be as long as it likes.

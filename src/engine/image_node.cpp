@@ -4,6 +4,7 @@
 #include <array>
 
 #include "engine/channel_scale.h"
+#include "engine/pb_graph.h"
 #include "engine/pixel_format.h"
 #include "gpu/errors.h"
 
@@ -84,6 +85,7 @@ void sendDoubled(const Pixels& pixels, const ChannelFormat& format) {
         }
 }
 
+// Into the texture that is bound.
 void upload(const ImageSlot& image, const Placement& place) {
     const DepthFormat& depth = depthFormat(image.componentBytes);
     const ChannelFormat& format = channelFormat(image.channels);
@@ -125,11 +127,12 @@ void ImageNode::render(const FrameDescription& frame) {
         return;
     const ImageSlot* image = findImage(frame);
     const ImageSlot& format = image != nullptr ? *image : frame;
-    target_.setStorage(frame.width, frame.height, format.componentBytes,
-                       channelFormat(format.channels).upload);
+    graph->provideStorage(target_, frame, format.componentBytes,
+                          channelFormat(format.channels).upload);
     const Placement place(image != nullptr ? *image : ImageSlot(), frame);
     if (!place.coversFrame)
         target_.clear();
+    glBindTexture(GL_TEXTURE_2D, target_.texture.get());
     if (place.hasPixels)
         upload(*image, place);
     done = true;

@@ -55,7 +55,8 @@ void Node::render(const FrameDescription& frame) {
     for (const Connection& connection : connections)
         if (connection.source != nullptr)
             connection.source->render(frame);
-    graph->provideStorage(impl->target, frame);
+    graph->provideStorage(impl->target, frame, frame.componentBytes,
+                          channelFormat(frame.channels).drawStorage);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, impl->target.framebuffer.get());
     glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
     if (impl->isLinked)

@@ -5,7 +5,6 @@
 #include "engine/cycle_test.h"
 #include "engine/glsl_generator.h"
 #include "engine/image_node.h"
-#include "engine/pixel_format.h"
 #include "gpu/errors.h"
 #include "support/report.h"
 
@@ -165,14 +164,14 @@ void pbGraph::render(const FrameDescription& frame) {
     output()->render(frame);
 }
 
-void pbGraph::provideStorage(RenderTexture& target, const FrameDescription& frame) {
+void pbGraph::provideStorage(RenderTexture& target, const FrameDescription& frame,
+                             std::uint32_t componentBytes, GLenum format) {
     const auto spare = std::ranges::find_if(spareTextures, [&](const RenderTexture* texture) {
         return texture->width == frame.width && texture->height == frame.height &&
-               texture->componentBytes == frame.componentBytes;
+               texture->componentBytes == componentBytes;
     });
     if (spare == spareTextures.end()) {
-        target.setStorage(frame.width, frame.height, frame.componentBytes,
-                          channelFormat(frame.channels).drawStorage);
+        target.setStorage(frame.width, frame.height, componentBytes, format);
         return;
     }
     std::swap(target, **spare);

@@ -40,9 +40,10 @@ public:
     // The node that holds the result; null when the graph has none.
     NodeBase* output() const;
 
-    // Gives a kernel's target its storage for the frame: that of a texture that no node reads any
+    // Gives a node's target storage of the frame's size: that of a texture that no node reads any
     // more, where there is one, else fresh storage. The pixels are undefined.
-    void provideStorage(RenderTexture& target, const FrameDescription& frame);
+    void provideStorage(RenderTexture& target, const FrameDescription& frame,
+                        std::uint32_t componentBytes, unsigned int format);
 
     // Tells nodes and parameters to the developer's channel.
     void reportGraph() const;
