@@ -1,12 +1,11 @@
 #include "tests/support/strict_gl.h"
 
-#define GLEW_NO_GLU
-#include <GL/glew.h>
-
 #include <dlfcn.h>
 
 #include <utility>
 #include <vector>
+
+#include "bench/texture_bytes.h"
 
 namespace {
 
@@ -31,6 +30,7 @@ void GLAPIENTRY glTexImage2D(GLenum target, GLint level, GLint internalFormat, G
                              GLsizei height, GLint border, GLenum format, GLenum type,
                              const void* pixels) {
     static const auto real = driversOwn<decltype(&glTexImage2D)>("glTexImage2D");
+    textureBytes::count(width, height, internalFormat);
     std::vector<char> remains;
     GLint rowLength = 0;
     glGetIntegerv(GL_UNPACK_ROW_LENGTH, &rowLength);
