@@ -8,7 +8,7 @@ namespace hostkit::tables {
 namespace {
 
 A_Err getLightType(AEGP_LayerH light, AEGP_LightType* type) {
-    return serve("AEGP_GetLightType", [&](const SceneCall& call) {
+    return serve<AEGP_LightSuite2>("AEGP_GetLightType", [&](const SceneCall& call) {
         const Layer& found = call.layer(light);
         if (found.type != AEGP_ObjectType_LIGHT)
             call.refuse("a layer that is no light");
@@ -23,15 +23,15 @@ TextDocument& document(const SceneCall& call, AEGP_TextDocumentH handle) {
     return *found; // the value that is out keeps it
 }
 
-A_Err getNewText(AEGP_PluginID, AEGP_TextDocumentH handle, AEGP_MemHandle* utf16) {
-    return serve("AEGP_GetNewText", [&](const SceneCall& call) {
+A_Err getNewText(AEGP_PluginID plugin, AEGP_TextDocumentH handle, AEGP_MemHandle* utf16) {
+    return serve<AEGP_TextDocumentSuite1>("AEGP_GetNewText", plugin, [&](const SceneCall& call) {
         AEGP_MemHandle& lent = call.at(utf16);
         lent = lendText(document(call, handle).text);
     });
 }
 
 A_Err setText(AEGP_TextDocumentH handle, const A_UTF16Char* text, A_long length) {
-    return serve("AEGP_SetText", [&](const SceneCall& call) {
+    return serve<AEGP_TextDocumentSuite1>("AEGP_SetText", [&](const SceneCall& call) {
         const A_UTF16Char& start = call.at(text);
         if (length < 0)
             call.refuse("a text of less than no length");

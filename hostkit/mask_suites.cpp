@@ -29,13 +29,13 @@ AEGP_MaskVertex& vertex(const SceneCall& call, AEGP_MaskOutlineValH handle, A_lo
 }
 
 A_Err getLayerNumMasks(AEGP_LayerH layer, A_long* count) {
-    return serve("AEGP_GetLayerNumMasks", [&](const SceneCall& call) {
+    return serve<AEGP_LayerMaskSuite5>("AEGP_GetLayerNumMasks", [&](const SceneCall& call) {
         call.at(count) = static_cast<A_long>(call.layer(layer).masks.size());
     });
 }
 
 A_Err getLayerMaskByIndex(AEGP_LayerH layer, A_long index, AEGP_MaskRefH* lent) {
-    return serve("AEGP_GetLayerMaskByIndex", [&](const SceneCall& call) {
+    return serve<AEGP_LayerMaskSuite5>("AEGP_GetLayerMaskByIndex", [&](const SceneCall& call) {
         AEGP_MaskRefH& place = call.at(lent);
         const auto& masks = call.layer(layer).masks;
         Mask* found = masks[call.index(index, masks.size())].get();
@@ -45,50 +45,54 @@ A_Err getLayerMaskByIndex(AEGP_LayerH layer, A_long index, AEGP_MaskRefH* lent) 
 }
 
 A_Err disposeMask(AEGP_MaskRefH handle) {
-    return serve("AEGP_DisposeMask", [&](const SceneCall& call) {
+    return serve<AEGP_LayerMaskSuite5>("AEGP_DisposeMask", [&](const SceneCall& call) {
         if (!ledger::giveBack(ledger::Kind::Mask, handle, call.name))
             throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 
 A_Err getMaskId(AEGP_MaskRefH handle, AEGP_MaskIDVal* id) {
-    return serve("AEGP_GetMaskID",
-                 [&](const SceneCall& call) { call.at(id) = mask(call, handle).id; });
+    return serve<AEGP_LayerMaskSuite5>(
+        "AEGP_GetMaskID", [&](const SceneCall& call) { call.at(id) = mask(call, handle).id; });
 }
 
 A_Err isMaskOutlineOpen(AEGP_MaskOutlineValH handle, A_Boolean* isOpen) {
-    return serve("AEGP_IsMaskOutlineOpen", [&](const SceneCall& call) {
+    return serve<AEGP_MaskOutlineSuite3>("AEGP_IsMaskOutlineOpen", [&](const SceneCall& call) {
         call.at(isOpen) = outline(call, handle).isOpen ? 1 : 0;
     });
 }
 
 A_Err setMaskOutlineOpen(AEGP_MaskOutlineValH handle, A_Boolean isOpen) {
-    return serve("AEGP_SetMaskOutlineOpen",
-                 [&](const SceneCall& call) { outline(call, handle).isOpen = isOpen != 0; });
-}
-
-A_Err getMaskOutlineNumSegments(AEGP_MaskOutlineValH handle, A_long* count) {
-    return serve("AEGP_GetMaskOutlineNumSegments", [&](const SceneCall& call) {
-        const Outline& found = outline(call, handle);
-        const auto vertices = static_cast<A_long>(found.vertices.size());
-        call.at(count) = found.isOpen && vertices > 0 ? vertices - 1 : vertices;
+    return serve<AEGP_MaskOutlineSuite3>("AEGP_SetMaskOutlineOpen", [&](const SceneCall& call) {
+        outline(call, handle).isOpen = isOpen != 0;
     });
 }
 
+A_Err getMaskOutlineNumSegments(AEGP_MaskOutlineValH handle, A_long* count) {
+    return serve<AEGP_MaskOutlineSuite3>(
+        "AEGP_GetMaskOutlineNumSegments", [&](const SceneCall& call) {
+            const Outline& found = outline(call, handle);
+            const auto vertices = static_cast<A_long>(found.vertices.size());
+            call.at(count) = found.isOpen && vertices > 0 ? vertices - 1 : vertices;
+        });
+}
+
 A_Err getMaskOutlineVertexInfo(AEGP_MaskOutlineValH handle, A_long index, AEGP_MaskVertex* place) {
-    return serve("AEGP_GetMaskOutlineVertexInfo",
-                 [&](const SceneCall& call) { call.at(place) = vertex(call, handle, index); });
+    return serve<AEGP_MaskOutlineSuite3>(
+        "AEGP_GetMaskOutlineVertexInfo",
+        [&](const SceneCall& call) { call.at(place) = vertex(call, handle, index); });
 }
 
 A_Err setMaskOutlineVertexInfo(AEGP_MaskOutlineValH handle, A_long index,
                                const AEGP_MaskVertex* wanted) {
-    return serve("AEGP_SetMaskOutlineVertexInfo",
-                 [&](const SceneCall& call) { vertex(call, handle, index) = call.at(wanted); });
+    return serve<AEGP_MaskOutlineSuite3>(
+        "AEGP_SetMaskOutlineVertexInfo",
+        [&](const SceneCall& call) { vertex(call, handle, index) = call.at(wanted); });
 }
 
 // The index may be that behind the last.
 A_Err createVertex(AEGP_MaskOutlineValH handle, A_long index) {
-    return serve("AEGP_CreateVertex", [&](const SceneCall& call) {
+    return serve<AEGP_MaskOutlineSuite3>("AEGP_CreateVertex", [&](const SceneCall& call) {
         auto& vertices = outline(call, handle).vertices;
         const std::size_t at = call.index(index, vertices.size() + 1);
         vertices.insert(vertices.begin() + static_cast<std::ptrdiff_t>(at), AEGP_MaskVertex());
@@ -96,7 +100,7 @@ A_Err createVertex(AEGP_MaskOutlineValH handle, A_long index) {
 }
 
 A_Err deleteVertex(AEGP_MaskOutlineValH handle, A_long index) {
-    return serve("AEGP_DeleteVertex", [&](const SceneCall& call) {
+    return serve<AEGP_MaskOutlineSuite3>("AEGP_DeleteVertex", [&](const SceneCall& call) {
         auto& vertices = outline(call, handle).vertices;
         const std::size_t at = call.index(index, vertices.size());
         vertices.erase(vertices.begin() + static_cast<std::ptrdiff_t>(at));
@@ -105,12 +109,14 @@ A_Err deleteVertex(AEGP_MaskOutlineValH handle, A_long index) {
 
 } // namespace
 
-A_Err getNewMaskOutlineStream(AEGP_PluginID, AEGP_MaskRefH handle, AEGP_StreamRefH* stream) {
-    return serve("AEGP_GetNewMaskOutlineStream", [&](const SceneCall& call) {
-        AEGP_StreamRefH& lent = call.at(stream);
-        Mask& found = mask(call, handle);
-        lent = references::lendStream(found.outline, "outline of mask " + std::to_string(found.id));
-    });
+A_Err getNewMaskOutlineStream(AEGP_PluginID plugin, AEGP_MaskRefH handle, AEGP_StreamRefH* stream) {
+    return serve<AEGP_StreamSuite9>(
+        "AEGP_GetNewMaskOutlineStream", plugin, [&](const SceneCall& call) {
+            AEGP_StreamRefH& lent = call.at(stream);
+            Mask& found = mask(call, handle);
+            lent = references::lendStream(found.outline,
+                                          "outline of mask " + std::to_string(found.id));
+        });
 }
 
 const AEGP_LayerMaskSuite5& layerMaskSuite() {
