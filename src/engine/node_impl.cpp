@@ -75,7 +75,5 @@ void NodeImpl::draw(const FrameDescription& frame) const {
 }
 
 void NodeImpl::readPixels(const PixelRead& read) const {
-    glUseProgram(program.get());
     readFramebuffer(target, read);
-    glUseProgram(0);
 }
