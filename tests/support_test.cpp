@@ -19,6 +19,7 @@
 #include "support/report.h"
 #include "support/utf.h"
 #include "tests/support/comma_locale.h"
+#include "tests/support/debug_output.h"
 #include "tests/support/running_command.h"
 
 using namespace std::string_literals;
@@ -283,16 +284,15 @@ TEST(Reports, ReachTheHandlerOfTheirChannel) {
 
 TEST(Reports, DebugOutputIsCutAndOnlyThereWhenWanted) {
     const std::string longest(1023, 'x');
-    const auto printed = [](const char* wish, const char* format, auto... arguments) {
-        setenv("TVELMARONDINE_DEBUG", wish, 1);
-        testing::internal::CaptureStderr();
-        _printf(format, arguments...);
-        unsetenv("TVELMARONDINE_DEBUG");
-        return testing::internal::GetCapturedStderr();
+    const auto printed = [](const char* format, auto... arguments) {
+        return debugOutputOf([&] { _printf(format, arguments...); });
     };
-    EXPECT_EQ(printed("1", longest.c_str(), ""), longest);
-    EXPECT_EQ(printed("1", (longest + "x").c_str(), ""), "_printf error ;Message too large\n");
-    EXPECT_EQ(printed("", "%d", 7), "");
+    EXPECT_EQ(printed(longest.c_str(), ""), longest);
+    EXPECT_EQ(printed((longest + "x").c_str(), ""), "_printf error ;Message too large\n");
+    EXPECT_EQ(printed("%s\n", "\u00e9\u65e5"), "\u00e9\u65e5\n");
+    testing::internal::CaptureStderr();
+    _printf("%d", 7); // nobody listens
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {

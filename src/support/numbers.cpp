@@ -1,8 +1,7 @@
 #include "support/numbers.h"
 
-#include <locale.h>
-
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -15,10 +14,46 @@ std::int32_t heldInRange(std::int64_t value) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
 }
 
-// The locale in which the decimal point is a point; lives as long as the module.
-locale_t pointLocale() {
-    static const locale_t locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
-    return locale;
+constexpr bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// Whether a decimal number that no float can hold is too large, not too small: tells the place of
+// its first digit that counts.
+bool isTooLarge(std::string_view number) {
+    const std::size_t exponentAt = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view digits = number.substr(0, exponentAt);
+    const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+    const auto first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
+    std::string_view exponent = number.substr(std::min(exponentAt + 1, number.size()));
+    const bool isNegated = exponent.starts_with('-');
+    if (exponent.starts_with('+') || isNegated)
+        exponent.remove_prefix(1);
+    return point - first + leadingInteger(exponent, isNegated) > 0;
+}
+
+constexpr float largestFloat = std::numeric_limits<float>::max();
+
+// The number without a sign at the start of text; null when none stands there, else its end.
+const char* readUnsigned(std::string_view text, float& value) {
+    const auto isHexDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); };
+    const std::string_view behindPrefix = text.substr(std::min<std::size_t>(text.size(), 2));
+    const bool isHex = (text.starts_with("0x") || text.starts_with("0X")) &&
+                       (isHexDigit(behindPrefix[0]) ||
+                        (behindPrefix[0] == '.' && isHexDigit(behindPrefix[1])));
+    if (text.starts_with('-')) // a second sign
+        return nullptr;
+    const std::string_view number = isHex ? behindPrefix : text;
+    const char* end = number.data() + number.size();
+    const auto result = std::from_chars(number.data(), end, value,
+                                        isHex ? std::chars_format::hex : std::chars_format::general);
+    if (result.ec == std::errc::invalid_argument)
+        return nullptr;
+    if (result.ec == std::errc::result_out_of_range)
+        value = isTooLarge(number.substr(0, static_cast<std::size_t>(result.ptr - number.data())))
+                    ? largestFloat
+                    : 0.0F;
+    return result.ptr;
 }
 
 } // namespace
@@ -39,10 +74,8 @@ float leadingFloat(std::string_view text) {
         std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
     if (result.ec != std::errc::result_out_of_range)
         return value;
-    // Without an exponent only digits in front of the point can make a number too large.
-    const std::string_view whole = text.substr(0, text.find('.'));
-    const bool isLarge = whole.find_first_of("123456789") != std::string_view::npos;
-    return isLarge ? std::numeric_limits<float>::max() : 0.0F;
+    const std::string_view number = text.substr(0, text.find_first_not_of("0123456789."));
+    return isTooLarge(number) ? largestFloat : 0.0F;
 }
 
 bool scanInteger(const char*& text, std::int32_t& value) {
@@ -56,12 +89,17 @@ bool scanInteger(const char*& text, std::int32_t& value) {
 }
 
 bool scanFloat(const char*& text, float& value) {
-    char* end = nullptr;
-    const float number = strtof_l(text, &end, pointLocale());
-    if (end == text)
+    const char* start = text;
+    while (isBlank(*start))
+        ++start;
+    const bool isNegated = *start == '-';
+    if (isNegated || *start == '+')
+        ++start;
+    float number = 0;
+    const char* end = readUnsigned(start, number);
+    if (end == nullptr)
         return false;
-    constexpr float largest = std::numeric_limits<float>::max();
-    value = std::isinf(number) ? std::copysign(largest, number) : number;
+    value = std::copysign(std::isinf(number) ? largestFloat : number, isNegated ? -1.0F : 1.0F);
     text = end;
     return true;
 }
