@@ -7,8 +7,8 @@
 
 namespace hostkit {
 
-// Waits until no other process holds the lock of that file, and keeps it until its end. The lock is a
-// file of its own, with the ending ".lock" behind the name. Throws std::runtime_error.
+// Waits until no other process holds the lock of that file, and keeps it until its end. The lock is
+// a file of its own, with the ending ".lock" behind the name. Throws std::runtime_error.
 class FileLock {
 public:
     explicit FileLock(std::filesystem::path file);

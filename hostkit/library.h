@@ -6,8 +6,8 @@
 
 namespace hostkit::library {
 
-// A library that stays in the process to its end. Throws std::runtime_error, with the file's name and
-// the reason.
+// A library that stays in the process to its end. Throws std::runtime_error, with the file's name
+// and the reason.
 void* load(const std::filesystem::path& path);
 
 // The same library if it is already in the process, otherwise null.

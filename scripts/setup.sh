@@ -3,34 +3,37 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Prints the packages of packages.txt that are not installed.
+# Prints the packages of a list that are not installed.
 missing_packages() {
     local wanted installed
-    wanted=$(cat "$root/packages.txt")
+    wanted=$(cat "$root/$1")
     # shellcheck disable=SC2086  # one word a package
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
         sed -n 's/^installed //p' | sed 's/:.*//')
     comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
 }
 
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# install_packages [LIST]
 install_packages() {
-    local missing sudo=
-    missing=$(missing_packages)
+    local missing
+    missing=$(missing_packages "${1:-packages.txt}")
     [ -n "$missing" ] || return 0
-    if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null || {
-            echo "These packages are missing, and installing them needs root or sudo:" >&2
-            # shellcheck disable=SC2086
-            echo $missing >&2
-            return 1
-        }
-        sudo=sudo
+    if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+        echo "These packages are missing, and installing them needs root or sudo:" >&2
+        # shellcheck disable=SC2086
+        echo $missing >&2
+        return 1
     fi
-    echo "Installing:" $missing
-    $sudo apt-get update -qq
     # shellcheck disable=SC2086
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends $missing \
-        >/dev/null
+    echo "Installing:" $missing
+    as_root apt-get update -qq
+    # shellcheck disable=SC2086
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        $missing >/dev/null
 }
 
 # build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds.

@@ -129,8 +129,8 @@ TEST_F(Files, PathsOfEveryFormLeadToTheirFile) {
 
 TEST_F(Files, WhatOthersHoldOrForbidIsLeftAlone) {
     const std::string path = put("locked.pbk", "text");
-    HANDLE other = CreateFileW(fs::path(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0,
-                               nullptr);
+    HANDLE other =
+        CreateFileW(fs::path(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     for (const char mode : {'r', 'w', 'e', 'a'})
         EXPECT_FALSE(File(path.c_str()).open(mode)) << mode;
     EXPECT_TRUE(File(path.c_str()).exists() && !File(path.c_str()).remove());

@@ -104,7 +104,8 @@ TEST_F(ModuleTest, RefusesRecordsThatNoHostSends) {
     EXPECT_EQ(entry(PF_Cmd_GLOBAL_SETUP, &in, nullptr, nullptr, nullptr, nullptr), 516);
     EXPECT_EQ(entry(PF_Cmd_ABOUT, &in, &out, nullptr, nullptr, nullptr), 512); // not set up
     in.global_data = plugin->globalData();
-#ifndef _WIN32 // there a throwing callback is the host's own fault: runtimes do not share exceptions
+#ifndef _WIN32 // there a throwing callback is the host's own fault: runtimes do not share
+               // exceptions
     SPBasicSuite throwing = *in.pica_basicP;
     throwing.AcquireSuite = [](const char*, std::int32_t, const void**) -> SPErr {
         throw std::runtime_error("the host's own");

@@ -18,18 +18,28 @@ constexpr bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// Whether a decimal number that no float can hold is too large, not too small: tells the place of
-// its first digit that counts.
-bool isTooLarge(std::string_view number) {
-    const std::size_t exponentAt = std::min(number.find_first_of("eE"), number.size());
-    const std::string_view digits = number.substr(0, exponentAt);
+// How the digits and the exponent of a number are written.
+struct Notation {
+    std::chars_format format;
+    const char* exponentMarks;
+    const char* countingDigits; // all but zero
+    std::int64_t digitWeight;   // how far a digit moves the exponent
+};
+constexpr Notation decimal = {std::chars_format::general, "eE", "123456789", 1};
+constexpr Notation hexadecimal = {std::chars_format::hex, "pP", "123456789abcdefABCDEF", 4};
+
+// Whether a number that no float can hold is too large, not too small: tells the place of its first
+// digit that counts.
+bool isTooLarge(std::string_view number, const Notation& notation) {
+    const std::size_t mark = std::min(number.find_first_of(notation.exponentMarks), number.size());
+    const std::string_view digits = number.substr(0, mark);
     const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
-    const auto first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
-    std::string_view exponent = number.substr(std::min(exponentAt + 1, number.size()));
+    const auto first = static_cast<std::int64_t>(digits.find_first_of(notation.countingDigits));
+    std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
     const bool isNegated = exponent.starts_with('-');
     if (exponent.starts_with('+') || isNegated)
         exponent.remove_prefix(1);
-    return point - first + leadingInteger(exponent, isNegated) > 0;
+    return (point - first) * notation.digitWeight + leadingInteger(exponent, isNegated) > 0;
 }
 
 constexpr float largestFloat = std::numeric_limits<float>::max();
@@ -38,21 +48,21 @@ constexpr float largestFloat = std::numeric_limits<float>::max();
 const char* readUnsigned(std::string_view text, float& value) {
     const auto isHexDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); };
     const std::string_view behindPrefix = text.substr(std::min<std::size_t>(text.size(), 2));
-    const bool isHex = (text.starts_with("0x") || text.starts_with("0X")) &&
-                       (isHexDigit(behindPrefix[0]) ||
-                        (behindPrefix[0] == '.' && isHexDigit(behindPrefix[1])));
+    const bool isHex =
+        (text.starts_with("0x") || text.starts_with("0X")) &&
+        (isHexDigit(behindPrefix[0]) || (behindPrefix[0] == '.' && isHexDigit(behindPrefix[1])));
     if (text.starts_with('-')) // a second sign
         return nullptr;
     const std::string_view number = isHex ? behindPrefix : text;
+    const Notation& notation = isHex ? hexadecimal : decimal;
     const char* end = number.data() + number.size();
-    const auto result = std::from_chars(number.data(), end, value,
-                                        isHex ? std::chars_format::hex : std::chars_format::general);
+    const auto result = std::from_chars(number.data(), end, value, notation.format);
     if (result.ec == std::errc::invalid_argument)
         return nullptr;
+    const std::string_view read(number.data(),
+                                static_cast<std::size_t>(result.ptr - number.data()));
     if (result.ec == std::errc::result_out_of_range)
-        value = isTooLarge(number.substr(0, static_cast<std::size_t>(result.ptr - number.data())))
-                    ? largestFloat
-                    : 0.0F;
+        value = isTooLarge(read, notation) ? largestFloat : 0.0F;
     return result.ptr;
 }
 
@@ -75,7 +85,7 @@ float leadingFloat(std::string_view text) {
     if (result.ec != std::errc::result_out_of_range)
         return value;
     const std::string_view number = text.substr(0, text.find_first_not_of("0123456789."));
-    return isTooLarge(number) ? largestFloat : 0.0F;
+    return isTooLarge(number, decimal) ? largestFloat : 0.0F;
 }
 
 bool scanInteger(const char*& text, std::int32_t& value) {

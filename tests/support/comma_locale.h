@@ -1,7 +1,7 @@
 // A locale in which numbers have a decimal comma, for as long as the object lives.
 //
-// Windows has one; elsewhere it is built on the spot, since a machine need not have one installed. The test fails when the C
-// library's own functions do not see the comma.
+// Windows has one; elsewhere it is built on the spot, since a machine need not have one installed.
+// The test fails when the C library's own functions do not see the comma.
 #pragma once
 
 #include "tests/support/temporary_folder.h"

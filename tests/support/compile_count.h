@@ -1,5 +1,5 @@
-// Counts the shaders that the module compiles while it stands. Global setup fills the module's table
-// of OpenGL's functions, so it must be over.
+// Counts the shaders that the module compiles while it stands. Global setup fills the module's
+// table of OpenGL's functions, so it must be over.
 #pragma once
 
 #define GLEW_NO_GLU

@@ -1,5 +1,5 @@
-// A host that uses OpenGL on its own, as the process around the module does: through EGL, or through
-// WGL on a window of its own. What is current on its thread, and a context to have current.
+// A host that uses OpenGL on its own, as the process around the module does: through EGL, or
+// through WGL on a window of its own. What is current on its thread, and a context to have current.
 #pragma once
 
 #include <array>

@@ -24,8 +24,8 @@ inline std::wstring systemPath(const char16_t* path) {
     if (plain.size() <= longest || plain.starts_with(L"\\\\?\\"))
         return plain;
     std::wstring whole(GetFullPathNameW(plain.c_str(), 0, nullptr, nullptr), L'\0');
-    whole.resize(GetFullPathNameW(plain.c_str(), static_cast<DWORD>(whole.size()), whole.data(),
-                                  nullptr));
+    whole.resize(
+        GetFullPathNameW(plain.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr));
     if (whole.starts_with(L"\\\\"))
         return L"\\\\?\\UNC" + whole.substr(1);
     return L"\\\\?\\" + whole;
@@ -58,7 +58,7 @@ inline int _wstat64(const char16_t* path, struct _stat64* status) {
     WIN32_FILE_ATTRIBUTE_DATA found;
     if (!GetFileAttributesExW(platform::systemPath(path).c_str(), GetFileExInfoStandard, &found))
         return -1;
-    status->st_size = static_cast<std::int64_t>(
-        (std::uint64_t{found.nFileSizeHigh} << 32) | found.nFileSizeLow);
+    status->st_size =
+        static_cast<std::int64_t>((std::uint64_t{found.nFileSizeHigh} << 32) | found.nFileSizeLow);
     return 0;
 }
