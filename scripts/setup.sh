@@ -36,7 +36,8 @@ install_packages() {
         $missing >/dev/null
 }
 
-# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds.
+# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds all, or
+# the targets in TVM_TARGETS.
 build() {
     local folder=$root/$1 log
     shift
@@ -51,7 +52,8 @@ build() {
         printf '%s' "$options" >"$folder/options"
     fi
     log=$folder/build.log
-    if ! cmake --build "$folder" >"$log" 2>&1; then
+    # shellcheck disable=SC2086  # one word a target
+    if ! cmake --build "$folder" ${TVM_TARGETS:+--target $TVM_TARGETS} >"$log" 2>&1; then
         cat "$log" >&2
         return 1
     fi
