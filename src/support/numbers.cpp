@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -44,16 +45,29 @@ bool isTooLarge(std::string_view number, const Notation& notation) {
 
 constexpr float largestFloat = std::numeric_limits<float>::max();
 
-// The number without a sign at the start of text; null when none stands there, else its end.
-const char* readUnsigned(std::string_view text, float& value) {
-    const auto isHexDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); };
-    const std::string_view behindPrefix = text.substr(std::min<std::size_t>(text.size(), 2));
-    const bool isHex =
-        (text.starts_with("0x") || text.starts_with("0X")) &&
-        (isHexDigit(behindPrefix[0]) || (behindPrefix[0] == '.' && isHexDigit(behindPrefix[1])));
-    if (text.starts_with('-')) // a second sign
+// The characters that a number may be made of, at the start of a zero-terminated text: what stands
+// behind them must not cost time.
+std::string_view numberLike(const char* text) {
+    const char* end = text;
+    while (std::isalnum(static_cast<unsigned char>(*end)) != 0 ||
+           (*end != '\0' && std::strchr("+-._()", *end) != nullptr))
+        ++end;
+    return {text, static_cast<std::size_t>(end - text)};
+}
+
+// Whether a digit stands behind the prefix of a hexadecimal number.
+bool isHexadecimal(const char* text) {
+    const auto isDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
+    return text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
+           (isDigit(text[2]) || (text[2] == '.' && isDigit(text[3])));
+}
+
+// Reads the number without a sign at the start of text; null when none stands there, else its end.
+const char* readUnsigned(const char* text, float& value) {
+    if (*text == '-') // a second sign
         return nullptr;
-    const std::string_view number = isHex ? behindPrefix : text;
+    const bool isHex = isHexadecimal(text);
+    const std::string_view number = numberLike(isHex ? text + 2 : text);
     const Notation& notation = isHex ? hexadecimal : decimal;
     const char* end = number.data() + number.size();
     const auto result = std::from_chars(number.data(), end, value, notation.format);
