@@ -101,7 +101,6 @@ TEST_F(GpuTest, WithoutAWindowEverythingGoesOn) {
         glewInit();
         EXPECT_TRUE(device.glWindow == nullptr && device.glRenderContext == nullptr);
         EXPECT_STREQ(missingFeature(), "an OpenGL context");
-        EXPECT_EQ(reportError(), 0U);
     }
     EXPECT_FALSE(GetClassInfoExA(taken.hInstance, taken.lpszClassName, &taken));
 }

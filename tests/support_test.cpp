@@ -119,7 +119,7 @@ TEST(SuiteTables, LendOnceAndGiveBackUnderTheSamePair) {
         const suites::Loan& loan = loans[i];
         lent += loan.name + " " + std::to_string(loan.version) + "|";
         EXPECT_EQ(borrowed[i], &suiteSlots[suiteSlotIndex(loan.name, loan.version)]) << lent;
-        EXPECT_EQ(std::pair(loan.lent, loan.returned), std::pair(1UL, 1UL)) << lent;
+        EXPECT_TRUE(loan.lent == 1 && loan.returned == 1) << lent;
     }
     EXPECT_EQ(lent, "AEGP Dynamic Stream Suite 5|AEGP Effect Suite 3|AEGP Keyframe Suite 3|"
                     "AEGP Keyframe Suite 4|AEGP Utility Suite 11|");
@@ -141,7 +141,7 @@ TEST(SuiteTables, AMissingSuiteEndsTheCommandAndTheOthersGoBack) {
     EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::suite<AEGP_EffectSuite3>); }), 516);
     EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::suite<AEGP_KeyframeSuite4>); }), 516);
     const suites::Loan stream = suites::loans().back();
-    EXPECT_EQ(std::pair(stream.lent, stream.returned), std::pair(2UL, 2UL)) << stream.name;
+    EXPECT_TRUE(stream.lent == 2 && stream.returned == 2) << stream.name;
     EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
     suites::withdrawAll();
 }
@@ -291,7 +291,7 @@ TEST(Reports, DebugOutputIsCutAndOnlyThereWhenWanted) {
     };
     EXPECT_EQ(printed(longest.c_str(), ""), longest);
     EXPECT_EQ(printed((longest + "x").c_str(), ""), "_printf error ;Message too large\n");
-    EXPECT_EQ(printed("%s\n", "\u00e9\u65e5"), "\u00e9\u65e5\n");
+    EXPECT_EQ(printed("%s\n", "caf\u00e9"), "caf\u00e9\n");
     testing::internal::CaptureStderr();
     _printf("%d", 7); // nobody listens
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -380,12 +380,12 @@ TEST(Numbers, AreScannedAlikeOnEveryPlatform) {
         float value = 0.5F;
         const bool isFound = scanFloat(rest, value);
         const auto used = static_cast<std::uint32_t>(rest - text.c_str());
+        ASSERT_EQ(isFound, used > 0) << text;
 #ifndef _WIN32 // the system's own scan by the same rules, in its locale with a point
         char* end = nullptr;
         const float wanted = std::strtof(text.c_str(), &end);
         constexpr float largest = std::numeric_limits<float>::max();
         ASSERT_EQ(used, end - text.c_str()) << text;
-        ASSERT_EQ(isFound, used > 0) << text;
         ASSERT_TRUE(!isFound || (std::isnan(wanted) && std::isnan(value)) ||
                     std::bit_cast<std::uint32_t>(value) ==
                         std::bit_cast<std::uint32_t>(std::clamp(wanted, -largest, largest)))

@@ -60,7 +60,7 @@ CurrentContext currentContext() {
 }
 
 std::vector<HostKind> hostKinds() {
-    return {{EGL_OPENGL_API, false}, {EGL_OPENGL_API, true}, {EGL_OPENGL_ES_API, true}};
+    return {{EGL_OPENGL_API, false}, {EGL_OPENGL_ES_API, true}, {EGL_OPENGL_API, true}};
 }
 
 HostContext::HostContext(const HostKind& kind) : kind_(kind) {

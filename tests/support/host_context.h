@@ -14,7 +14,7 @@ struct HostKind {
     unsigned api;     // as the system names it
     bool hasSurfaces; // to draw to and to read from
 };
-std::vector<HostKind> hostKinds();
+std::vector<HostKind> hostKinds(); // the last is the commonest
 
 // Current from the start; nothing is current behind it.
 class HostContext {
