@@ -4,10 +4,12 @@
 //   render_all MODULE OUT BLOCKS FILE...
 //
 // Below OUT, for each FILE: NAME.8, NAME.16, NAME.32, the pixels of a frame at that depth, without
-// padding, and NAME.block, the effect's flat block. With a folder of such blocks as BLOCKS ("-" for
-// none) the instances come out of these instead, and a file that is not under the stored path is
-// looked for in the folders of the FILEs.
+// padding, and what a project would keep: NAME.block, the effect's flat block, and NAME.values,
+// those of its controls. With a folder of such files as BLOCKS ("-" for none) the instances come
+// out of these instead, and a file that is not under the stored path is looked for in the folders
+// of the FILEs.
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -79,14 +81,31 @@ std::vector<std::byte> pixelsOf(const World& world) {
     return bytes;
 }
 
+std::vector<AEGP_StreamVal2> valuesOf(Effect& effect) {
+    std::vector<AEGP_StreamVal2> values;
+    for (std::size_t control = 1; control < effect.definitions.size(); ++control)
+        values.push_back(effect.control(control).constant.value);
+    return values;
+}
+
+void open(Effect& effect, const fs::path& stored) {
+    const std::vector<std::byte> bytes = readFile(stored.string() + ".values");
+    const auto fillStreams = [&bytes](Effect& opened) {
+        for (std::size_t control = 1; control < opened.definitions.size(); ++control)
+            std::memcpy(&opened.control(control).constant.value,
+                        &bytes.at((control - 1) * sizeof(AEGP_StreamVal2)),
+                        sizeof(AEGP_StreamVal2));
+    };
+    if (effect.open(readFile(stored.string() + ".block"), fillStreams) != 0)
+        throw std::runtime_error(stored.string() + ": cannot be opened");
+}
+
 void start(Effect& effect, const fs::path& file, const std::string& blocks) {
-    const std::string block = file.filename().string() + ".block";
+    if (blocks != "-")
+        return open(effect, fs::path(blocks) / file.filename());
     Host::current().scripts.answers = {file.string()};
-    const PF_Err error =
-        blocks == "-" ? effect.apply() : effect.open(readFile(fs::path(blocks) / block));
-    Host::current().scripts.answers.clear();
-    if (error != 0 || effect.title() == "TVM:(Invalid PB)")
-        throw std::runtime_error(file.string() + ": not loaded");
+    if (effect.apply() != 0)
+        throw std::runtime_error(file.string() + ": cannot be applied");
 }
 
 void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
@@ -99,9 +118,13 @@ void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
         Layer& layer = comp.addLayer("layer", makeFootage("picture", picture(channelBytes, 0)));
         Effect& effect = addEffect(plugin, layer);
         start(effect, file, blocks);
+        if (effect.title() == "TVM:(Invalid PB)")
+            throw std::runtime_error(file.string() + ": not loaded");
         for (const std::size_t control : {1, 2, 3})
             effect.control(control).constant.value.layer_id = other.id;
-        const RenderResult result = effect.render({.seconds = 0.5});
+        RenderRequest request;
+        request.seconds = 0.5;
+        const RenderResult result = effect.render(request);
         if (result.error != 0)
             throw std::runtime_error(file.string() + ": error " + std::to_string(result.error));
         const std::vector<std::byte> pixels = pixelsOf(result.output);
@@ -109,6 +132,8 @@ void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
         writeFile(name + "." + std::to_string(8 * channelBytes), pixels.data(), pixels.size());
         const std::vector<std::byte> block = effect.save();
         writeFile(name + ".block", block.data(), block.size());
+        const std::vector<AEGP_StreamVal2> values = valuesOf(effect);
+        writeFile(name + ".values", values.data(), values.size() * sizeof(values[0]));
         layer.effects.clear();
     }
 }
