@@ -1,13 +1,12 @@
 #include "hostkit/plugin.h"
 
-#include <dlfcn.h>
-
 #include <stdexcept>
 
 #include "hostkit/command_stack.h"
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
+#include "hostkit/library.h"
 #include "hostkit/memory.h"
 #include "hostkit/suite_tables.h"
 #include "hostkit/suites.h"
@@ -36,12 +35,7 @@ Pipl readResource(std::filesystem::path path) {
 }
 
 EntryPoint loadEntry(const std::filesystem::path& path, const std::string& name) {
-    // The whole path: a bare name would be searched for in the system's folders.
-    void* library =
-        dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    if (library == nullptr)
-        throw std::runtime_error(path.string() + ": " + dlerror());
-    void* entry = dlsym(library, name.c_str());
+    void* entry = library::functionIn(library::load(path), name);
     if (entry == nullptr)
         throw std::runtime_error(path.string() + ": it has no function " + name);
     return reinterpret_cast<EntryPoint>(entry);

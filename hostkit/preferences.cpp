@@ -1,16 +1,13 @@
 #include "hostkit/preferences.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
 
 #include <nlohmann/json.hpp>
+
+#include "hostkit/file_lock.h"
 
 namespace hostkit {
 
@@ -48,7 +45,7 @@ std::string toJson(const fs::path& file, const Values& values) {
 void writeFile(const fs::path& file, const Values& values) {
     const std::string text = toJson(file, values);
     fs::path fresh = file;
-    fresh += "." + std::to_string(getpid()) + ".new";
+    fresh += "." + processName() + ".new";
     std::ofstream stream(fresh, std::ios::binary);
     stream << text;
     stream.close();
@@ -69,23 +66,6 @@ Values readIfThere(const fs::path& file) {
         throw failure(file, error.message());
     return isThere ? readFile(file) : Values();
 }
-
-// Keeps other processes from changing the same preferences for as long as it stands.
-class ChangeLock {
-public:
-    explicit ChangeLock(fs::path file) {
-        file += ".lock";
-        lock_ = open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644);
-        if (lock_ < 0 || flock(lock_, LOCK_EX) != 0)
-            throw failure(file, std::generic_category().message(errno));
-    }
-    ~ChangeLock() { close(lock_); }
-    ChangeLock(const ChangeLock&) = delete;
-    ChangeLock& operator=(const ChangeLock&) = delete;
-
-private:
-    int lock_ = -1;
-};
 
 } // namespace
 
@@ -117,7 +97,8 @@ void Preferences::erase(const std::string& section, const std::string& key) {
 void Preferences::change(const std::function<void(Values&)>& work) {
     if (file_.empty())
         return work(values_);
-    const ChangeLock lock(file_);
+    // Keeps other processes from changing the same preferences for as long as it stands.
+    const FileLock lock(file_);
     Values changed = readIfThere(file_);
     work(changed);
     writeFile(file_, changed);

@@ -10,6 +10,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 MAY_INCLUDE = {
     "src/sdk": [],
     "src/platform": [],
+    "src/windows": ["src/platform"],  # stands in its place, under the same names
     "src/support": ["src/sdk", "src/platform", "src/host"],
     "src/host": ["src/sdk", "src/support"],
     "src/pixelbender": ["src/support"],

@@ -3,39 +3,41 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# missing_packages LIST...: prints the packages of these files that are not installed.
+# missing_packages LIST...: prints the packages of these lists that are not installed.
 missing_packages() {
     local wanted installed
-    wanted=$(cat "$@")
+    wanted=$(cd "$root" && cat "$@")
     # shellcheck disable=SC2086  # one word a package
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
         sed -n 's/^installed //p' | sed 's/:.*//')
     comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
 }
 
-# install_packages [LIST...]: installs what is missing of these files; without any, of packages.txt.
-install_packages() {
-    local missing sudo=
-    [ $# -gt 0 ] || set -- "$root/packages.txt"
-    missing=$(missing_packages "$@")
-    [ -n "$missing" ] || return 0
-    if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null || {
-            echo "These packages are missing, and installing them needs root or sudo:" >&2
-            # shellcheck disable=SC2086
-            echo $missing >&2
-            return 1
-        }
-        sudo=sudo
-    fi
-    echo "Installing:" $missing
-    $sudo apt-get update -qq
-    # shellcheck disable=SC2086
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends $missing \
-        >/dev/null
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
 }
 
-# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds.
+# install_packages LIST...: installs what is missing of these lists.
+install_packages() {
+    local missing
+    missing=$(missing_packages "$@")
+    [ -n "$missing" ] || return 0
+    if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+        echo "These packages are missing, and installing them needs root or sudo:" >&2
+        # shellcheck disable=SC2086
+        echo $missing >&2
+        return 1
+    fi
+    # shellcheck disable=SC2086
+    echo "Installing:" $missing
+    as_root apt-get update -qq
+    # shellcheck disable=SC2086
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        $missing >/dev/null
+}
+
+# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds all, or
+# the targets in TVM_TARGETS.
 build() {
     local folder=$root/$1 log
     shift
@@ -50,7 +52,8 @@ build() {
         printf '%s' "$options" >"$folder/options"
     fi
     log=$folder/build.log
-    if ! cmake --build "$folder" >"$log" 2>&1; then
+    # shellcheck disable=SC2086  # one word a target
+    if ! cmake --build "$folder" ${TVM_TARGETS:+--target $TVM_TARGETS} >"$log" 2>&1; then
         cat "$log" >&2
         return 1
     fi

@@ -1,5 +1,5 @@
 // The device and the window system below it, with real contexts. The "host" here is a program that
-// uses EGL on its own, as the process around the module does.
+// uses OpenGL on its own, as the process around the module does.
 #include <array>
 #include <cstdlib>
 #include <string>
@@ -11,24 +11,16 @@
 #include "gpu/device.h"
 #include "gpu/features.h"
 #include "gpu/gl_names.h"
+#include "tests/support/debug_output.h"
 #include "tests/support/host_context.h"
 
 namespace {
 
-template<class Work>
-std::string debugOutputOf(const char* wish, Work work) {
-    setenv("TVELMARONDINE_DEBUG", wish, 1);
-    testing::internal::CaptureStderr();
-    work();
-    unsetenv("TVELMARONDINE_DEBUG");
-    return testing::internal::GetCapturedStderr();
-}
-
 struct OwnedDevice : OwnDevice {
     OwnedDevice() : OwnDevice("Tvelmarondine") {}
     bool isCurrent() const {
-        return eglGetCurrentContext() == glRenderContext && wglGetCurrentContext() != nullptr &&
-               wglGetCurrentDC() == glDeviceContext;
+        return wglGetCurrentContext() == glRenderContext && glRenderContext != nullptr &&
+               wglGetCurrentDC() == glDeviceContext && currentContext() != CurrentContext{};
     }
 };
 
@@ -70,18 +62,16 @@ TEST_F(GpuTest, ANameThatDoesNotFitMakesNoDevice) {
 }
 
 TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
-    const auto cases = std::to_array<std::pair<EGLenum, bool>>(
-        {{EGL_OPENGL_API, false}, {EGL_OPENGL_API, true}, {EGL_OPENGL_ES_API, true}});
-    for (const auto& [api, hasSurfaces] : cases) {
-        const HostContext host(api, hasSurfaces);
+    for (const HostKind& kind : hostKinds()) {
+        const HostContext host(kind);
         const OwnedDevice device;
         EXPECT_EQ(currentContext(), CurrentContext{}) << "after createDevice";
-        EXPECT_EQ(eglQueryAPI(), api);
+        EXPECT_TRUE(host.isApiBound());
         host.makeCurrent();
         ContextSwitch outer(device);
         EXPECT_TRUE(device.isCurrent());
         {
-            const HostContext callback(api, hasSurfaces);
+            const HostContext callback(kind);
             {
                 const ContextSwitch inner(device);
                 EXPECT_TRUE(device.isCurrent());
@@ -90,7 +80,7 @@ TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
         }
         outer.restore();
         EXPECT_EQ(currentContext(), host.all);
-        eglMakeCurrent(host.display, nullptr, nullptr, nullptr);
+        host.release();
         outer.restore();
         EXPECT_EQ(currentContext(), CurrentContext{}) << "the second restore does nothing";
     }
@@ -110,6 +100,30 @@ TEST_F(GpuTest, AMissingFeatureIsNamed) {
     __GLEW_ARB_texture_float = floats;
 }
 
+#ifdef _WIN32
+
+// The class is there already, and its windows refuse to be made.
+TEST_F(GpuTest, WithoutAWindowEverythingGoesOn) {
+    WNDCLASSEXA taken{};
+    taken.cbSize = sizeof(taken);
+    taken.lpfnWndProc = [](HWND window, UINT message, WPARAM first, LPARAM second) -> LRESULT {
+        return message == WM_NCCREATE ? FALSE : DefWindowProcA(window, message, first, second);
+    };
+    taken.hInstance = GetModuleHandleA(nullptr);
+    taken.lpszClassName = "AEGL_WindowDevice_Refused";
+    ASSERT_NE(RegisterClassExA(&taken), 0);
+    {
+        const OwnDevice device("Refused");
+        const ContextSwitch inDevice(device);
+        glewInit();
+        EXPECT_TRUE(device.glWindow == nullptr && device.glRenderContext == nullptr);
+        EXPECT_STREQ(missingFeature(), "an OpenGL context");
+    }
+    EXPECT_FALSE(GetClassInfoExA(taken.hInstance, taken.lpszClassName, &taken));
+}
+
+#else
+
 // Without any driver. The child process starts afresh, so that EGL looks for drivers anew.
 TEST(DeviceDeathTest, WithoutADriverEverythingGoesOn) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
@@ -127,6 +141,8 @@ TEST(DeviceDeathTest, WithoutADriverEverythingGoesOn) {
     EXPECT_EXIT(std::exit(work()), testing::ExitedWithCode(0), "");
 }
 
+#endif
+
 TEST_F(GpuTest, ReportsOnTheDebugOutputAndOnlyOnRequest) {
     const OwnedDevice device;
     const ContextSwitch inDevice(device);
@@ -135,14 +151,13 @@ TEST_F(GpuTest, ReportsOnTheDebugOutputAndOnlyOnRequest) {
     };
     // One message of the debug output is cut at 1023 bytes, and the list of extensions is longer.
     const std::string extensions = ("Extentions : " + text(GL_EXTENSIONS) + "\n").substr(0, 1023);
-    EXPECT_EQ(debugOutputOf("1", reportVersion),
+    EXPECT_EQ(debugOutputOf(reportVersion),
               "OpenGL Version Infomation\nVendor   : " + text(GL_VENDOR) + "\nRenderer : " +
                   text(GL_RENDERER) + "\nVersion  : " + text(GL_VERSION) + "\n" + extensions);
-    EXPECT_EQ(debugOutputOf("", reportVersion), "");
     glEnable(GL_TEXTURE);
-    EXPECT_EQ(debugOutputOf("1", [] { EXPECT_EQ(reportError(), GL_INVALID_ENUM); }),
+    EXPECT_EQ(debugOutputOf([] { EXPECT_EQ(reportError(), GL_INVALID_ENUM); }),
               "OpenGL Error: invalid enumerant\n");
-    EXPECT_EQ(debugOutputOf("1", [] { EXPECT_EQ(reportErrorAfter("100%d\n"), 0U); }),
+    EXPECT_EQ(debugOutputOf([] { EXPECT_EQ(reportErrorAfter("100%d\n"), 0U); }),
               "100%d\nNo Error.\n");
 }
 

@@ -1,4 +1,3 @@
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,6 +10,7 @@
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
+#include "hostkit/library.h"
 #include "hostkit/memory.h"
 #include "sdk/pf_suites.h"
 #include "tests/modules/recording_resource.h"
@@ -50,8 +50,8 @@ protected:
     HostkitEffect() {
         writeResource(recordingResource());
         plugin.emplace(RECORDING_MODULE);
-        void* library = dlopen(RECORDING_MODULE, RTLD_NOW | RTLD_NOLOAD);
-        module = reinterpret_cast<RecordingModule* (*)()>(dlsym(library, "recordingModule"))();
+        module = reinterpret_cast<RecordingModule* (*)()>(
+            library::functionIn(library::loaded(RECORDING_MODULE), "recordingModule"))();
         *module = RecordingModule();
         plugin->setUp();
         addEffect(*plugin, layer);
@@ -228,7 +228,9 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
         {dialog, "the global data", [](auto& sent) { sent.out->global_data = nullptr; }},
         {dialog, "the sequence data", [](auto& sent) { sent.out->sequence_data = nullptr; }},
         {dialog, "cleared a flag", [](auto& sent) { sent.out->out_flags = 0; }},
+#ifndef _WIN32 // runtimes do not share exceptions there
         {dialog, "let an exception out", [](auto&) { throw std::runtime_error("lost"); }},
+#endif
         {setUp, "the index is -1", [&](auto& sent) { sent.add(3, lost); }},
         {setUp, "fewer names", [&](auto& sent) { sent.add(-1, popup); }},
         {setUp, "no text of choices", [&](auto& sent) { sent.add(-1, textless); }},

@@ -72,7 +72,8 @@ TEST_F(KernelGrammarTest, readsTheMetadata) {
     EXPECT_EQ(std::pair(kernel.languageVersion, kernel.version), std::pair(1, 12));
     EXPECT_EQ(kernel.description, "It's a\nlong { story");
     EXPECT_EQ(kernel.output.type, pbTypeFloat4);
-    ASSERT_EQ(std::pair(kernel.dependents.size(), kernel.inputs.size()), std::pair(2UL, 2UL));
+    ASSERT_EQ(kernel.dependents.size(), 2U);
+    ASSERT_EQ(kernel.inputs.size(), 2U);
     EXPECT_EQ(kernel.dependents[1].type, pbTypeInt2);
     EXPECT_EQ(kernel.inputs[0].type, pbTypeImage2);
     EXPECT_EQ(joined({kernel.dependents[1].name, kernel.inputs[0].name}), "b|c");

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gpu/kgl_framebuffer.h"
+#include "tests/support/debug_output.h"
 #include "tests/support/engine_fixture.h"
 
 namespace {
@@ -147,11 +148,8 @@ TEST_F(KglTest, ColourIsDeletedBeforeDepth) {
 }
 
 TEST_F(KglTest, ADepthTextureInTheFormatOfColourIsRefusedAndTellsIt) {
-    setenv("TVELMARONDINE_DEBUG", "1", 1);
-    testing::internal::CaptureStderr();
-    const auto target = makeObject<kglRenderTarget>(RenderBuffer, Texture);
-    unsetenv("TVELMARONDINE_DEBUG");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    std::unique_ptr<kglRenderTarget> target;
+    EXPECT_EQ(debugOutputOf([&] { target = makeObject<kglRenderTarget>(RenderBuffer, Texture); }),
               "No Error.\nOpenGL Error: invalid operation\n");
     EXPECT_EQ(storageOf(target->getDepthBuffer())[0], 0);
 }

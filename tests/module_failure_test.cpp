@@ -65,7 +65,7 @@ protected:
 
     Layer& layer = addPicture();
     Effect& effect;
-    const HostContext own{EGL_OPENGL_API, true};
+    const HostContext own{hostKinds().back()};
 
 private:
     std::string freshFile(const std::string& place = "") {

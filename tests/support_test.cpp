@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -19,6 +21,7 @@
 #include "support/report.h"
 #include "support/utf.h"
 #include "tests/support/comma_locale.h"
+#include "tests/support/debug_output.h"
 #include "tests/support/running_command.h"
 
 using namespace std::string_literals;
@@ -116,7 +119,7 @@ TEST(SuiteTables, LendOnceAndGiveBackUnderTheSamePair) {
         const suites::Loan& loan = loans[i];
         lent += loan.name + " " + std::to_string(loan.version) + "|";
         EXPECT_EQ(borrowed[i], &suiteSlots[suiteSlotIndex(loan.name, loan.version)]) << lent;
-        EXPECT_EQ(std::pair(loan.lent, loan.returned), std::pair(1UL, 1UL)) << lent;
+        EXPECT_TRUE(loan.lent == 1 && loan.returned == 1) << lent;
     }
     EXPECT_EQ(lent, "AEGP Dynamic Stream Suite 5|AEGP Effect Suite 3|AEGP Keyframe Suite 3|"
                     "AEGP Keyframe Suite 4|AEGP Utility Suite 11|");
@@ -138,7 +141,7 @@ TEST(SuiteTables, AMissingSuiteEndsTheCommandAndTheOthersGoBack) {
     EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::suite<AEGP_EffectSuite3>); }), 516);
     EXPECT_EQ(thrownBy([&] { borrow(&SuiteTable::suite<AEGP_KeyframeSuite4>); }), 516);
     const suites::Loan stream = suites::loans().back();
-    EXPECT_EQ(std::pair(stream.lent, stream.returned), std::pair(2UL, 2UL)) << stream.name;
+    EXPECT_TRUE(stream.lent == 2 && stream.returned == 2) << stream.name;
     EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
     suites::withdrawAll();
 }
@@ -318,16 +321,15 @@ TEST(Reports, ReachTheHandlerOfTheirChannel) {
 
 TEST(Reports, DebugOutputIsCutAndOnlyThereWhenWanted) {
     const std::string longest(1023, 'x');
-    const auto printed = [](const char* wish, const char* format, auto... arguments) {
-        setenv("TVELMARONDINE_DEBUG", wish, 1);
-        testing::internal::CaptureStderr();
-        _printf(format, arguments...);
-        unsetenv("TVELMARONDINE_DEBUG");
-        return testing::internal::GetCapturedStderr();
+    const auto printed = [](const char* format, auto... arguments) {
+        return debugOutputOf([&] { _printf(format, arguments...); });
     };
-    EXPECT_EQ(printed("1", longest.c_str(), ""), longest);
-    EXPECT_EQ(printed("1", (longest + "x").c_str(), ""), "_printf error ;Message too large\n");
-    EXPECT_EQ(printed("", "%d", 7), "");
+    EXPECT_EQ(printed(longest.c_str(), ""), longest);
+    EXPECT_EQ(printed((longest + "x").c_str(), ""), "_printf error ;Message too large\n");
+    EXPECT_EQ(printed("%s\n", "caf\u00e9"), "caf\u00e9\n");
+    testing::internal::CaptureStderr();
+    _printf("%d", 7); // nobody listens
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {
@@ -347,4 +349,86 @@ TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {
     EXPECT_EQ(leadingInteger("2147483648", true), -largestInteger - 1);
     EXPECT_EQ(leadingInteger("99999999999999999999"), largestInteger);
     EXPECT_EQ(leadingFloat("0." + std::string(99, '0') + "1"), 0.0F);
+}
+
+// A million texts that look like numbers or nearly so, the same on every platform.
+class NumberTexts {
+public:
+    std::string next() {
+        std::string text;
+        while (text.empty() || draw(6) != 0)
+            text += pieces.at(draw(pieces.size()));
+        return text;
+    }
+
+private:
+    static constexpr auto pieces = std::to_array<const char*>({"0",
+                                                               "1",
+                                                               "9",
+                                                               "5",
+                                                               "17",
+                                                               "123456789",
+                                                               "16777217",
+                                                               "000000000000",
+                                                               ".",
+                                                               ".",
+                                                               "e",
+                                                               "E+",
+                                                               "e-",
+                                                               "e38",
+                                                               "e-45",
+                                                               "e99",
+                                                               "-",
+                                                               "+",
+                                                               " ",
+                                                               "\t\n",
+                                                               "0x",
+                                                               "0X1",
+                                                               "aF",
+                                                               "p",
+                                                               "p-3",
+                                                               "P+130",
+                                                               "inf",
+                                                               "INFINITY",
+                                                               "nan",
+                                                               "NaN(a_1)",
+                                                               ",",
+                                                               "3.4028235",
+                                                               "3.40282357",
+                                                               "1.4012985",
+                                                               "7006492321e-55"});
+
+    std::size_t draw(std::size_t count) {
+        state_ = state_ * 6364136223846793005U + 1442695040888963407U;
+        return static_cast<std::size_t>(state_ >> 33) % count;
+    }
+
+    std::uint64_t state_ = 13;
+};
+
+TEST(Numbers, AreScannedAlikeOnEveryPlatform) {
+    NumberTexts texts;
+    std::uint32_t sum = 2166136261U;
+    for (int i = 0; i < 1000000; ++i) {
+        const std::string text = texts.next();
+        const char* rest = text.c_str();
+        float value = 0.5F;
+        const bool isFound = scanFloat(rest, value);
+        const auto used = static_cast<std::uint32_t>(rest - text.c_str());
+        ASSERT_EQ(isFound, used > 0) << text;
+#ifndef _WIN32 // the system's own scan by the same rules, in its locale with a point
+        char* end = nullptr;
+        const float wanted = std::strtof(text.c_str(), &end);
+        constexpr float largest = std::numeric_limits<float>::max();
+        ASSERT_EQ(used, end - text.c_str()) << text;
+        ASSERT_TRUE(!isFound || (std::isnan(wanted) && std::isnan(value)) ||
+                    std::bit_cast<std::uint32_t>(value) ==
+                        std::bit_cast<std::uint32_t>(std::clamp(wanted, -largest, largest)))
+            << text << ": " << value << ", not " << wanted;
+#endif
+        for (const std::uint32_t part :
+             {used, std::isnan(value) ? 1U : std::bit_cast<std::uint32_t>(value)})
+            sum = (sum ^ part) * 16777619U;
+    }
+    EXPECT_EQ(sum, 3488655473U);
 }

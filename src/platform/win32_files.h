@@ -53,3 +53,12 @@ struct _stat64 {          // less what nobody asks for here
 
 // 0 for success, otherwise -1.
 int _wstat64(LPCWSTR path, struct _stat64* status);
+
+namespace platform {
+
+// The name in the form of the module's wide text; the record must live on.
+inline const char16_t* nameOf(const WIN32_FIND_DATAW& entry) {
+    return entry.cFileName;
+}
+
+} // namespace platform

@@ -2,6 +2,7 @@
 #include <new>
 
 #include "host/command_scope.h"
+#include "sdk/record_layout.h" // the boundary has no other form
 #include "shell/commands.h"
 #include "shell/global_data.h"
 

@@ -16,7 +16,7 @@ namespace {
 struct OpenMode {
     char character;
     StreamMode mode;
-    LPCWSTR text; // for the runtime; all streams are binary
+    const char16_t* text; // for the runtime; all streams are binary
 };
 
 constexpr std::array<OpenMode, 4> openModes = {{{'r', StreamRead, u"rb"},
@@ -65,10 +65,10 @@ void forEachEntry(std::string_view folder, bool areFoldersWanted,
         return;
     prefix += PATH_SEPARATOR;
     do {
-        const std::u16string_view name = entry.cFileName;
+        const std::u16string_view name = platform::nameOf(entry);
         const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         if (isFolder == areFoldersWanted && name != u"." && name != u"..")
-            take(toNarrow(concatenate(prefix, entry.cFileName)));
+            take(toNarrow(concatenate(prefix, platform::nameOf(entry))));
     } while (FindNextFileW(search.get(), &entry) != FALSE);
 }
 

@@ -1,11 +1,11 @@
 #include "support/numbers.h"
 
-#include <locale.h>
-
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -15,10 +15,69 @@ std::int32_t heldInRange(std::int64_t value) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
 }
 
-// The locale in which the decimal point is a point; lives as long as the module.
-locale_t pointLocale() {
-    static const locale_t locale = newlocale(LC_NUMERIC_MASK, "C", nullptr);
-    return locale;
+constexpr bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// How the digits and the exponent of a number are written.
+struct Notation {
+    std::chars_format format;
+    const char* exponentMarks;
+    const char* countingDigits; // all but zero
+    std::int64_t digitWeight;   // how far a digit moves the exponent
+};
+constexpr Notation decimal = {std::chars_format::general, "eE", "123456789", 1};
+constexpr Notation hexadecimal = {std::chars_format::hex, "pP", "123456789abcdefABCDEF", 4};
+
+// Whether a number that no float can hold is too large, not too small: tells the place of its first
+// digit that counts.
+bool isTooLarge(std::string_view number, const Notation& notation) {
+    const std::size_t mark = std::min(number.find_first_of(notation.exponentMarks), number.size());
+    const std::string_view digits = number.substr(0, mark);
+    const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+    const auto first = static_cast<std::int64_t>(digits.find_first_of(notation.countingDigits));
+    std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
+    const bool isNegated = exponent.starts_with('-');
+    if (exponent.starts_with('+') || isNegated)
+        exponent.remove_prefix(1);
+    return (point - first) * notation.digitWeight + leadingInteger(exponent, isNegated) > 0;
+}
+
+constexpr float largestFloat = std::numeric_limits<float>::max();
+
+// The characters that a number may be made of, at the start of a zero-terminated text: what stands
+// behind them must not cost time.
+std::string_view numberLike(const char* text) {
+    const char* end = text;
+    while (std::isalnum(static_cast<unsigned char>(*end)) != 0 ||
+           (*end != '\0' && std::strchr("+-._()", *end) != nullptr))
+        ++end;
+    return {text, static_cast<std::size_t>(end - text)};
+}
+
+// Whether a digit stands behind the prefix of a hexadecimal number.
+bool isHexadecimal(const char* text) {
+    const auto isDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
+    return text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
+           (isDigit(text[2]) || (text[2] == '.' && isDigit(text[3])));
+}
+
+// Reads the number without a sign at the start of text; null when none stands there, else its end.
+const char* readUnsigned(const char* text, float& value) {
+    if (*text == '-') // a second sign
+        return nullptr;
+    const bool isHex = isHexadecimal(text);
+    const std::string_view number = numberLike(isHex ? text + 2 : text);
+    const Notation& notation = isHex ? hexadecimal : decimal;
+    const char* end = number.data() + number.size();
+    const auto result = std::from_chars(number.data(), end, value, notation.format);
+    if (result.ec == std::errc::invalid_argument)
+        return nullptr;
+    const std::string_view read(number.data(),
+                                static_cast<std::size_t>(result.ptr - number.data()));
+    if (result.ec == std::errc::result_out_of_range)
+        value = isTooLarge(read, notation) ? largestFloat : 0.0F;
+    return result.ptr;
 }
 
 } // namespace
@@ -39,10 +98,8 @@ float leadingFloat(std::string_view text) {
         std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
     if (result.ec != std::errc::result_out_of_range)
         return value;
-    // Without an exponent only digits in front of the point can make a number too large.
-    const std::string_view whole = text.substr(0, text.find('.'));
-    const bool isLarge = whole.find_first_of("123456789") != std::string_view::npos;
-    return isLarge ? std::numeric_limits<float>::max() : 0.0F;
+    const std::string_view number = text.substr(0, text.find_first_not_of("0123456789."));
+    return isTooLarge(number, decimal) ? largestFloat : 0.0F;
 }
 
 bool scanInteger(const char*& text, std::int32_t& value) {
@@ -56,12 +113,17 @@ bool scanInteger(const char*& text, std::int32_t& value) {
 }
 
 bool scanFloat(const char*& text, float& value) {
-    char* end = nullptr;
-    const float number = strtof_l(text, &end, pointLocale());
-    if (end == text)
+    const char* start = text;
+    while (isBlank(*start))
+        ++start;
+    const bool isNegated = *start == '-';
+    if (isNegated || *start == '+')
+        ++start;
+    float number = 0;
+    const char* end = readUnsigned(start, number);
+    if (end == nullptr)
         return false;
-    constexpr float largest = std::numeric_limits<float>::max();
-    value = std::isinf(number) ? std::copysign(largest, number) : number;
+    value = std::copysign(std::isinf(number) ? largestFloat : number, isNegated ? -1.0F : 1.0F);
     text = end;
     return true;
 }

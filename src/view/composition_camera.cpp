@@ -4,7 +4,7 @@
 #include <bit>
 #include <cmath>
 
-#include <GL/gl.h>
+#include <GL/glew.h>
 #include <GL/glu.h>
 
 #include "host/composition.h"
@@ -31,8 +31,7 @@ Frame frameOf(SPBasicSuite* basic, AEGP_ItemH handle) {
     return {double(item.width()), double(item.height()), double(aspect.num) / aspect.den};
 }
 
-using Projection = void (*)(double left, double right, double bottom, double top, double zNear,
-                            double zFar);
+using Projection = decltype(&glFrustum); // with the calling convention of OpenGL
 
 // Bottom and top change places: the eye's y points up, a row of the host's down. False, and the
 // matrix as it was, for a window that is none.

@@ -6,19 +6,29 @@
 #include <string>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-CommaLocale::CommaLocale()
-    : folder_(std::filesystem::temp_directory_path() /
-              ("comma_locale_" + std::to_string(getpid()))) {
-    std::filesystem::create_directory(folder_);
-    std::ofstream(folder_ / "source") << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\n"
+#ifdef _WIN32
+
+CommaLocale::CommaLocale() {
+    EXPECT_NE(std::setlocale(LC_NUMERIC, "German"), nullptr);
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",");
+}
+
+CommaLocale::~CommaLocale() {
+    std::setlocale(LC_NUMERIC, "C");
+}
+
+#else
+
+CommaLocale::CommaLocale() {
+    const std::string& folder = folder_.path;
+    std::ofstream(folder + "/source") << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\n"
                                          "grouping 3;3\nEND LC_NUMERIC\n";
     // Only one of the categories is there; that makes localedef complain, and its result useless.
-    const std::string command = "localedef --force --quiet -i '" + (folder_ / "source").string() +
-                                "' '" + (folder_ / "comma").string() + "'";
+    const std::string command =
+        "localedef --force --quiet -i '" + folder + "/source' '" + folder + "/comma'";
     [[maybe_unused]] const int result = std::system(command.c_str());
-    setenv("LOCPATH", folder_.c_str(), 1);
+    setenv("LOCPATH", folder.c_str(), 1);
     EXPECT_NE(std::setlocale(LC_NUMERIC, "comma"), nullptr) << "no locale from: " << command;
     EXPECT_EQ(std::strtod("1,5", nullptr), 1.5);
 }
@@ -26,5 +36,6 @@ CommaLocale::CommaLocale()
 CommaLocale::~CommaLocale() {
     std::setlocale(LC_NUMERIC, "C");
     unsetenv("LOCPATH");
-    std::filesystem::remove_all(folder_);
 }
+
+#endif

@@ -1,10 +1,10 @@
 // A locale in which numbers have a decimal comma, for as long as the object lives.
 //
-// It is built on the spot, since a machine need not have one installed. The test fails when the C
-// library's own functions do not see the comma.
+// Windows has one; elsewhere it is built on the spot, since a machine need not have one installed.
+// The test fails when the C library's own functions do not see the comma.
 #pragma once
 
-#include <filesystem>
+#include "tests/support/temporary_folder.h"
 
 class CommaLocale {
 public:
@@ -14,5 +14,7 @@ public:
     CommaLocale& operator=(const CommaLocale&) = delete;
 
 private:
-    std::filesystem::path folder_;
+#ifndef _WIN32
+    const TemporaryFolder folder_;
+#endif
 };

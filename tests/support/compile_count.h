@@ -1,5 +1,5 @@
-// Counts the shaders that are compiled while it stands: the module and the test share one table of
-// OpenGL's functions. Global setup fills that table, so it must be over.
+// Counts the shaders that the module compiles while it stands. Global setup fills the module's
+// table of OpenGL's functions, so it must be over.
 #pragma once
 
 #define GLEW_NO_GLU
@@ -16,5 +16,6 @@ public:
     int take();
 
 private:
+    PFNGLCOMPILESHADERPROC* place_; // in the module's table of OpenGL's functions
     PFNGLCOMPILESHADERPROC real_;
 };

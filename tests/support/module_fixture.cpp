@@ -32,12 +32,12 @@ ModuleTest::~ModuleTest() {
 }
 
 std::string ModuleTest::write(const std::string& name, const std::string& bytes) {
-    const std::filesystem::path path = folder / name;
+    const std::filesystem::path path = folder / pathOf(name);
     std::filesystem::create_directories(path.parent_path());
     std::ofstream file(path, std::ios::binary);
     file << bytes;
     EXPECT_TRUE(file.flush()) << path;
-    return path.string();
+    return textOf(path);
 }
 
 Layer& ModuleTest::addPicture(int width, int height, int channelBytes) {

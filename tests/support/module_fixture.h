@@ -14,8 +14,8 @@
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/plugin.h"
-#include "pbhost/temporary_files.h"
 #include "tests/support/engine_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 class ModuleTest : public testing::Test {
 protected:
@@ -40,7 +40,7 @@ protected:
     // All lines that the Info panel got so far, each with its line end.
     std::string shown() const;
 
-    const pbhost::TemporaryFolder temporary;
+    const TemporaryFolder temporary;
     std::filesystem::path folder = temporary.path;
     hostkit::Host host;
     hostkit::Composition& comp = host.project.addComposition("comp", 4, 4);

@@ -1,0 +1,4 @@
+// WGL as the system declares it.
+#pragma once
+
+#include "platform/win32.h"

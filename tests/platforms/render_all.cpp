@@ -1,0 +1,169 @@
+// Applies kernels and graphs through a module as a host does and writes what comes of it: for the
+// comparison of two platforms' modules.
+//
+//   render_all MODULE OUT BLOCKS FILE...
+//
+// Below OUT, for each FILE: NAME.8, NAME.16, NAME.32, the pixels of a frame at that depth, without
+// padding, and what a project would keep: NAME.block, the effect's flat block, and NAME.values,
+// those of its controls. With a folder of such files as BLOCKS ("-" for none) the instances come
+// out of these instead, and a file that is not under the stored path is looked for in the folders
+// of the FILEs.
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "hostkit/effect.h"
+#include "hostkit/host.h"
+#include "hostkit/ledger.h"
+#include "hostkit/plugin.h"
+
+namespace fs = std::filesystem;
+using namespace hostkit;
+
+namespace {
+
+constexpr int width = 96;
+constexpr int height = 64;
+
+void writeFile(const fs::path& path, const void* bytes, std::size_t size) {
+    std::ofstream file(path, std::ios::binary);
+    file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
+    if (!file.flush())
+        throw std::runtime_error(path.string() + " cannot be written");
+}
+
+std::vector<std::byte> readFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw std::runtime_error(path.string() + " cannot be read");
+    const std::string all{std::istreambuf_iterator<char>(file), {}};
+    const auto* first = reinterpret_cast<const std::byte*>(all.data());
+    return {first, first + all.size()};
+}
+
+void setChannel(World& world, std::size_t at, int value) {
+    if (world.channelBytes == 1)
+        world.data[at] = static_cast<std::byte>(value);
+    else if (world.channelBytes == 2)
+        reinterpret_cast<std::uint16_t*>(world.data.data())[at] =
+            static_cast<std::uint16_t>(value * 32768 / 255);
+    else
+        reinterpret_cast<float*>(world.data.data())[at] = static_cast<float>(value) / 255.0F;
+}
+
+// Smooth in places and rough in others; opaque on the left, fading out to the right.
+World picture(int channelBytes, int seed) {
+    World world = makeWorld(width, height, channelBytes);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int k = 0; k < 4; ++k) {
+                const int alpha = x < width / 2 ? 255 : 255 - 2 * (x - width / 2);
+                const int color =
+                    (x * (2 + k) + y * (5 - k) + seed * 83 + (x / 7 * y / 5) % 11) % 256;
+                const auto at = static_cast<std::size_t>((y * width + x) * 4 + k);
+                setChannel(world, at, k == 0 ? alpha : color);
+            }
+    return world;
+}
+
+std::vector<std::byte> pixelsOf(const World& world) {
+    const int rowBytes = world.width * world.pixelBytes();
+    std::vector<std::byte> bytes;
+    for (int y = 0; y < world.height; ++y) {
+        const auto row = world.data.begin() + y * world.rowBytes;
+        bytes.insert(bytes.end(), row, row + rowBytes);
+    }
+    return bytes;
+}
+
+std::vector<AEGP_StreamVal2> valuesOf(Effect& effect) {
+    std::vector<AEGP_StreamVal2> values;
+    for (std::size_t control = 1; control < effect.definitions.size(); ++control)
+        values.push_back(effect.control(control).constant.value);
+    return values;
+}
+
+void open(Effect& effect, const fs::path& stored) {
+    const std::vector<std::byte> bytes = readFile(stored.string() + ".values");
+    const auto fillStreams = [&bytes](Effect& opened) {
+        for (std::size_t control = 1; control < opened.definitions.size(); ++control)
+            std::memcpy(&opened.control(control).constant.value,
+                        &bytes.at((control - 1) * sizeof(AEGP_StreamVal2)),
+                        sizeof(AEGP_StreamVal2));
+    };
+    if (effect.open(readFile(stored.string() + ".block"), fillStreams) != 0)
+        throw std::runtime_error(stored.string() + ": cannot be opened");
+}
+
+void start(Effect& effect, const fs::path& file, const std::string& blocks) {
+    if (blocks != "-")
+        return open(effect, fs::path(blocks) / file.filename());
+    Host::current().scripts.answers = {file.string()};
+    if (effect.apply() != 0)
+        throw std::runtime_error(file.string() + ": cannot be applied");
+}
+
+void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
+               const std::string& blocks) {
+    for (const int channelBytes : {1, 2, 4}) {
+        Project& project = Host::current().project;
+        project.channelBytes = channelBytes;
+        Composition& comp = project.addComposition("comp", width, height);
+        Layer& other = comp.addLayer("other", makeFootage("other", picture(channelBytes, 1)));
+        Layer& layer = comp.addLayer("layer", makeFootage("picture", picture(channelBytes, 0)));
+        Effect& effect = addEffect(plugin, layer);
+        start(effect, file, blocks);
+        if (effect.title() == "TVM:(Invalid PB)")
+            throw std::runtime_error(file.string() + ": not loaded");
+        for (const std::size_t control : {1, 2, 3})
+            effect.control(control).constant.value.layer_id = other.id;
+        RenderRequest request;
+        request.seconds = 0.5;
+        const RenderResult result = effect.render(request);
+        if (result.error != 0)
+            throw std::runtime_error(file.string() + ": error " + std::to_string(result.error));
+        const std::vector<std::byte> pixels = pixelsOf(result.output);
+        const std::string name = (out / file.filename()).string();
+        writeFile(name + "." + std::to_string(8 * channelBytes), pixels.data(), pixels.size());
+        const std::vector<std::byte> block = effect.save();
+        writeFile(name + ".block", block.data(), block.size());
+        const std::vector<AEGP_StreamVal2> values = valuesOf(effect);
+        writeFile(name + ".values", values.data(), values.size() * sizeof(values[0]));
+        layer.effects.clear();
+    }
+}
+
+void renderAll(const std::vector<std::string>& arguments) {
+    Host host;
+    Plugin plugin{fs::path(arguments[0])};
+    if (plugin.setUp() != 0)
+        throw std::runtime_error(arguments[0] + ": global setup failed");
+    for (std::size_t i = 3; i < arguments.size(); ++i) {
+        const fs::path file = fs::absolute(arguments[i]).make_preferred();
+        host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", file.parent_path().string());
+        renderOne(plugin, file, arguments[1], arguments[2]);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.size() < 4) {
+        std::fputs("usage: render_all MODULE OUT BLOCKS FILE...\n", stderr);
+        return 2;
+    }
+    try {
+        renderAll(arguments);
+        for (const std::string& fault : ledger::takeFaults())
+            throw std::runtime_error(fault);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "render_all: %s\n", error.what());
+        return 1;
+    }
+}
