@@ -202,16 +202,18 @@ hostkit::World outputBuffer(const hostkit::Layer& layer, const Plan& plan) {
                                pixels.channelBytes);
 }
 
-// A frame answers 0 also when OpenGL has failed in it; the effect's log tells. It was empty before,
-// or the programs would not have passed.
+// A frame answers 0 also when OpenGL has failed in it; the effect says so on the Info panel, with
+// three marks in front, or in its log alone. Both were empty before, or the programs would not have
+// passed.
 void requireNoLateError(Session& session) {
     std::string reason;
     for (const std::string& line : session.takeMessages())
-        reason.append(reason.empty() ? "" : "\n").append(line);
+        reason.append(reason.empty() ? "" : "\n").append(line, line.starts_with("!!!") ? 3 : 0);
     const std::string log = session.takeErrorLog();
-    if (!reason.empty() || !log.empty())
-        throw Failure(ExitCode::RenderFailed,
-                      "the frame has failed: " + reason + (log.empty() ? "" : "\n") + log);
+    if (reason.empty())
+        reason = log;
+    if (!reason.empty())
+        throw Failure(ExitCode::RenderFailed, "the frame has failed: " + reason);
 }
 
 Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {

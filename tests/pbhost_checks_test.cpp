@@ -253,7 +253,7 @@ TEST_F(FrameChecks, UnwrittenAndFailedFramesAreNoPictures) {
                 << "OpenGL error 0x505";
         };
     };
-    EXPECT_THAT(render(failLate), HasSubstr("the frame has failed: \nOpenGL error 0x505"));
+    EXPECT_THAT(render(failLate), HasSubstr("the frame has failed: OpenGL error 0x505"));
     std::ifstream old("out.png");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(old), {}), "old");
     EXPECT_EQ(render([](auto&, auto&) {}), "none");
