@@ -70,17 +70,21 @@ end_wine() {
 
 # A display of its own, and Wine with a prefix for it. Both end with the script.
 start_wine() {
-    local display_number=$wine_state/display
+    local number=$wine_state/display.$$
     mkdir -p "$wine_state"
-    end_wine
-    mkfifo -m 600 "$display_number.$$"
-    Xvfb -displayfd 3 -screen 0 640x480x24 -nolisten tcp 3>"$display_number.$$" >/dev/null 2>&1 &
+    end_wine # one that is left from a run without a display would serve this run, too
+    Xvfb -displayfd 3 -screen 0 640x480x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
     xvfb=$!
-    trap 'end_wine; kill "$xvfb"' EXIT
-    read -r DISPLAY <"$display_number.$$"
-    rm "$display_number.$$"
-    export DISPLAY=:$DISPLAY
-    "$root/scripts/wine" wineboot -u >"$wine_state/wineboot.log" 2>&1
+    trap 'end_wine; kill "$xvfb" 2>/dev/null' EXIT
+    while [ ! -s "$number" ]; do
+        kill -0 "$xvfb" # has it ended?
+        sleep 0.2
+    done
+    DISPLAY=:$(cat "$number")
+    export DISPLAY
+    rm "$number"
+    [ -e "$wine_state/prefix/system.reg" ] ||
+        timeout 300 "$root/scripts/wine" wineboot -i >"$wine_state/wineboot.log" 2>&1
 }
 
 # Whether Wine runs 32-bit programs here: its own setup has then run some. A processor or a virtual
