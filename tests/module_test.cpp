@@ -117,7 +117,7 @@ TEST_F(ModuleTest, TheOlderRenderOnlySaysThatItCame) {
 TEST_F(ModuleTest, EndsItsGraphsInItsOwnContext) {
     applyKernel(addPicture(), copyKernel);
     applyKernel(addPicture(), kernelText("", "dst = float4(1.0);"));
-    const HostContext own(EGL_OPENGL_API, true);
+    const HostContext own(hostKinds().back());
     std::vector<GLuint> textures(64);
     glGenTextures(64, textures.data());
     std::vector<GLuint> programs;
