@@ -41,7 +41,7 @@ A_Err getNewEffectStreamByIndex(AEGP_PluginID plugin, AEGP_EffectRefH effect, A_
         });
 }
 
-// Null is asked for by those who could not get a stream: an error, but nobody's fault.
+// Null is asked for by those who could not get a stream: an error, but no fault of the module.
 A_Err disposeStream(AEGP_StreamRefH stream) {
     return serve<AEGP_StreamSuite9>("AEGP_DisposeStream", [&](const SceneCall& call) {
         if (!references::giveBack(stream, call.name))
@@ -80,7 +80,7 @@ A_Err disposeStreamValue(AEGP_StreamValue2* value) {
 }
 
 // A stream with keyframes has no one value to set: an error that a user can bring about, so it is
-// nobody's fault.
+// no fault of the module.
 A_Err setStreamValue(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_StreamValue2* value) {
     return serve<AEGP_StreamSuite9>("AEGP_SetStreamValue", plugin, [&](const SceneCall& call) {
         Stream& found = call.leaf(stream);

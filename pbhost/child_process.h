@@ -16,7 +16,7 @@ namespace pbhost {
 // with its parent.
 //
 // The program must not have started a thread yet. Those that libraries start before main() are
-// missing in the child; it ends without their farewells, which would wait for them for ever.
+// missing in the child; it ends without running exit handlers, which would wait for them for ever.
 int runInChild(const std::function<int()>& work, const std::string& subject,
                const std::vector<std::filesystem::path>& folders);
 

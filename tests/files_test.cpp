@@ -21,7 +21,7 @@ namespace {
 
 using File = _JST::File<aeAllocator>;
 using Folder = _JST::Folder<aeAllocator>;
-using Names = std::set<std::string>; // the system's order is nobody's business
+using Names = std::set<std::string>; // the system's order is not specified
 
 std::ptrdiff_t openDescriptors() {
 #ifdef _WIN32 // there no open file can be removed, so the end of the test's folder would tell

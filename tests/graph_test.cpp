@@ -305,7 +305,7 @@ TEST_F(Graph, AnImageAsOutputStaysInsideTheOutput) {
         frame.height = 30;
         frame.images[0] = image.slot(0);
         renderFrame(*graph, frame, output);
-        // This road reads the four channels back in the opposite order.
+        // This path reads the four channels back in the opposite order.
         const auto reversed = [](unsigned x, unsigned y) {
             const Pixel p = testPattern(x, y);
             return Pixel{p[1], p[0], p[3], p[2]};

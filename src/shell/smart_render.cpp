@@ -1,4 +1,4 @@
-// The road of one frame: the host's buffers and controls into a FrameDescription, the graph's run,
+// Renders one frame: the host's buffers and controls into a FrameDescription, the graph's run,
 // and the result straight back into the host's output buffer.
 #include <optional>
 
@@ -163,7 +163,7 @@ PF_Err SmartRender(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra
     return PF_Err_NONE;
 }
 
-// Projects render on the smart road; this command is older and carries no work.
+// The older render command. The host renders by smart render, so there is nothing to do.
 PF_Err Render(PF_InData* /*in_data*/, PF_OutData* /*out_data*/, PF_ParamDef** /*params*/,
               PF_LayerDef* /*output*/) {
     _printf("Entry Render\n");

@@ -54,7 +54,7 @@ constexpr Matrix<N> transpose(const Matrix<N>& a) {
 double determinant(const Matrix3& a);
 double determinant(const Matrix4& a);
 
-// The zero matrix, which is nobody's inverse, when the determinant is 0 or the inverse is beyond
+// The zero matrix, which is no matrix's inverse, when the determinant is 0 or the inverse is beyond
 // what a double holds: nothing that follows meets a NaN, and what is drawn through it is nowhere.
 Matrix3 inverse(const Matrix3& a);
 Matrix4 inverse(const Matrix4& a);
