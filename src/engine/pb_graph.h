@@ -55,7 +55,7 @@ public:
     HostVector<std::unique_ptr<NodeBase>> nodes;
     std::uint32_t swizzle;
     HostVector<std::unique_ptr<GraphParameter>> parameters;
-    unsigned int frameError = 0;  // the first that OpenGL had in the last frame; 0: none
+    unsigned int frameError = 0; // the first that OpenGL had in the last frame; 0: none
     HostVector<RenderTexture*> spareTextures; // of the frame, with room for those of all nodes
     GlTexture transparentTexture; // for inputs that nothing feeds; exists where there are such
 

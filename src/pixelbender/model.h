@@ -16,7 +16,8 @@
 // A fixed name field: a zero-terminated text of at most 31 bytes.
 using pbName = std::array<char, 32>;
 
-// Writes the field; a longer source is cut to its first 31 bytes, a null source gives an empty name.
+// Writes the field; a longer source is cut to its first 31 bytes, a null source gives an empty
+// name.
 void copyName(pbName& field, std::string_view source);
 void copyName(pbName& field, const char* source);
 

@@ -120,8 +120,8 @@ void PBKParser::ParameterMetaDataValueParser::store(std::string_view token, bool
         value.ints[at] = isTruthWord ? isTrue : leadingInteger(token, !positive_);
         break;
     case pbScalarFloat:
-        value.floats[at] = isTruthWord ? (isTrue ? 1.0F : 0.0F)
-                                       : (positive_ ? 1.0F : -1.0F) * leadingFloat(token);
+        value.floats[at] =
+            isTruthWord ? (isTrue ? 1.0F : 0.0F) : (positive_ ? 1.0F : -1.0F) * leadingFloat(token);
         break;
     case pbScalarBool:
         value.bytes[at] = isTruthWord ? isTrue : leadingFloat(token) != 0;

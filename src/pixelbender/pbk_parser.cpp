@@ -71,8 +71,8 @@ private:
     pbElementType elementType_;
 };
 
-// Confines the body of evaluateDependents to the vertex stage: the fragment stage, which compiles the
-// same text, gets an empty function.
+// Confines the body of evaluateDependents to the vertex stage: the fragment stage, which compiles
+// the same text, gets an empty function.
 class PBKParser::EvaluateDependentsParser : public Parser {
 public:
     bool parse(ShaderReader& reader, std::int32_t, TokenKind, State,

@@ -37,8 +37,8 @@ bool isPunctuation(char c) {
 }
 
 bool isOperatorPair(char first, char second) {
-    constexpr std::array<std::string_view, 12> pairs = {"++", "+=", "--", "-=", "<<", "<=",
-                                                        ">>", ">=", "&&", "||", "*=", "/="};
+    constexpr std::array<std::string_view, 12> pairs = {
+        "++", "+=", "--", "-=", "<<", "<=", ">>", ">=", "&&", "||", "*=", "/="};
     for (const std::string_view pair : pairs)
         if (pair[0] == first && pair[1] == second)
             return true;

@@ -1,9 +1,10 @@
 // A scanner over one text in memory that knows just enough of a C-like language to find tokens, to
 // tell code from comments, strings and preprocessor lines, and to count braces and parentheses.
 //
-// It knows no grammar: it hands each token to a Parser, which may call back for the next identifier,
-// number or string, or run a nested Parser over the tokens that follow. Nothing is ever reported; a
-// text that does not fit produces less. The time is linear in the text, whatever the text is.
+// It knows no grammar: it hands each token to a Parser, which may call back for the next
+// identifier, number or string, or run a nested Parser over the tokens that follow. Nothing is ever
+// reported; a text that does not fit produces less. The time is linear in the text, whatever the
+// text is.
 //
 // A reader is used once, from front to back. Tokens are views of the reader's own copy of the text:
 // good as long as the reader is.

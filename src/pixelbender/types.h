@@ -104,9 +104,8 @@ inline constexpr std::array<pbElementTypeRow, 25> pbElementTypes = {{
 }};
 
 inline constexpr std::array<const char*, 14> pbParameterTypeNames = {
-    "",          "angleDegrees", "angleRadians", "percentage", "time",
-    "inputSize", "position",     "colorLAB",     "colorRGB",   "colorCMYK",
-    "colorRGBA", "enum",         "frame",        "time"};
+    "",         "angleDegrees", "angleRadians", "percentage", "time", "inputSize", "position",
+    "colorLAB", "colorRGB",     "colorCMYK",    "colorRGBA",  "enum", "frame",     "time"};
 
 inline constexpr std::array<const char*, 7> pbUIControlNames = {
     "", "aePopup", "aeAngle", "aePercentSlider", "aeOneChannelColor", "aePoint", "aeColor"};

@@ -25,7 +25,8 @@ void release(void* payload);
 // The handle that owns a payload, or an aeBase object that lies in one. Does not call the host.
 PF_Handle handleOf(const void* payload);
 
-// The payload behind a handle that `allocate` made; the handle is locked, so the host is not called.
+// The payload behind a handle that `allocate` made; the handle is locked, so the host is not
+// called.
 void* payloadOf(PF_Handle handle);
 
 // The host's size of a handle, in bytes: that of the payload and of the word in front of it.
