@@ -32,6 +32,7 @@ void keepLargeBlocks() {
     constexpr int large = 1 << 30;
     mallopt(M_MMAP_THRESHOLD, large);
     mallopt(M_TRIM_THRESHOLD, large);
+    mallopt(M_ARENA_MAX, 1); // other threads take from the same heap
     reserveHugePages();
     mallopt(M_TOP_PAD, 64 << 20);
 }
