@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <functional>
+#include <future>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -118,8 +119,10 @@ void addRender(CLI::App& app, Job& job) {
         job.subject = request->file.empty() ? request->project : request->file;
         job.work = [request, options] {
             pbhost::checkOutputs(*request);
+            const pbhost::QuietOutput quiet(options->isVerbose); // for what reads ahead, too
+            std::future<pbhost::Source> ahead = pbhost::readAhead(*request);
             return pbhost::inSession(*options, [&](pbhost::Session& session) {
-                pbhost::render(session, *request);
+                pbhost::render(session, *request, std::move(ahead));
                 return std::string();
             });
         };

@@ -84,12 +84,14 @@ struct Plan {
         downsample = parseDownsample(request.downsample);
     }
 
-    Source layerSource() const {
+    Source layerSource(std::future<Source> ahead) const {
         const auto depth =
             request.project.empty() ? request.depth : request.depth.value_or(project.depth);
         const std::string& file = request.inputs.empty() ? project.picture : request.inputs[0];
         if (!file.empty() && !request.size.empty())
             throw Failure(ExitCode::Usage, "--size goes without a picture, which has its own size");
+        if (ahead.valid())
+            return ahead.get();
         if (!file.empty())
             return readSource(file, depth);
         const bool asStored = request.size.empty() && project.width != 0;
@@ -259,9 +261,16 @@ void checkOutputs(const RenderRequest& request) {
         throw Failure(ExitCode::RenderFailed, "cannot write '" + request.save + "': " + obstacle);
 }
 
-void render(Session& session, const RenderRequest& request) {
+std::future<Source> readAhead(const RenderRequest& request) {
+    if (request.inputs.empty() || !request.project.empty())
+        return {};
+    return std::async(std::launch::async,
+                      [&request] { return readSource(request.inputs[0], request.depth); });
+}
+
+void render(Session& session, const RenderRequest& request, std::future<Source> ahead) {
     const Plan plan(request);
-    Source source = plan.layerSource();
+    Source source = plan.layerSource(std::move(ahead));
     const Depth depth = source.picture.depth;
     Scene scene(session, std::move(source));
     load(scene, plan);

@@ -1,11 +1,13 @@
 // The verb `render`: runs the effect over a picture, once, and writes what comes out.
 #pragma once
 
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "pbhost/picture.h"
+#include "pbhost/scene.h"
 #include "pbhost/session.h"
 
 namespace pbhost {
@@ -29,7 +31,13 @@ struct RenderRequest {
 // done in vain.
 void checkOutputs(const RenderRequest& request);
 
-// Throws Failure; the output file is then as it was. Notes go to standard error.
-void render(Session& session, const RenderRequest& request);
+// Starts to read the layer's picture on a thread of its own, so that the session can begin
+// meanwhile. Nothing, where there is none or a project is needed to tell which. The request must
+// outlive it; what reading throws comes out of get().
+std::future<Source> readAhead(const RenderRequest& request);
+
+// Throws Failure; the output file is then as it was. Notes go to standard error. What was read
+// ahead is taken.
+void render(Session& session, const RenderRequest& request, std::future<Source> ahead);
 
 } // namespace pbhost

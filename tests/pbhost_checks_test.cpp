@@ -234,7 +234,7 @@ protected:
             request.output = "out.png";
             request.size = "7x4";
             request.downsample = "2,1";
-            pbhost::render(session, request);
+            pbhost::render(session, request, pbhost::readAhead(request));
         });
         session.end();
         module = RecordingModule();
