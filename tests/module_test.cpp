@@ -125,7 +125,8 @@ TEST_F(ModuleTest, EndsItsGraphsInItsOwnContext) {
         glBindTexture(GL_TEXTURE_2D, texture);
         programs.push_back(glCreateProgram());
     }
-    comp.layers.clear();
+    while (!comp.layers.empty()) // an effect's last command still looks among the layers
+        comp.layers.pop_back();
     EXPECT_EQ(plugin->setDown(), 0);
     EXPECT_EQ(currentContext(), own.all);
     for (const GLuint texture : textures)
