@@ -246,7 +246,7 @@ TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
         EXPECT_NE(faults[0].find(call), std::string::npos) << faults[0];
     }
     acquired.emplace();
-    EXPECT_NE(streams.AEGP_DisposeStream(nullptr), 0); // an error, but nobody's fault
+    EXPECT_NE(streams.AEGP_DisposeStream(nullptr), 0); // an error, but no fault of the module
     EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
 }
 
