@@ -40,7 +40,8 @@ void applyFrameSizes(benchmark::internal::Benchmark* frame);
 ChainSize frameSize(const benchmark::State& state);
 
 // Runs the rounds of the state. The counters are the medians of the action that is measured, under
-// its name, and of the peers behind it, and how many times as long as each peer it takes.
+// its name, and of those behind it (same, best, and the first one with kept textures), and how many
+// times as long as a peer it takes.
 void runRounds(benchmark::State& state, PairedTiming& timing, const std::string& measured);
 
 } // namespace bench

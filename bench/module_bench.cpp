@@ -22,7 +22,8 @@ void require(bool isTrue, const char* what) {
         throw std::runtime_error(what);
 }
 
-// The module with an instance of the effect on a layer, which runs the graph of the peers.
+// The module with two instances of the effect on a layer, which run the graph of the peers: one
+// gives its textures back after each frame, as the module does by default, the other keeps them.
 class ModuleFrame {
 public:
     ModuleFrame(const pbhost::Picture& input) : plugin_(TVM_MODULE_PATH) {
@@ -31,26 +32,38 @@ public:
         const HGLRC context = wglGetCurrentContext();
         require(plugin_.setUp() == 0, "the module cannot be set up");
         wglMakeCurrent(deviceContext, context);
-        const auto file = std::filesystem::temp_directory_path() / "module_bench.pbg";
-        std::ofstream(file) << bench::chainText(1);
-        auto& host = hostkit::Host::current();
-        host.project.channelBytes = static_cast<int>(pbhost::bytesPerChannel(input.depth));
-        host.scripts.answers.emplace_back(file.string());
+        hostkit::Host::current().project.channelBytes =
+            static_cast<int>(pbhost::bytesPerChannel(input.depth));
         hostkit::Layer& layer = addLayer(input);
-        effect_ = &hostkit::addEffect(plugin_, layer);
-        require(effect_->apply() == 0 && effect_->title() == "TVM:Chain",
-                "the effect cannot be applied");
-        std::filesystem::remove(file);
+        effect_ = &addEffect(layer, "module_bench.pbg");
+        setenv("TVELMARONDINE_KEEP_TEXTURES", "1", 1);
+        keeping_ = &addEffect(layer, "module_bench_keeping.pbg");
+        unsetenv("TVELMARONDINE_KEEP_TEXTURES");
     }
     ~ModuleFrame() { hostkit::Host::current().project.compositions.clear(); }
 
     void frame(hostkit::World& output, const hostkit::RenderRequest& request = {}) {
-        hostkit::RenderResult result = effect_->render(request, std::move(output));
+        render(*effect_, output, request);
+    }
+    void keepingFrame(hostkit::World& output) { render(*keeping_, output, {}); }
+
+private:
+    static void render(hostkit::Effect& effect, hostkit::World& output,
+                       const hostkit::RenderRequest& request) {
+        hostkit::RenderResult result = effect.render(request, std::move(output));
         require(result.error == 0, "a frame failed");
         output = std::move(result.output);
     }
-
-private:
+    hostkit::Effect& addEffect(hostkit::Layer& layer, const char* fileName) {
+        const auto file = std::filesystem::temp_directory_path() / fileName;
+        std::ofstream(file) << bench::chainText(1);
+        hostkit::Host::current().scripts.answers.emplace_back(file.string());
+        hostkit::Effect& effect = hostkit::addEffect(plugin_, layer);
+        require(effect.apply() == 0 && effect.title() == "TVM:Chain",
+                "the effect cannot be applied");
+        std::filesystem::remove(file);
+        return effect;
+    }
     static hostkit::Layer& addLayer(const pbhost::Picture& input) {
         const int width = static_cast<int>(input.width);
         const int height = static_cast<int>(input.height);
@@ -63,6 +76,7 @@ private:
 
     hostkit::Plugin plugin_;
     hostkit::Effect* effect_ = nullptr;
+    hostkit::Effect* keeping_ = nullptr;
 };
 
 void frame(benchmark::State& state) {
@@ -75,10 +89,11 @@ void frame(benchmark::State& state) {
     hostkit::World moduleOutput = // without padding, as the peers have it
         hostkit::makeWorld(static_cast<int>(size.width), static_cast<int>(size.height),
                            static_cast<int>(pbhost::bytesPerChannel(size.depth)));
+    hostkit::World keepingOutput = moduleOutput;
     std::vector<pbhost::Picture> outputs(2,
                                          pbhost::makePicture(size.width, size.height, size.depth));
     // A frame ends when its pixels are there. What is put off (the clearing behind it) is put off
-    // by all three: the module's context cannot be waited for from outside.
+    // by all: the module's context cannot be waited for from outside.
     bench::PairedTiming timing({[&] { module.frame(moduleOutput); },
                                 [&] {
                                     same.frame(input, outputs[0]);
@@ -87,9 +102,11 @@ void frame(benchmark::State& state) {
                                 [&] {
                                     best.frame(input, outputs[1]);
                                     glFlush();
-                                }});
+                                },
+                                [&] { module.keepingFrame(keepingOutput); }});
     timing.round(); // warms up, and fills the outputs
-    if (moduleOutput.data != outputs[0].pixels || outputs[0].pixels != outputs[1].pixels)
+    if (moduleOutput.data != outputs[0].pixels || outputs[0].pixels != outputs[1].pixels ||
+        keepingOutput.data != outputs[0].pixels)
         return state.SkipWithError("the module and its peers give different pictures");
     bench::runRounds(state, timing, "module");
     for (const std::string& fault : hostkit::ledger::takeFaults())

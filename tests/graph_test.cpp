@@ -156,6 +156,30 @@ TEST_F(Graph, ReusesTexturesThatNothingReadsAnyMore) {
     }
 }
 
+// A graph that keeps its textures takes no fresh storage for a frame like the one before, and holds
+// nothing of another size.
+TEST_F(Graph, KeepsTheTexturesOfAFrameIfItMay) {
+    Document chain;
+    chain.kernel("copy", "a", copyBody).node("x", "copy").node("y", "copy").node("z", "copy");
+    const auto graph = fileGraph(chain.wire("x.a=in y.a=x z.a=y =z").text());
+    graph->keepsTextures = true;
+    unsigned seed = 0;
+    const auto pixels = [&](unsigned x, unsigned y) { return testPattern(x, y, seed); };
+    const auto storedBytes = [&](unsigned width, unsigned depth) {
+        ++seed;
+        std::vector<HostImage> images{HostImage(width, 9, depth, pixels)};
+        textureBytes::start();
+        EXPECT_LE(largestError(renderImages(*graph, images), pixels), 1e-4F) << seed;
+        return textureBytes::peak();
+    };
+    EXPECT_EQ(storedBytes(16, 4), 2U * 16 * 9 * 16);
+    EXPECT_EQ(storedBytes(16, 4), 0U);
+    EXPECT_EQ(storedBytes(16, 1), 2U * 16 * 9 * 4 + 2 * 4); // two shrink to a single pixel
+    EXPECT_EQ(storedBytes(16, 1), 0U);
+    EXPECT_EQ(storedBytes(8, 4), 2U * 8 * 9 * 16 + 2 * 4);
+    EXPECT_EQ(storedBytes(8, 4), 0U);
+}
+
 // Where a pass leaves a pixel alone, by GLSL's own word however it is written, or an image has
 // none, the frame is transparent, although the texture has served another node of the frame before.
 TEST_F(Graph, PixelsThatNothingWritesAreTransparent) {
@@ -174,8 +198,11 @@ TEST_F(Graph, PixelsThatNothingWritesAreTransparent) {
                             "#else\n#define LEAVE " +
                                 word + "\n#endif\n");
             const auto graph = fileGraph(document.wire("n.a=in m.a=n =m").text());
-            std::vector<HostImage> images{HostImage(16, 9, depth, white)};
-            EXPECT_EQ(largestError(renderImages(*graph, images), stripes), 0) << word << log();
+            graph->keepsTextures = true;
+            for (int frame = 0; frame < 2; ++frame) {
+                std::vector<HostImage> images{HostImage(16, 9, depth, white)};
+                EXPECT_EQ(largestError(renderImages(*graph, images), stripes), 0) << word << log();
+            }
         }
 
     Document document;
@@ -188,10 +215,11 @@ TEST_F(Graph, PixelsThatNothingWritesAreTransparent) {
         int left, top, right, bottom; // of the image, in a frame of 16 by 9
     };
     for (const Case& c : {Case{0, 0, 16, 8}, {0, 0, 15, 9}, {1, 0, 16, 9}, {0, -1, 16, 8}})
-        for (const unsigned depth : {1U, 2U, 4U}) {
+        for (const unsigned depth : {1U, 2U, 4U, 4U}) {
             HostImage whole(16, 9, depth, white);
             HostImage small(unsigned(c.right - c.left), unsigned(c.bottom - c.top), depth, white);
             HostImage output(16, 9, depth);
+            graph->keepsTextures = !graph->keepsTextures;
             FrameDescription frame = frameFor(output);
             frame.images[0] = whole.slot(0);
             frame.images[1] = small.slot(1, c.left, c.top);

@@ -149,7 +149,7 @@ void ImageNode::readBack(const FrameDescription& target) {
 }
 
 void ImageNode::reset() {
-    target_.shrink();
+    graph->releaseStorage(target_);
     done = false;
     readsDone = 0;
 }

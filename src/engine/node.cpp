@@ -130,7 +130,7 @@ void Node::readBack(const FrameDescription& target) {
 }
 
 void Node::reset() {
-    impl->target.shrink();
+    graph->releaseStorage(impl->target);
     done = false;
     readsDone = 0;
 }

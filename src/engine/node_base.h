@@ -39,7 +39,7 @@ public:
     // Makes this frame's result, after that of all inputs; once until `reset`.
     virtual void render(const FrameDescription& frame) = 0;
 
-    // Ends the frame: the texture shrinks to one pixel.
+    // Ends the frame: the graph takes the texture back.
     virtual void reset() = 0;
 
     // Puts the result on a texture unit and tells the sampler of that name.

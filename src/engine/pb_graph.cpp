@@ -37,6 +37,12 @@ void countReaders(NodeBase& node) {
             countReaders(*connection.source);
 }
 
+bool hasStorage(const RenderTexture& texture, const FrameDescription& frame,
+                std::uint32_t componentBytes) {
+    return texture.width == frame.width && texture.height == frame.height &&
+           texture.componentBytes == componentBytes;
+}
+
 } // namespace
 
 pbGraph::pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t channelOrder)
@@ -161,21 +167,34 @@ NodeBase* pbGraph::output() const {
 
 void pbGraph::render(const FrameDescription& frame) {
     takeError(); // what came before is not this frame's
+    std::erase_if(spareTextures, [&](RenderTexture* texture) {
+        const bool isKept = hasStorage(*texture, frame, frame.componentBytes);
+        if (!isKept)
+            texture->shrink();
+        return !isKept;
+    });
     output()->render(frame);
 }
 
 void pbGraph::provideStorage(RenderTexture& target, const FrameDescription& frame,
                              std::uint32_t componentBytes, GLenum format) {
-    const auto spare = std::ranges::find_if(spareTextures, [&](const RenderTexture* texture) {
-        return texture->width == frame.width && texture->height == frame.height &&
-               texture->componentBytes == componentBytes;
-    });
-    if (spare == spareTextures.end()) {
-        target.setStorage(frame.width, frame.height, componentBytes, format);
-        return;
+    auto spare = std::ranges::find(spareTextures, &target);
+    if (spare == spareTextures.end())
+        spare = std::ranges::find(spareTextures, componentBytes, &RenderTexture::componentBytes);
+    if (spare != spareTextures.end()) {
+        if (*spare != &target)
+            std::swap(target, **spare);
+        spareTextures.erase(spare);
     }
-    std::swap(target, **spare);
-    spareTextures.erase(spare);
+    if (!hasStorage(target, frame, componentBytes))
+        target.setStorage(frame.width, frame.height, componentBytes, format);
+}
+
+void pbGraph::releaseStorage(RenderTexture& target) {
+    if (!keepsTextures)
+        target.shrink();
+    else if (!target.isShrunk)
+        spareTextures.push_back(&target);
 }
 
 void pbGraph::resetNodes() {

@@ -40,10 +40,13 @@ public:
     // The node that holds the result; null when the graph has none.
     NodeBase* output() const;
 
-    // Gives a node's target storage of the frame's size: that of a texture that no node reads any
-    // more, where there is one, else fresh storage. The pixels are undefined.
+    // Gives a node's target storage of the frame's size: its own where that was kept, that of a
+    // texture that no node reads any more, else fresh storage. The pixels are undefined.
     void provideStorage(RenderTexture& target, const FrameDescription& frame,
                         std::uint32_t componentBytes, unsigned int format);
+
+    // Ends a target's use in the frame: it shrinks to one pixel, or is kept for the next frame.
+    void releaseStorage(RenderTexture& target);
 
     // Tells nodes and parameters to the developer's channel.
     void reportGraph() const;
@@ -56,7 +59,8 @@ public:
     std::uint32_t swizzle;
     HostVector<std::unique_ptr<GraphParameter>> parameters;
     unsigned int frameError = 0; // the first that OpenGL had in the last frame; 0: none
-    HostVector<RenderTexture*> spareTextures; // of the frame, with room for those of all nodes
+    HostVector<RenderTexture*> spareTextures; // hold storage; with room for those of all nodes
+    bool keepsTextures = false;   // between frames, with their storage; costs their memory
     GlTexture transparentTexture; // for inputs that nothing feeds; exists where there are such
 
 private:

@@ -10,7 +10,7 @@
 #include "gpu/gl_names.h"
 
 // A texture that can be sampled and drawn into. Beyond its edge it reads as transparent black. It
-// keeps its two names for life; between frames its storage is a single pixel.
+// keeps its two names for life; between frames its storage is a single pixel unless it is kept.
 struct RenderTexture {
     static RenderTexture create();
 

@@ -1,5 +1,6 @@
 // From a path to a running graph in the cache.
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "engine/channel_order.h"
@@ -48,10 +49,12 @@ bool endsIn(std::string_view path, std::string_view letters) {
     return !path.empty() && letters.find(path.back()) != std::string_view::npos;
 }
 
-// Null when the graph that came of the model cannot be run.
+// Null when the graph that came of the model cannot be run. A host that renders many frames of few
+// graphs may set the variable: a frame is quicker, and each graph holds graphics memory.
 template<class Model>
 std::unique_ptr<pbGraph> buildGraph(const Model& model) {
     auto graph = makeObject<pbGraph>(model, hostChannelOrder);
+    graph->keepsTextures = std::getenv("TVELMARONDINE_KEEP_TEXTURES") != nullptr;
     if (!isRunnable(*graph))
         graph.reset();
     return graph;
