@@ -389,27 +389,3 @@ TEST_F(EffectControls, PointsAreThoseOfTheFullResolution) {
             EXPECT_NEAR(seen[k], expected[k], 1e-3) << k;
     }
 }
-
-TEST_F(EffectControls, FollowTheirKeyframes) {
-    Layer& place = addPicture(2, 2, 4);
-    place.inSeconds = 1;
-    Effect& effect = applyKernel(place, kernelText("parameter float p; parameter bool b;",
-                                                   "dst = float4(p, float(b), 0.0, 1.0);"));
-    const auto animate = [&](std::size_t index, double seconds, double value) {
-        Stream& stream = effect.control(index);
-        stream.setKeyframe(stream.addKeyframe(seconds), {number(value), {}});
-    };
-    animate(44, 0, -8);
-    animate(44, 2, 4);
-    animate(4, 0, 0);
-    animate(4, 1, 1);
-    effect.control(4).keyframes[0].out = AEGP_KeyInterp_HOLD;
-    const double cases[][3] = {// seconds of the composition, slider, checkbox
-                               {0, -8, 0}, {1, -8, 0}, {1.5, -5, 0},
-                               {2, -2, 1}, {3, 4, 1},  {9, 4, 1}};
-    for (const auto& [seconds, slider, checkbox] : cases) {
-        const RenderResult result = effect.render({seconds, {1, 1}, {1, 1}, {}});
-        EXPECT_NEAR(pixelAt(result.output, 1, 1)[0], slider, 1e-4) << seconds;
-        EXPECT_EQ(pixelAt(result.output, 1, 1)[1], checkbox) << seconds;
-    }
-}

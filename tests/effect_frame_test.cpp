@@ -207,13 +207,13 @@ TEST_F(EffectFrame, TellsPixelAspectAndResolution) {
     Effect& effect = applyKernel(
         layer, kernelText("", "dst = float4(outCoord(), pixelSize(0).x, pixelSize(0).y);"));
     for (const A_u_long factor : {1U, 2U, 4U}) {
-        const RenderResult result = effect.render({0, {1, factor}, {1, factor}, {}});
+        const RenderResult result = effect.render({0, {1, factor}, {1, 2 * factor}, {}});
         ASSERT_EQ(result.output.width, static_cast<int>(8 / factor));
         for (int i = 0; i < result.output.width * result.output.height; ++i) {
             const int x = i % result.output.width, y = i / result.output.width;
             const Pixel seen = pixelAt(result.output, x, y);
             EXPECT_NEAR(seen[0], (x + 0.5) * factor, 1e-4);
-            EXPECT_NEAR(seen[1], (y + 0.5) * factor, 1e-4);
+            EXPECT_NEAR(seen[1], (y + 0.5) * 2 * factor, 1e-4);
             EXPECT_EQ(seen[2], 1.5F);
             EXPECT_EQ(seen[3], 1.0F);
         }

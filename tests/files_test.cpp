@@ -171,16 +171,6 @@ TEST_F(Files, WhatIsNoFileOpensNothingAndNeverWaits) {
     EXPECT_TRUE(full.close());
 }
 
-// The status of such a file tells a whole page, whatever it holds.
-TEST_F(Files, AFileThatEndsEarlyWasNotReadWhole) {
-    File early("/sys/devices/system/cpu/online");
-    ASSERT_TRUE(early.open('r'));
-    EXPECT_EQ(early.read(1).text(), "0");
-    EXPECT_TRUE(early.wasReadWhole());
-    EXPECT_EQ(early.read(0).text().back(), '\n');
-    EXPECT_FALSE(early.wasReadWhole());
-}
-
 #endif
 
 TEST_F(Files, FoldersAreMadeAndRemovedOneByOne) {
@@ -241,14 +231,3 @@ TEST_F(Files, ABackslashInANameIsFoundBeforeASeparator) {
     }
 }
 #endif
-
-TEST_F(Files, LackOfMemoryClosesWhatIsOpen) {
-    const std::string path = put("a name that is too long for the text itself.pbk", "a text, too");
-    const std::uint64_t allocations = failEveryAllocation([&] {
-        File file(path.c_str());
-        ASSERT_TRUE(file.exists() && file.open('r'));
-        ASSERT_EQ(std::string(file.read(0).text()), "a text, too");
-        ASSERT_EQ(Folder(root_.c_str()).listFiles().size(), 1U);
-    });
-    EXPECT_GT(allocations, 10U);
-}

@@ -132,19 +132,6 @@ TEST_F(HostServices, ScriptsAreWrittenByteForByte) {
     EXPECT_EQ(runScript(basic, "1", false, nullptr, nullptr), 1);
 }
 
-TEST_F(HostServices, TheUserReadsWhatWasWritten) {
-    const char* message = "\\ 'a' \"b\"\n\t? \\n \xe2\x82\xac \xf0\x9f\x98\x80";
-    alertBox(basic, message, message, false);
-    host.scripts.answers = {"yes", std::nullopt};
-    EXPECT_TRUE(confirmBox(basic, "title", message, true));
-    NarrowString path = "old";
-    EXPECT_FALSE(openFileDialog(basic, message, "pbk:*.pbk;", path));
-    ASSERT_EQ(host.scripts.asked().size(), 3U);
-    for (const hostkit::Question& question : host.scripts.asked())
-        EXPECT_EQ(question.message, message);
-    EXPECT_TRUE(path.empty() && host.scripts.asked()[1].flag);
-}
-
 TEST_F(HostServices, MessagesAreCutIntoThreeLines) {
     using Lines = hostkit::InfoPanel::Lines;
     const std::string longest(1023, 'x');

@@ -202,24 +202,6 @@ TEST_F(KernelGrammarTest, endsInAnOrderlyWayWithoutMemory) {
               20U);
 }
 
-TEST_F(KernelGrammarTest, survivesAnyText) {
-    std::istringstream words(
-        "{ } < > ; , ' \" \\ /* */ // # input output parameter dependent kernel union float int4 "
-        "image4 defaultValue minValue version description - 1.5 0x true \x03 \xFF "
-        "evaluateDependents enumValues displayName");
-    std::vector<std::string> pieces{" ", "\n", "\r", std::string(1, '\0')};
-    for (std::string word; words >> word;)
-        pieces.push_back(word);
-    std::mt19937 random(20);
-    for (int round = 0; round < 5000; ++round) {
-        std::string source = round % 2 == 0 ? "kernel K {" : "";
-        for (auto count = random() % 60; count > 0; --count)
-            source += pieces[random() % pieces.size()];
-        const pbKernelInfo kernel = parsed(source);
-        EXPECT_LE(kernel.shaderText.size(), 64 + 60 * 44U) << testing::PrintToString(source);
-    }
-}
-
 // A reader that goes back over what it has read would not come to an end here.
 TEST_F(KernelGrammarTest, readsAMegabyteOfAnything) {
     const std::pair<const char*, const char*> cases[] = {

@@ -1,8 +1,7 @@
-// What pbhost itself looks at before and behind the work: a graph's wiring, files, the frame.
+// What pbhost itself looks at before and behind the work: a graph's wiring, the frame.
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstring>
 #include <filesystem>
@@ -12,7 +11,6 @@
 #include "hostkit/frames.h"
 #include "pbhost/failure.h"
 #include "pbhost/frame_fill.h"
-#include "pbhost/read_file.h"
 #include "pbhost/render_verb.h"
 #include "pbhost/temporary_files.h"
 #include "pbhost/wiring.h"
@@ -47,13 +45,6 @@ std::string element(const std::string& word) {
     return from + "toNode='" + word.substr(arrow + 1, dot - arrow - 1) + "' toInput='" +
            word.substr(dot + 1) + "'/>";
 }
-
-class TemporaryWork : public testing::Test {
-protected:
-    TemporaryWork() { fs::current_path(temporary_.path); }
-    ~TemporaryWork() override { fs::current_path("/"); }
-    const pbhost::TemporaryFolder temporary_;
-};
 
 std::string failureOf(const auto& work) {
     try {
@@ -147,51 +138,6 @@ TEST_F(Wiring, ManyFaultsAndLongChainsEnd) {
     EXPECT_EQ(pbhost::namesLike("glow", {}), "there are none");
 }
 
-using Files = TemporaryWork;
-
-TEST_F(Files, OnlyRegularFilesAreReplaced) {
-    ASSERT_EQ(mkfifo("pipe.png", 0600), 0);
-    fs::create_directory("folder.png");
-    std::ofstream("old.png") << "old";
-    fs::create_symlink("old.png", "link.png");
-    fs::create_symlink("nothing.png", "dangling.png");
-    fs::create_symlink("/dev/stdout", "stdout.png");
-    const std::tuple<const char*, const char*> cases[] = {
-        {"/dev/null", "it is a device"},
-        {"pipe.png", "it is a pipe"},
-        {"folder.png", "it is a folder"},
-        {"dangling.png", "a link that leads to no file"},
-        {"/dev/stdout", "it is what a process has open"},
-        {"stdout.png", "it is what a process has open"},
-        {"/proc/self/fd/9", "it is what a process has open"},
-        {"no/x.png", "there is no folder 'no'"},
-        {"old.png/x.png", "there is no folder 'old.png'"},
-        {"/sys/x.png", "'/sys'"}, // nobody may write there, not even root
-    };
-    for (const auto& [path, reason] : cases)
-        EXPECT_THAT(pbhost::obstacleAt(path), HasSubstr(reason)) << path;
-    for (const char* path : {"new.png", "old.png", "link.png", "./new.png"})
-        EXPECT_EQ(pbhost::obstacleAt(path), "") << path;
-    EXPECT_THAT(failureOf([] { pbhost::requireWritable("new.xyz"); }), HasSubstr("'.xyz'"));
-    EXPECT_THAT(failureOf([] { pbhost::requireWritable(".png"); }), HasSubstr("extension ''"));
-    EXPECT_EQ(std::distance(fs::directory_iterator("."), {}), 6) << "something was left behind";
-}
-
-TEST_F(Files, AreReadWholeOrNotAtAll) {
-    std::string text = "a\0b\r\n";
-    text.resize(200000, 'x');
-    std::ofstream("file", std::ios::binary) << text;
-    EXPECT_TRUE(pbhost::readWholeFile("file") == text);
-    const std::tuple<const char*, const char*> cases[] = {
-        {"missing", "No such file"},
-        {".", "it is a folder"},
-        {"/proc/self/mem", "Input/output error"},                         // fails at its first byte
-        {"/sys/devices/system/cpu/online", "of its 4096 bytes could be"}, // tells too large a size
-    };
-    for (const auto& [path, reason] : cases)
-        EXPECT_THAT(failureOf([&] { pbhost::readWholeFile(path); }), HasSubstr(reason)) << path;
-}
-
 TEST(FrameFill, TellsEachRowThatWasNotWritten) {
     for (const int channelBytes : {1, 2, 4}) {
         hostkit::World world = hostkit::makeOutput(5, 3, channelBytes);
@@ -209,14 +155,17 @@ TEST(FrameFill, TellsEachRowThatWasNotWritten) {
 }
 
 // A module that copies its input, until it is told otherwise.
-class FrameChecks : public TemporaryWork {
+class FrameChecks : public testing::Test {
 protected:
     FrameChecks() {
+        fs::current_path(temporary_.path);
         fs::copy(RECORDING_MODULE, "module.so");
         std::ofstream("module.pipl", std::ios::binary) << recordingResource();
         std::ofstream("any.pbk") << "kernel K<namespace:\"n\";version:1;>{output pixel4 dst;}";
         std::ofstream("out.png") << "old";
     }
+
+    ~FrameChecks() override { fs::current_path("/"); }
 
     // What the render says; "none": it was written.
     std::string render(const std::function<void(RecordingModule&, pbhost::Session&)>& tell) {
@@ -241,6 +190,8 @@ protected:
         dlclose(library);
         return failure;
     }
+
+    const pbhost::TemporaryFolder temporary_;
 };
 
 TEST_F(FrameChecks, UnwrittenAndFailedFramesAreNoPictures) {
