@@ -116,13 +116,8 @@ TEST_F(CameraTest, WithoutACameraTheFrameFillsTheViewport) {
 TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
     constexpr AEGP_CameraType perspective = AEGP_CameraType_PERSPECTIVE;
     constexpr AEGP_CameraType orthographic = AEGP_CameraType_ORTHOGRAPHIC;
-    const struct {
-        AEGP_CameraType type;
-        Point rotation;
-        A_long pixelAspect;
-        double parentScale; // percent, of x; 0: no parent
-        Point point;
-    } cases[] = {
+    const std::tuple<AEGP_CameraType, Point, A_long, double, Point> cases[] = {
+        // kind, rotation, pixel aspect, the parent's scale (percent of x; 0: no parent), point
         {perspective, {0, 0, 0}, 1, 0, {52.5, 22.5, 40}},
         {perspective, {0, 90, 0}, 1, 0, {122, 22.5, -50.5}},  // looks along x; -z is right
         {perspective, {90, 0, 0}, 1, 0, {52.5, -50, -47.5}},  // along -y
@@ -139,12 +134,13 @@ TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
     hostkit::Layer& parent = comp.addLayer("parent", nullptr);
     place(parent, {}, {});
     for (const auto& each : cases) {
-        comp.pixelAspect = {each.pixelAspect, 1};
-        hostkit::Layer& camera = addCamera({42, 30, -40}, each.rotation, each.type);
-        set(parent, AEGP_LayerStream_SCALE, {each.parentScale, 100, 100});
-        set(camera, AEGP_LayerStream_POSITION, {each.parentScale == 200 ? 21.0 : 42, 30, -40});
-        camera.parent = each.parentScale == 0 ? nullptr : &parent;
-        EXPECT_EQ(lit(each.point), Place(42, 16)) << &each - cases;
+        const auto& [type, rotation, pixelAspect, parentScale, point] = each;
+        comp.pixelAspect = {pixelAspect, 1};
+        hostkit::Layer& camera = addCamera({42, 30, -40}, rotation, type);
+        set(parent, AEGP_LayerStream_SCALE, {parentScale, 100, 100});
+        set(camera, AEGP_LayerStream_POSITION, {parentScale == 200 ? 21.0 : 42, 30, -40});
+        camera.parent = parentScale == 0 ? nullptr : &parent;
+        EXPECT_EQ(lit(point), Place(42, 16)) << &each - cases;
         comp.layers.pop_back();
     }
 }

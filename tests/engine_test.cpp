@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <numeric>
+#include <tuple>
 
 #include "engine/channel_scale.h"
 #include "tests/support/engine_fixture.h"
@@ -205,26 +206,6 @@ TEST_F(Engine, SendsFrameAndPixelSizes) {
     EXPECT_EQ(largestError(output, [](unsigned, unsigned) { return Pixel{2.5F, 1, 1.25F, 6}; }), 0);
 }
 
-// No image chosen, no slot at all, an invalid one: transparent black over the whole frame.
-TEST_F(Engine, ImagesWithoutPixelsAreTransparent) {
-    const auto graph = kernelGraph(copy_);
-    HostImage image = pattern(8, 6, 1);
-    ImageSlot dummy;
-    dummy.imageIndex = 0;
-    dummy.componentBytes = 1;
-    dummy.channels = 3;
-    dummy.width = dummy.height = dummy.rowPixels = 1;
-    ImageSlot noFormat = image.slot(0);
-    noFormat.componentBytes = 0;
-    for (const ImageSlot& slot : {dummy, noFormat, image.slot(1), ImageSlot()}) {
-        HostImage output(8, 6, 2, [](unsigned, unsigned) { return Pixel{1, 1, 1, 1}; });
-        FrameDescription frame = frameFor(output);
-        frame.images[0] = slot;
-        renderFrame(*graph, frame, output);
-        EXPECT_EQ(largestError(output, [](unsigned, unsigned) { return transparent; }), 0);
-    }
-}
-
 // Between frames nothing of a frame is left: storage of one pixel, scales at 1.
 TEST_F(Engine, LeavesNothingBehindAFrame) {
     const auto graph = kernelGraph(copy_);
@@ -290,34 +271,30 @@ TEST_F(Engine, ReportsAProgramThatDoesNotLink) {
 TEST_F(Engine, RefusesDependentsBeyondTheDriversLimit) {
     GLint limit = 0;
     glGetIntegerv(GL_MAX_VARYING_FLOATS, &limit);
-    struct Case {
-        int count;
-        const char* pixel;
-        int needed; // 0: it links, and gives the sum of all
-    };
     const char* position = "sum + 0.0 * outCoord().x"; // which takes four more
-    const std::vector<Case> cases = {
+    const std::tuple<int, const char*, int> cases[] = {
+        // how many, the pixel, components needed (0: it links, and gives the sum of all)
         {limit - 4, position, 0},      {limit, "sum", 0}, {limit - 3, position, limit + 1},
         {limit + 1, "sum", limit + 1}, {385, "sum", 385}, {1024, position, 1028}};
-    for (const Case& c : cases) {
+    for (const auto& [count, pixel, needed] : cases) {
         const std::string text =
-            "kernel Test { output pixel4 dst; const int n = " + std::to_string(c.count) +
+            "kernel Test { output pixel4 dst; const int n = " + std::to_string(count) +
             "; dependent float a[n];"
             "void evaluateDependents() { for (int i = 0; i < n; ++i) a[i] = 1.0; }"
             "void evaluatePixel() { float sum = 0.0; for (int i = 0; i < n; ++i) sum += a[i];"
             "dst = float4(" +
-            c.pixel + "); } }";
+            pixel + "); } }";
         const std::size_t told = log().size();
         const auto graph = kernelGraph(text);
-        EXPECT_EQ(nodeOf(*graph).impl->isLinked, c.needed == 0) << text << log();
+        EXPECT_EQ(nodeOf(*graph).impl->isLinked, needed == 0) << text << log();
         EXPECT_EQ(log().substr(told),
-                  c.needed == 0
+                  needed == 0
                       ? ""
-                      : "Test(l)\nThe dependents need " + std::to_string(c.needed) +
+                      : "Test(l)\nThe dependents need " + std::to_string(needed) +
                             " varying components, OpenGL has " + std::to_string(limit) + ".\n\n");
         HostImage output(2, 2, 4);
         renderFrame(*graph, frameFor(output), output);
-        EXPECT_EQ(output.at(1, 1)[0], c.needed == 0 ? static_cast<float>(c.count) : 1.0F);
+        EXPECT_EQ(output.at(1, 1)[0], needed == 0 ? static_cast<float>(count) : 1.0F);
     }
 }
 
@@ -346,17 +323,6 @@ TEST_F(Engine, TellsWhenOpenGLRefusesAFrame) {
               std::string::npos)
         << trace();
 #endif
-}
-
-TEST_F(Engine, AKernelMayHaveEightInputs) {
-    std::string inputs;
-    for (int i = 0; i < 8; ++i)
-        inputs += "input image4 in" + std::to_string(i) + ";";
-    const auto graph = kernelGraph("kernel Eight {" + inputs +
-                                   "output pixel4 dst; void evaluatePixel() {"
-                                   "dst = sample(in0, outCoord()) + sample(in7, outCoord()) * "
-                                   "tvek_texturePixelSize[7].x; } }");
-    EXPECT_TRUE(nodeOf(*graph).impl->isLinked) << log();
 }
 
 } // namespace

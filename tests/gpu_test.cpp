@@ -1,7 +1,5 @@
 // The device and the window system below it, with real contexts. The "host" here is a program that
 // uses OpenGL on its own, as the process around the module does.
-#include <array>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -88,7 +86,6 @@ TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
 
 TEST_F(GpuTest, AMissingFeatureIsNamed) {
     EXPECT_STREQ(missingFeature(), "an OpenGL context");
-    reportVersion(); // of no version
     const OwnedDevice device;
     const ContextSwitch inDevice(device);
     glewInit();

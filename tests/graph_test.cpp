@@ -3,6 +3,7 @@
 #include <GL/glew.h>
 
 #include <sstream>
+#include <tuple>
 
 #include "bench/texture_bytes.h"
 #include "tests/support/engine_fixture.h"
@@ -314,12 +315,8 @@ TEST_F(Graph, OpenInputsAreTransparent) {
 
 TEST_F(Graph, RefusesWhatCannotRun) {
     const std::string cycle = "Cyclick Dependency detected.\ng\n";
-    struct Case {
-        const char* wires;
-        std::string told;
-        bool isRunnable;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<const char*, std::string, bool> cases[] = {
+        // the wires, what is told, whether it runs
         {"x.a=in", "No output node.\ng\n", false},
         {"=nobody", "", false},
         {"x.b=x =x", cycle, false},
@@ -329,14 +326,14 @@ TEST_F(Graph, RefusesWhatCannotRun) {
         {"=many", "Too many inputs.\ng\n", false},
     };
     std::string before;
-    for (const Case& c : cases) {
+    for (const auto& [wires, told, runs] : cases) {
         Document document;
         document.kernel("add", "ab", addBody).node("x", "add").node("y", "add").node("z", "add");
-        if (c.told.starts_with("Too many"))
+        if (told.starts_with("Too many"))
             document.kernel("nine", "abcdefghi", "dst = float4(0.0);").node("many", "nine");
-        const auto graph = fileGraph(document.wire(c.wires).text());
-        EXPECT_EQ(isRunnable(*graph), c.isRunnable) << c.wires;
-        EXPECT_EQ(info().substr(before.size()), c.told) << c.wires;
+        const auto graph = fileGraph(document.wire(wires).text());
+        EXPECT_EQ(isRunnable(*graph), runs) << wires;
+        EXPECT_EQ(info().substr(before.size()), told) << wires;
         before = info();
     }
 }

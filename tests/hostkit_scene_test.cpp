@@ -72,30 +72,21 @@ TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
 }
 
 TEST_F(Scene, ExpressionsChangeTheirStreams) {
-    const struct {
-        AEGP_LayerStream which;
-        const char16_t* expression;
-        bool isEnabled;
-        double expected; // x, at second 2
-    } rows[] = {{AEGP_LayerStream_OPACITY, u"value / 2 + time", true, 52},
-                {AEGP_LayerStream_OPACITY, u"value / 2 + time", false, 100},
-                {AEGP_LayerStream_OPACITY, u"nothing.here", true, 100},
-                {AEGP_LayerStream_OPACITY, u"[1, 2]", true, 100}, // it has one number
-                {AEGP_LayerStream_POSITION, u"[value[0] * 2, value[1], 0.5]", true, 360},
-                {AEGP_LayerStream_POSITION, u"7", true, 180}};
-    const A_Time time{2, 1};
-    for (const auto& [which, expression, isEnabled, expected] : rows) {
-        const AEGP_StreamRefH lent = lend(which);
-        EXPECT_EQ(streams.AEGP_SetExpression(plugin, lent, expression), 0);
-        EXPECT_EQ(streams.AEGP_SetExpressionState(plugin, lent, isEnabled ? 1 : 0), 0);
-        for (const A_Boolean isBefore : {0, 1}) {
-            AEGP_StreamValue2 value = ask(streams.AEGP_GetNewStreamValue, plugin, lent,
-                                          AEGP_LTimeMode_LayerTime, &time, isBefore);
-            const double x = isBefore != 0 ? stream(which).at(2).value.one_d : expected;
-            EXPECT_EQ(value.val.one_d, x) << which;
-            EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
-        }
-        EXPECT_EQ(streams.AEGP_DisposeStream(lent), 0);
+    const std::tuple<AEGP_LayerStream, const char16_t*, double> cases[] = {
+        // the stream, what stands in it, and x at second 2
+        {AEGP_LayerStream_OPACITY, u"value / 2 + time", 52},
+        {AEGP_LayerStream_OPACITY, u"nothing.here", 100},
+        {AEGP_LayerStream_OPACITY, u"[1, 2]", 100}, // it has one number
+        {AEGP_LayerStream_POSITION, u"[value[0] * 2, value[1], 0.5]", 360},
+        {AEGP_LayerStream_POSITION, u"7", 180}};
+    for (const auto& [which, expression, expected] : cases) {
+        Stream& changed = stream(which);
+        changed.expression = expression;
+        const double before = changed.withExpression(2).value.one_d;
+        EXPECT_EQ(before, changed.at(2).value.one_d) << "not switched on yet";
+        changed.isExpressionEnabled = true;
+        EXPECT_EQ(changed.withExpression(2).value.one_d, expected) << which;
+        changed.isExpressionEnabled = false;
     }
 }
 

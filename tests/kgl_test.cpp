@@ -2,12 +2,10 @@
 #include <GL/glew.h>
 
 #include <array>
-#include <cstdlib>
 #include <utility>
 #include <vector>
 
 #include "gpu/kgl_framebuffer.h"
-#include "tests/support/debug_output.h"
 #include "tests/support/engine_fixture.h"
 
 namespace {
@@ -141,13 +139,6 @@ TEST_F(KglTest, ColourIsDeletedBeforeDepth) {
     target.reset();
     __glewDeleteRenderbuffersEXT = really;
     EXPECT_EQ(deleted, expected);
-}
-
-TEST_F(KglTest, ADepthTextureInTheFormatOfColourIsRefusedAndTellsIt) {
-    std::unique_ptr<kglRenderTarget> target;
-    EXPECT_EQ(debugOutputOf([&] { target = makeObject<kglRenderTarget>(RenderBuffer, Texture); }),
-              "No Error.\nOpenGL Error: invalid operation\n");
-    EXPECT_EQ(storageOf(target->getDepthBuffer())[0], 0);
 }
 
 TEST_F(KglTest, A3DTextureIsDrawnIntoByLayer) {
