@@ -48,7 +48,7 @@ TEST_F(KernelGrammarTest, makesTheShaderText) {
         {"{s('}')\xC3\xA4 \x01}", "s('}')\xC3\xA4 \x01"},
         {"#if A {\nkernel K { x }", "#if A {\n\n x "},
         {"{#a // \\\n}x", "#a \n"}, // no backslash continues a comment
-        {"{#a /* }\n } */ }\n\"\\\"}\" x}", "#a   }\n\"\\\"}\" x"},
+        {"{#a /* }\n } */ b \"\\\"}\" x}", "#a   b \"\\\"}\" x"},
         {"#define A 1 \\\n + 2\r\nkernel K{x}", "#define A 1 \\\n + 2\r\nx"},
         {"kernel K ( words ) 12 union {x}", "tvek_unionx"},
         {"{x}}{y}", "x"},
