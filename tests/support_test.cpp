@@ -260,6 +260,8 @@ TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {
     EXPECT_EQ(leadingInteger("2147483648", true), -largestInteger - 1);
     EXPECT_EQ(leadingInteger("99999999999999999999"), largestInteger);
     EXPECT_EQ(leadingFloat("0." + std::string(99, '0') + "1"), 0.0F);
+    const std::string tiny = "0x." + std::string(99, '0') + "1p130"; // a digit moves it by four
+    EXPECT_EQ(scan(tiny.c_str(), scanFloat, 3.0F), std::tuple(true, 0.0F, ""s));
 }
 
 // Texts that look like numbers or nearly so, the same on every platform.
