@@ -1,10 +1,10 @@
 // The effect's controls: the fixed list, a kernel's place in it, its names, ranges and defaults,
 // and what the kernel reads of them.
-#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -126,13 +126,10 @@ protected:
 // The picture of a kernel with this result at every depth, when its controls have these values.
 void EffectControls::expectRead(const std::string& declarations, const std::string& result,
                                 const Values& values, const Pixel& expected) {
-    static int files = 0;
-    const std::string path =
-        write(std::to_string(++files) + ".pbk", kernelText(declarations, "dst = " + result + ";"));
     for (Layer* place : small) {
         const int depth = host.project.channelBytes = place->source->pixels.channelBytes;
         SCOPED_TRACE(result + " of " + declarations + " at depth " + std::to_string(depth));
-        Effect& effect = apply(*place, path);
+        Effect& effect = applyKernel(*place, kernelText(declarations, "dst = " + result + ";"));
         for (const auto& [index, value] : values)
             effect.control(index).set({value, {}}, 0);
         const RenderResult frame = effect.render({});
@@ -151,11 +148,8 @@ TEST_F(EffectControls, AreOneFixedListBeforeAnyKernel) {
     std::string choices = "0";
     for (int i = 1; i < 32; ++i)
         choices += "|" + std::to_string(i);
-    const struct {
-        std::size_t first, last;
-        PF_ParamType type;
-        std::string description;
-    } rows[] = {
+    const std::tuple<std::size_t, std::size_t, PF_ParamType, std::string> rows[] = {
+        // first, last, kind, description
         {1, 3, PF_Param_LAYER, "layer2 0: 0"},
         {4, 23, PF_Param_CHECKBOX, "checkbox 0: 0 0"},
         {24, 33, PF_Param_POPUP, "popup 0: 1 32 1 " + choices},
@@ -170,11 +164,11 @@ TEST_F(EffectControls, AreOneFixedListBeforeAnyKernel) {
         ASSERT_EQ(effect.setUpParameters(), 0);
         ASSERT_EQ(effect.definitions.size(), 124U);
         EXPECT_EQ(effect.optionsButton(), "PB Info");
-        for (const auto& row : rows)
-            for (std::size_t i = row.first; i <= row.last; ++i) {
+        for (const auto& [first, last, type, description] : rows)
+            for (std::size_t i = first; i <= last; ++i) {
                 EXPECT_EQ(effect.definitions[i].uu.id, static_cast<A_long>(i));
-                EXPECT_EQ(effect.definitions[i].param_type, row.type) << i;
-                EXPECT_EQ(describe(effect.definitions[i]), row.description) << i;
+                EXPECT_EQ(effect.definitions[i].param_type, type) << i;
+                EXPECT_EQ(describe(effect.definitions[i]), description) << i;
             }
     }
 }
@@ -350,11 +344,12 @@ TEST_F(EffectControls, AreReadAsTheKernelExpects) {
     expectRead(parameter("float2 p <parameterType: 'percentage';>"), "float4(p / 100.0, 0.0, 1.0)",
                {{44, number(25)}, {45, number(75)}}, {.25F, .75F, 0, 1});
     const Values color = {{114, {.color = {.8, .2, .4, .6}}}};
-    for (const char* rgba : {"<aeUIControl: 'aeColor';>", "<parameterType: 'colorRGBA';>"})
-        expectRead(parameter("float4 p " + std::string(rgba)), "p", color, {.2F, .4F, .6F, .8F});
-    for (const char* rgb : {"<aeUIControl: 'aeColor';>", "<parameterType: 'colorRGB';>"})
-        expectRead(parameter("float3 p " + std::string(rgb)), "float4(p, 1.0)", color,
-                   {.2F, .4F, .6F, 1});
+    expectRead(parameter("float4 p <parameterType: 'colorRGBA';>"), "p", color,
+               {.2F, .4F, .6F, .8F});
+    expectRead(parameter("float3 p <aeUIControl: 'aeColor';>"), "float4(p, 1.0)", color,
+               {.2F, .4F, .6F, 1});
+    expectRead(parameter("float3 p <parameterType: 'colorRGB';>"), "float4(p, 1.0)", color,
+               {.2F, .4F, .6F, 1});
     expectRead(parameters(2, "float2", " <aeUIControl: 'aePoint';>"), "float4(float2_0, float2_1)",
                {{94, point(.25, 3)}, {95, point(-1, .5)}}, {.25F, 3, -1, .5F});
     expectRead(parameter("bool3 p"), "float4(float(p[0]), float(p[1]), float(p[2]), 1.0)",
@@ -387,29 +382,5 @@ TEST_F(EffectControls, PointsAreThoseOfTheFullResolution) {
         const Pixel expected = {100, 100, -3.5F, 20.25F};
         for (std::size_t k = 0; k < 4; ++k)
             EXPECT_NEAR(seen[k], expected[k], 1e-3) << k;
-    }
-}
-
-TEST_F(EffectControls, FollowTheirKeyframes) {
-    Layer& place = addPicture(2, 2, 4);
-    place.inSeconds = 1;
-    Effect& effect = applyKernel(place, kernelText("parameter float p; parameter bool b;",
-                                                   "dst = float4(p, float(b), 0.0, 1.0);"));
-    const auto animate = [&](std::size_t index, double seconds, double value) {
-        Stream& stream = effect.control(index);
-        stream.setKeyframe(stream.addKeyframe(seconds), {number(value), {}});
-    };
-    animate(44, 0, -8);
-    animate(44, 2, 4);
-    animate(4, 0, 0);
-    animate(4, 1, 1);
-    effect.control(4).keyframes[0].out = AEGP_KeyInterp_HOLD;
-    const double cases[][3] = {// seconds of the composition, slider, checkbox
-                               {0, -8, 0}, {1, -8, 0}, {1.5, -5, 0},
-                               {2, -2, 1}, {3, 4, 1},  {9, 4, 1}};
-    for (const auto& [seconds, slider, checkbox] : cases) {
-        const RenderResult result = effect.render({seconds, {1, 1}, {1, 1}, {}});
-        EXPECT_NEAR(pixelAt(result.output, 1, 1)[0], slider, 1e-4) << seconds;
-        EXPECT_EQ(pixelAt(result.output, 1, 1)[1], checkbox) << seconds;
     }
 }

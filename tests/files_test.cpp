@@ -4,7 +4,6 @@
 #include <fstream>
 #include <set>
 #include <string>
-#include <utility>
 
 #ifndef _WIN32
 #include <sys/stat.h>
@@ -66,15 +65,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(Files, TheNameStandsBehindTheLaterSeparator) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"", ""}, {"a.pbk", "a.pbk"}, {"C:\\a/b\\c", "c"}, {"/a\\b/c", "c"}, {"a/b\\", ""}};
-    for (const auto& [path, name] : cases) {
-        EXPECT_EQ(File(path).name().text(), name);
-        EXPECT_EQ(Folder(path).path().text(), path);
-    }
-}
 
 TEST_F(Files, ModesDoWhatTheySay) {
     File file(in("log.txt").c_str());
@@ -171,29 +161,7 @@ TEST_F(Files, WhatIsNoFileOpensNothingAndNeverWaits) {
     EXPECT_TRUE(full.close());
 }
 
-// The status of such a file tells a whole page, whatever it holds.
-TEST_F(Files, AFileThatEndsEarlyWasNotReadWhole) {
-    File early("/sys/devices/system/cpu/online");
-    ASSERT_TRUE(early.open('r'));
-    EXPECT_EQ(early.read(1).text(), "0");
-    EXPECT_TRUE(early.wasReadWhole());
-    EXPECT_EQ(early.read(0).text().back(), '\n');
-    EXPECT_FALSE(early.wasReadWhole());
-}
-
 #endif
-
-TEST_F(Files, FoldersAreMadeAndRemovedOneByOne) {
-    Folder none("");
-    EXPECT_FALSE(none.create() || none.remove() || none.exists() || File("").remove());
-    Folder outer(in("a").c_str());
-    Folder inner((root_ + "\\a\\b").c_str()); // either separator will do
-    EXPECT_FALSE(inner.create() || outer.remove());
-    EXPECT_TRUE(outer.create() && inner.create() && fs::is_directory(in("a/b")));
-    EXPECT_FALSE(outer.create() || outer.remove() || File(in("a/b").c_str()).remove());
-    EXPECT_FALSE(Folder(put("file").c_str()).remove());
-    EXPECT_TRUE(inner.remove() && outer.remove() && !outer.exists());
-}
 
 TEST_F(Files, AFolderListsAllThatCanBeNamed) {
     const std::string folder = "\xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x8e\xa8";
@@ -227,28 +195,4 @@ TEST_F(Files, AFolderListsAllThatCanBeNamed) {
     EXPECT_EQ(File("a").type() * 10 + Folder("a").type(), 45);
     for (const char* other : {"none", "README"})
         EXPECT_EQ(Folder(in(folder + "/" + other).c_str()).listFiles().size(), 0U);
-}
-
-#ifndef _WIN32
-TEST_F(Files, ABackslashInANameIsFoundBeforeASeparator) {
-    fs::create_directories(in("a/b"));
-    fs::create_directories(in("a\\b"));
-    for (const char* found : {"a\\b/new", "a/b/new"}) { // the first is gone in the second round
-        File file(in("a\\b/new").c_str());
-        EXPECT_TRUE(file.open('w') && file.close() && fs::exists(in(found))) << found;
-        EXPECT_EQ(namesIn(Folder(in("a\\b").c_str()).listFiles()), Names{"new"});
-        fs::remove_all(in("a\\b"));
-    }
-}
-#endif
-
-TEST_F(Files, LackOfMemoryClosesWhatIsOpen) {
-    const std::string path = put("a name that is too long for the text itself.pbk", "a text, too");
-    const std::uint64_t allocations = failEveryAllocation([&] {
-        File file(path.c_str());
-        ASSERT_TRUE(file.exists() && file.open('r'));
-        ASSERT_EQ(std::string(file.read(0).text()), "a text, too");
-        ASSERT_EQ(Folder(root_.c_str()).listFiles().size(), 1U);
-    });
-    EXPECT_GT(allocations, 10U);
 }

@@ -1,6 +1,7 @@
 // The texts that go to the GLSL compiler, whole.
 #include <set>
 #include <string>
+#include <utility>
 
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
@@ -59,7 +60,7 @@ TEST_F(GeneratorTest, writesANodeOfAGraph) {
                       " float4x4 d;"
                       "void evaluateDependents(){m=1;}}</kernel><kernel>kernel K {second}</kernel>"
                       "<node id='k' name='K'><evaluateParameters>void evaluateParameters(){"
-                      "k::x = amount.x;}</evaluateParameters></node></graph>",
+                      "k::x = amount.x;}</evaluateParameters></node><node name='Other'/></graph>",
                   graph);
     NarrowString vertex;
     NarrowString fragment;
@@ -83,30 +84,15 @@ TEST_F(GeneratorTest, writesANodeOfAGraph) {
     EXPECT_EQ(std::string(fragment),
               common + "\t_n = int(_tvek_n);\n\tb = bool(tvek_b);\n\tm = int2(tvek_m);\n"
                        "\tc = bool4(tvek_c);\n\tevaluatePixel();\n\tgl_FragColor = o.rgba;\n}\n");
-}
-
-TEST_F(GeneratorTest, calculatesANodesParametersEvenWithoutExpressions) {
-    pbGraphInfo graph;
-    readGraphText("<graph><kernel>kernel K {}</kernel><node name='K'/><node name='k'/></graph>",
-                  graph);
-    NarrowString vertex;
-    NarrowString fragment("as it came");
-    EXPECT_EQ(generateNodeShaders(graph, 1, vertex, fragment, 0), -1);
-    EXPECT_EQ(fragment, "as it came");
-    EXPECT_EQ(generateNodeShaders(graph, 0, vertex, fragment, 0), 0);
-    EXPECT_TRUE(std::string(fragment).ends_with(
-        "\n\n\n\nvoid evaluateParameters(){}\n\nvoid main(void)\n{\n\tevaluateParameters();\n"
-        "\tevaluatePixel();\n\tgl_FragColor = .rgba;\n}\n"));
-    EXPECT_TRUE(std::string(vertex).ends_with("\nvoid main(void)\n{\n\ttvek_vertexPosition = "
-                                              "gl_Vertex;\n\tgl_Position = ftransform();\n}\n"));
+    // Without dependents the vertices need no parameters.
+    EXPECT_EQ(generateNodeShaders(graph, 1, vertex, fragment, 0), 0);
+    EXPECT_TRUE(std::string(vertex).ends_with("void evaluateParameters(){}\n\nvoid main(void)\n{\n"
+                                              "\ttvek_vertexPosition = gl_Vertex;\n"
+                                              "\tgl_Position = ftransform();\n}\n"));
 }
 
 TEST_F(GeneratorTest, countsTheVaryingsThatAreRead) {
-    struct Case {
-        const char* body;
-        std::int64_t components;
-    };
-    const std::vector<Case> cases = {
+    const std::pair<const char*, std::int64_t> cases[] = {
         {"void evaluatePixel() { o = float4(0.0); }", 0},
         {"void evaluatePixel() { o = outCoord().xyxy; }", 4},
         {"dependent float a, b; dependent pixel3 c; void evaluatePixel() { o.rgb = a * c; }", 4},
@@ -121,9 +107,9 @@ TEST_F(GeneratorTest, countsTheVaryingsThatAreRead) {
         {"\n#define A B+B\n#define B A+A\ndependent float a[A]; void f() { a; }", 1},
         {"dependent float a[999999 * 999999], b[1 - 99]; void f() { a; b; }", 2147483648},
     };
-    for (const Case& c : cases) {
-        const Texts texts = standaloneTexts(std::string("output pixel4 o;") + c.body);
-        EXPECT_EQ(countVaryingComponents(texts.fragment), c.components) << c.body;
+    for (const auto& [body, components] : cases) {
+        const Texts texts = standaloneTexts(std::string("output pixel4 o;") + body);
+        EXPECT_EQ(countVaryingComponents(texts.fragment), components) << body;
     }
 }
 

@@ -1,7 +1,5 @@
 // The device and the window system below it, with real contexts. The "host" here is a program that
 // uses OpenGL on its own, as the process around the module does.
-#include <array>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -122,25 +120,6 @@ TEST_F(GpuTest, WithoutAWindowEverythingGoesOn) {
     EXPECT_FALSE(GetClassInfoExA(taken.hInstance, taken.lpszClassName, &taken));
 }
 
-#else
-
-// Without any driver. The child process starts afresh, so that EGL looks for drivers anew.
-TEST(DeviceDeathTest, WithoutADriverEverythingGoesOn) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    const auto work = [] {
-        setenv("__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent", 1);
-        setDeviceName("Tvelmarondine");
-        const OwnedDevice device;
-        const ContextSwitch inDevice(device);
-        glewInit();
-        const bool isNull = !device.glDeviceContext && !device.glRenderContext;
-        const bool isNamed = std::string(missingFeature()) == "an OpenGL context";
-        reportVersion();
-        return isNull && isNamed && reportError() == 0 ? 0 : 1;
-    };
-    EXPECT_EXIT(std::exit(work()), testing::ExitedWithCode(0), "");
-}
-
 #endif
 
 TEST_F(GpuTest, ReportsOnTheDebugOutputAndOnlyOnRequest) {
@@ -159,21 +138,6 @@ TEST_F(GpuTest, ReportsOnTheDebugOutputAndOnlyOnRequest) {
               "OpenGL Error: invalid enumerant\n");
     EXPECT_EQ(debugOutputOf([] { EXPECT_EQ(reportErrorAfter("100%d\n"), 0U); }),
               "100%d\nNo Error.\n");
-}
-
-TEST_F(GpuTest, ANameIsDeletedByItsLastOwner) {
-    const OwnedDevice device;
-    const ContextSwitch inDevice(device);
-    GlTexture first = GlTexture::create();
-    GlTexture second = GlTexture::create();
-    const auto names = std::to_array<GLuint>({first.get(), second.get()});
-    for (const GLuint name : names)
-        glBindTexture(GL_TEXTURE_2D, name); // OpenGL knows a texture from its first use on
-    second = std::move(first);
-    EXPECT_TRUE(glIsTexture(names[0]));
-    EXPECT_FALSE(glIsTexture(names[1]));
-    { const GlTexture last(std::move(second)); }
-    EXPECT_FALSE(glIsTexture(names[0]));
 }
 
 } // namespace

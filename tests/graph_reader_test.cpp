@@ -161,12 +161,4 @@ TEST_F(GraphReaderTest, rewritesParameterExpressions) {
     }
 }
 
-TEST_F(GraphReaderTest, endsInAnOrderlyWayWithoutMemory) {
-    EXPECT_GT(failEveryAllocation([] {
-                  pbGraphInfo info;
-                  readGraphText(wholeDocument, info);
-              }),
-              15U);
-}
-
 } // namespace

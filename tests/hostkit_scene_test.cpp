@@ -8,9 +8,7 @@
 
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
-#include "hostkit/references.h"
 #include "hostkit/suite_tables.h"
-#include "hostkit/undo.h"
 #include "tests/support/acquired_suites.h"
 
 namespace {
@@ -20,7 +18,6 @@ using namespace hostkit::tables;
 
 const AEGP_StreamSuite9& streams = streamSuite();
 const AEGP_KeyframeSuite4& keys = keyframeSuite();
-const AEGP_DynamicStreamSuite5& tree = dynamicStreamSuite();
 const AEGP_LayerSuite12& layers = layerSuite();
 constexpr AEGP_PluginID plugin = 1;
 
@@ -41,11 +38,7 @@ StreamValue number(double x, double y = 0, double z = 0) {
 
 class Scene : public testing::Test {
 protected:
-    Scene() {
-        host.registeredPlugins = {"test"};
-        group.children.push_back(std::make_unique<Stream>(u"x", "x", AEGP_StreamType_OneD));
-        group.children.back()->parent = &group;
-    }
+    Scene() { host.registeredPlugins = {"test"}; }
     ~Scene() override {
         acquired.reset();
         EXPECT_TRUE(ledger::takeFaults().empty() && ledger::outstanding().empty());
@@ -61,7 +54,6 @@ protected:
     Composition& comp = host.project.addComposition("comp", 360, 200);
     Layer& layer = comp.addLayer("", std::make_shared<Footage>(Footage{{"leaf", 40, 20}, {}}));
     AEGP_LayerH layerH = reinterpret_cast<AEGP_LayerH>(&layer);
-    Stream group{u"Group", "group", AEGP_StreamType_NO_DATA};
 };
 
 TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
@@ -80,78 +72,22 @@ TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
 }
 
 TEST_F(Scene, ExpressionsChangeTheirStreams) {
-    const struct {
-        AEGP_LayerStream which;
-        const char16_t* expression;
-        bool isEnabled;
-        double expected; // x, at second 2
-    } rows[] = {{AEGP_LayerStream_OPACITY, u"value / 2 + time", true, 52},
-                {AEGP_LayerStream_OPACITY, u"value / 2 + time", false, 100},
-                {AEGP_LayerStream_OPACITY, u"nothing.here", true, 100},
-                {AEGP_LayerStream_OPACITY, u"[1, 2]", true, 100}, // it has one number
-                {AEGP_LayerStream_POSITION, u"[value[0] * 2, value[1], 0.5]", true, 360},
-                {AEGP_LayerStream_POSITION, u"7", true, 180}};
-    const A_Time time{2, 1};
-    for (const auto& [which, expression, isEnabled, expected] : rows) {
-        const AEGP_StreamRefH lent = lend(which);
-        EXPECT_EQ(streams.AEGP_SetExpression(plugin, lent, expression), 0);
-        EXPECT_EQ(streams.AEGP_SetExpressionState(plugin, lent, isEnabled ? 1 : 0), 0);
-        for (const A_Boolean isBefore : {0, 1}) {
-            AEGP_StreamValue2 value = ask(streams.AEGP_GetNewStreamValue, plugin, lent,
-                                          AEGP_LTimeMode_LayerTime, &time, isBefore);
-            const double x = isBefore != 0 ? stream(which).at(2).value.one_d : expected;
-            EXPECT_EQ(value.val.one_d, x) << which;
-            EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
-        }
-        EXPECT_EQ(streams.AEGP_DisposeStream(lent), 0);
+    const std::tuple<AEGP_LayerStream, const char16_t*, double> cases[] = {
+        // the stream, what stands in it, and x at second 2
+        {AEGP_LayerStream_OPACITY, u"value / 2 + time", 52},
+        {AEGP_LayerStream_OPACITY, u"nothing.here", 100},
+        {AEGP_LayerStream_OPACITY, u"[1, 2]", 100}, // it has one number
+        {AEGP_LayerStream_POSITION, u"[value[0] * 2, value[1], 0.5]", 360},
+        {AEGP_LayerStream_POSITION, u"7", 180}};
+    for (const auto& [which, expression, expected] : cases) {
+        Stream& changed = stream(which);
+        changed.expression = expression;
+        const double before = changed.withExpression(2).value.one_d;
+        EXPECT_EQ(before, changed.at(2).value.one_d) << "not switched on yet";
+        changed.isExpressionEnabled = true;
+        EXPECT_EQ(changed.withExpression(2).value.one_d, expected) << which;
+        changed.isExpressionEnabled = false;
     }
-}
-
-TEST_F(Scene, ABatchOfKeyframesIsAddedWholeOrNotAtAll) {
-    layer.inSeconds = 2;
-    const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
-    for (const A_Boolean add : {0, 1}) {
-        const AEGP_AddKeyframesInfoH batch = ask(keys.AEGP_StartAddKeyframes, opacity);
-        for (const A_long seconds : {5, 3}) {
-            const A_Time time{seconds, 1};
-            const A_long index = ask(keys.AEGP_AddKeyframes, batch, AEGP_LTimeMode_CompTime, &time);
-            const AEGP_StreamValue2 value = {opacity, number(seconds * 10).value};
-            EXPECT_EQ(keys.AEGP_SetAddKeyframe(batch, index, &value), 0);
-        }
-        EXPECT_EQ(ask(keys.AEGP_GetStreamNumKFs, opacity), 0);
-        EXPECT_EQ(keys.AEGP_EndAddKeyframes(add, batch), 0);
-        EXPECT_EQ(ask(keys.AEGP_GetStreamNumKFs, opacity), 2 * add);
-    }
-    EXPECT_EQ(stream(AEGP_LayerStream_OPACITY).at(1.5).value.one_d, 35);
-    AEGP_StreamValue2 one = {opacity, {}}; // an error, but not of the caller's making
-    EXPECT_NE(streams.AEGP_SetStreamValue(plugin, opacity, &one), 0);
-    EXPECT_EQ(streams.AEGP_DisposeStream(opacity), 0);
-}
-
-TEST_F(Scene, UndoTakesBackAGroupOfChanges) {
-    const AEGP_StreamRefH root = references::lendStream(group, "group");
-    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByIndex, plugin, root, 0);
-    const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
-    AEGP_StreamValue2 values[] = {{child, number(8).value}, {opacity, number(50).value}};
-    UndoHistory& undo = *host.project.undo;
-    undo.startGroup("");
-    tree.AEGP_SetStreamName(root, u"New");
-    tree.AEGP_SetDynamicStreamFlag(child, AEGP_DynStreamFlag_HIDDEN, 1, 1);
-    EXPECT_EQ(streams.AEGP_SetStreamValue(plugin, child, &values[0]), 0);
-    EXPECT_FALSE(undo.undo());
-    undo.endGroup();
-    streams.AEGP_SetStreamValue(plugin, child, &values[0]);                // changes nothing
-    tree.AEGP_SetDynamicStreamFlag(root, AEGP_DynStreamFlag_HIDDEN, 0, 1); // not undoable
-    EXPECT_EQ(undo.steps().size(), 1U);
-    EXPECT_EQ(streams.AEGP_SetStreamValue(plugin, opacity, &values[1]), 0);
-    for (AEGP_StreamRefH each : {root, child, opacity})
-        streams.AEGP_DisposeStream(each);
-    comp.layers.clear();
-    EXPECT_TRUE(undo.undo()); // a step of a layer that is gone
-    EXPECT_TRUE(undo.undo());
-    EXPECT_EQ(group.name, u"Group");
-    const Stream& x = *group.children[0];
-    EXPECT_FALSE(x.isHidden() || x.isModified || x.constant.value.one_d != 0);
 }
 
 void expectAt(const Layer& layer, const double (&from)[3], const double (&to)[3]) {
@@ -180,34 +116,6 @@ TEST_F(Scene, LayersLieWhereTheirStreamsPutThem) {
     camera.inSeconds = 2;
     for (const auto& [time, active] : {std::pair{1.9, false}, {2.0, true}, {12.0, false}})
         EXPECT_EQ(comp.activeCamera(time), active ? &camera : nullptr);
-}
-
-TEST_F(Scene, SmallQuestionsHaveAnswers) {
-    const auto compH = reinterpret_cast<AEGP_CompH>(&comp);
-    const auto cameraH = reinterpret_cast<AEGP_LayerH>(&comp.addCamera("eye", 500));
-    const AEGP_StreamRefH root = references::lendStream(group, "group");
-    const AEGP_StreamRefH child = ask(tree.AEGP_GetNewStreamRefByMatchname, plugin, root, "x");
-    const std::pair<double, double> answers[] = {
-        {ask(layers.AEGP_GetCompNumLayers, compH), 2},
-        {ask(layers.AEGP_GetLayerFromLayerID, compH, 1) == layerH, 1},
-        {ask(layers.AEGP_GetLayerObjectType, cameraH), AEGP_ObjectType_CAMERA},
-        {ask(cameraSuite().AEGP_GetDefaultCameraDistanceToImagePlane, compH), 500},
-        {ask(tree.AEGP_GetStreamIndexInParent, child), 0},
-    };
-    for (const auto& [answer, expected] : answers)
-        EXPECT_EQ(answer, expected);
-    Stream& markers = stream(AEGP_LayerStream_MARKER);
-    markers.keyframes[markers.addKeyframe(1)].value.marker->comment = u"b\u00e4r.pbk";
-    const AEGP_StreamRefH markerH = lend(AEGP_LayerStream_MARKER);
-    AEGP_StreamValue2 value = ask(keys.AEGP_GetNewKeyframeValue, plugin, markerH, 0);
-    const AEGP_MemHandle text = ask(markerSuite().AEGP_GetMarkerString, plugin, value.val.markerP,
-                                    AEGP_MarkerString_COMMENT);
-    const void* start = ask(memorySuite().AEGP_LockMemHandle, text);
-    EXPECT_EQ(static_cast<const char16_t*>(start), markers.at(0).marker->comment);
-    EXPECT_EQ(memorySuite().AEGP_FreeMemHandle(text), 0);
-    EXPECT_EQ(streams.AEGP_DisposeStreamValue(&value), 0);
-    for (AEGP_StreamRefH each : {markerH, root, child})
-        EXPECT_EQ(streams.AEGP_DisposeStream(each), 0);
 }
 
 TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {

@@ -1,11 +1,7 @@
 // What a kernel's text becomes: the model, and the text that goes to the GLSL compiler.
-#include <memory>
-#include <random>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "pixelbender/pbk_parser.h"
 #include "tests/support/comma_locale.h"
@@ -51,6 +47,8 @@ TEST_F(KernelGrammarTest, makesTheShaderText) {
          "void evaluateDependents() {\n#ifdef tvek_VERTEX_SHADER\n if (a) { b; } \n#endif\n}c"},
         {"{s('}')\xC3\xA4 \x01}", "s('}')\xC3\xA4 \x01"},
         {"#if A {\nkernel K { x }", "#if A {\n\n x "},
+        {"{#a // \\\n}x", "#a \n"}, // no backslash continues a comment
+        {"{#a /* }\n } */ b \"\\\"}\" x}", "#a   b \"\\\"}\" x"},
         {"#define A 1 \\\n + 2\r\nkernel K{x}", "#define A 1 \\\n + 2\r\nx"},
         {"kernel K ( words ) 12 union {x}", "tvek_unionx"},
         {"{x}}{y}", "x"},
@@ -175,49 +173,6 @@ TEST_F(KernelGrammarTest, takesALostSemicolonFromTheNextDeclaration) {
     EXPECT_TRUE(kernel.parameters[0].defaultValue.value == floats({1}));
     EXPECT_TRUE(kernel.parameters[0].maxValue.value == floats({5}));
     EXPECT_EQ(kernel.shaderText, "parameter float2 a; x");
-}
-
-const char* const wholeKernel =
-    "<languageVersion : 1.0;> #define A 1\nkernel ANameOfSomeLength <description: 'a long enough "
-    "description of it';> { input image4 aSourceWithAVeryLongName, b; output pixel4 dst;"
-    "parameter float first <displayName: 'd'; enumValues: 'a text beyond the short ones';>, second;"
-    "dependent int n; void evaluateDependents() { n = 1; } void evaluatePixel() { dst = 0.; } }";
-
-TEST_F(KernelGrammarTest, copiesOutliveTheirSource) {
-    auto source = std::make_unique<pbKernelInfo>(parsed(wholeKernel));
-    const pbKernelInfo copy = *source;
-    source->shaderText[0] = '?';
-    source.reset();
-    EXPECT_EQ(copy.shaderText.substr(0, 12), "#define A 1\n");
-    EXPECT_EQ(copy.inputs.at(0).wholeName, "aSourceWithAVeryLongName");
-    EXPECT_EQ(copy.parameters.at(1).enumValues.view(), "a text beyond the short ones");
-    EXPECT_EQ(copy.description, "a long enough description of it");
-}
-
-TEST_F(KernelGrammarTest, endsInAnOrderlyWayWithoutMemory) {
-    EXPECT_GT(failEveryAllocation([] {
-                  const pbKernelInfo kernel = parsed(wholeKernel);
-                  const pbKernelInfo copy = kernel;
-              }),
-              20U);
-}
-
-TEST_F(KernelGrammarTest, survivesAnyText) {
-    std::istringstream words(
-        "{ } < > ; , ' \" \\ /* */ // # input output parameter dependent kernel union float int4 "
-        "image4 defaultValue minValue version description - 1.5 0x true \x03 \xFF "
-        "evaluateDependents enumValues displayName");
-    std::vector<std::string> pieces{" ", "\n", "\r", std::string(1, '\0')};
-    for (std::string word; words >> word;)
-        pieces.push_back(word);
-    std::mt19937 random(20);
-    for (int round = 0; round < 5000; ++round) {
-        std::string source = round % 2 == 0 ? "kernel K {" : "";
-        for (auto count = random() % 60; count > 0; --count)
-            source += pieces[random() % pieces.size()];
-        const pbKernelInfo kernel = parsed(source);
-        EXPECT_LE(kernel.shaderText.size(), 64 + 60 * 44U) << testing::PrintToString(source);
-    }
 }
 
 // A reader that goes back over what it has read would not come to an end here.

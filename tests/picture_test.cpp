@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <array>
 #include <cmath>
@@ -13,6 +12,8 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+
+#include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
 using pbhost::Depth;
@@ -24,13 +25,6 @@ namespace {
 
 class PictureTest : public testing::Test {
 protected:
-    PictureTest() {
-        std::string pattern = (fs::temp_directory_path() / "picture_test.XXXXXX").string();
-        EXPECT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-    }
-    ~PictureTest() override { fs::remove_all(folder); }
-
     // A file as another program would leave it.
     template<class Value>
     fs::path writeFile(const char* name, const OIIO::ImageSpec& spec,
@@ -44,7 +38,8 @@ protected:
     }
     auto fileCount() const { return std::distance(fs::directory_iterator(folder), {}); }
 
-    fs::path folder;
+    const TemporaryFolder temporary_;
+    const fs::path folder = temporary_.path;
 };
 
 // All channels in memory order; 1 is white.

@@ -50,30 +50,6 @@ TEST_F(ShaderReaderTest, findsTokens) {
     }
 }
 
-TEST_F(ShaderReaderTest, countsInCodeAlone) {
-    using Counts = std::tuple<int, int, int, ShaderReader::State>; // lines, braces, parentheses
-    const std::pair<const char*, Counts> cases[] = {
-        {"{(\r\n{", {2, 2, 1, ShaderReader::Code}},
-        {"/* { */ // (\n{", {1, 1, 0, ShaderReader::Code}},
-        {"#define A {(\n}", {1, -1, 0, ShaderReader::Code}},
-        {"#a \\\n{\n(", {2, 0, 1, ShaderReader::Code}},
-        {"#a {", {0, 0, 0, ShaderReader::Preprocessor}},
-        {"#a // \\\n{", {1, 1, 0, ShaderReader::Code}}, // no backslash continues a comment
-        {"#a /* {\n } */ (", {1, 0, 1, ShaderReader::Code}},
-        {"\"'{'\"{", {0, 1, 0, ShaderReader::Code}},
-        {"\"\\\"{", {0, 0, 0, ShaderReader::DoubleQuoted}},
-        {"\"\\\\\"{", {0, 1, 0, ShaderReader::Code}},
-        {"'\"{", {0, 0, 0, ShaderReader::SingleQuoted}},
-    };
-    for (const auto& [source, counts] : cases) {
-        ShaderReader reader(source);
-        ShaderReader::Parser parser;
-        reader.parse(parser);
-        const Counts seen(reader.line, reader.braceDepth, reader.parenDepth, reader.state);
-        EXPECT_EQ(seen, counts) << source;
-    }
-}
-
 TEST_F(ShaderReaderTest, readsTheNextOfAKind) {
     using Read = std::string_view (ShaderReader::*)(std::string_view);
     const Read identifier = &ShaderReader::readIdentifier;
@@ -98,17 +74,6 @@ TEST_F(ShaderReaderTest, readsTheNextOfAKind) {
         EXPECT_EQ((reader.*read)(stop), result) << source;
         EXPECT_STREQ(reader.currentText(), rest) << source;
     }
-}
-
-TEST_F(ShaderReaderTest, leavesAStringBehindItsClosingQuote) {
-    ShaderReader reader("'{' {");
-    EXPECT_EQ(reader.readString(";"), "{");
-    EXPECT_EQ(reader.state, ShaderReader::SingleQuoted);
-    EXPECT_TRUE(reader.advance(1));
-    EXPECT_EQ(reader.state, ShaderReader::Code);
-    EXPECT_FALSE(reader.advance(-1));
-    EXPECT_EQ(std::pair(reader.braceDepth, reader.state), std::pair(1, ShaderReader::End));
-    EXPECT_EQ(reader.readIdentifier(""), "");
 }
 
 } // namespace

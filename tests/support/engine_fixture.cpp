@@ -16,51 +16,53 @@
 
 namespace {
 
-constexpr std::uint8_t guardByte = 0xA5;
-constexpr unsigned paddingPixels = 3;
+constexpr std::byte guardByte{0xA5};
+constexpr int paddingPixels = 3;
 
 std::array<std::string, 3> messages;
 
-float white(unsigned componentBytes) {
+float white(std::size_t componentBytes) {
     return componentBytes == 1 ? 255.0F : componentBytes == 2 ? 32768.0F : 1.0F;
 }
 
 // Where red, green, blue and alpha stand in a pixel.
 constexpr std::array<std::size_t, 4> channelPlaces = {1, 2, 3, 0};
 
+std::size_t offset(const hostkit::World& world, int x, int y) {
+    return static_cast<std::size_t>(y * world.rowBytes + x * world.pixelBytes());
+}
+
 } // namespace
 
-Pixel readPixel(const void* from, unsigned componentBytes) {
+Pixel pixelAt(const hostkit::World& world, int x, int y) {
+    const auto bytes = static_cast<std::size_t>(world.channelBytes);
     Pixel pixel{};
     for (std::size_t k = 0; k < 4; ++k) {
-        const auto* channel = static_cast<const char*>(from) + channelPlaces[k] * componentBytes;
-        std::uint16_t wide = 0;
-        if (componentBytes == 4) {
-            std::memcpy(&pixel[k], channel, 4);
-            continue;
-        }
-        std::memcpy(&wide, channel, componentBytes);
-        pixel[k] = static_cast<float>(wide) / white(componentBytes);
+        const std::byte* channel = &world.data.at(offset(world, x, y)) + channelPlaces[k] * bytes;
+        std::uint16_t whole = 0;
+        std::memcpy(bytes == 4 ? static_cast<void*>(&pixel[k]) : &whole, channel, bytes);
+        if (bytes != 4)
+            pixel[k] = static_cast<float>(whole) / white(bytes);
     }
     return pixel;
 }
 
-void writePixel(void* to, unsigned componentBytes, const Pixel& pixel) {
+void setPixel(hostkit::World& world, int x, int y, const Pixel& pixel) {
+    const auto bytes = static_cast<std::size_t>(world.channelBytes);
     for (std::size_t k = 0; k < 4; ++k) {
-        auto* channel = static_cast<char*>(to) + channelPlaces[k] * componentBytes;
-        const auto wide = static_cast<std::uint16_t>(
-            componentBytes == 4 ? 0 : std::lround(pixel[k] * white(componentBytes)));
-        if (componentBytes == 4)
-            std::memcpy(channel, &pixel[k], 4);
-        else
-            std::memcpy(channel, &wide, componentBytes);
+        const auto whole =
+            static_cast<std::uint16_t>(bytes == 4 ? 0 : std::lround(pixel[k] * white(bytes)));
+        std::memcpy(&world.data.at(offset(world, x, y)) + channelPlaces[k] * bytes,
+                    bytes == 4 ? static_cast<const void*>(&pixel[k]) : &whole, bytes);
     }
 }
 
 HostImage::HostImage(unsigned imageWidth, unsigned imageHeight, unsigned imageComponentBytes)
     : width(imageWidth), height(imageHeight), componentBytes(imageComponentBytes),
-      rowPixels_(imageWidth + paddingPixels),
-      bytes_(std::size_t{rowPixels_} * imageHeight * 4 * imageComponentBytes, guardByte) {}
+      world_(hostkit::makeWorld(int(imageWidth), int(imageHeight), int(imageComponentBytes),
+                                paddingPixels)) {
+    std::ranges::fill(world_.data, guardByte);
+}
 
 HostImage::HostImage(unsigned imageWidth, unsigned imageHeight, unsigned imageComponentBytes,
                      const std::function<Pixel(unsigned x, unsigned y)>& paint)
@@ -68,10 +70,6 @@ HostImage::HostImage(unsigned imageWidth, unsigned imageHeight, unsigned imageCo
     for (unsigned y = 0; y < height; ++y)
         for (unsigned x = 0; x < width; ++x)
             set(x, y, paint(x, y));
-}
-
-std::size_t HostImage::offset(unsigned x, unsigned y) const {
-    return (std::size_t{rowPixels_} * y + x) * 4 * componentBytes;
 }
 
 ImageSlot HostImage::slot(std::int32_t imageIndex, std::int32_t originX, std::int32_t originY) {
@@ -83,26 +81,24 @@ ImageSlot HostImage::slot(std::int32_t imageIndex, std::int32_t originX, std::in
     slot.originY = originY;
     slot.width = width;
     slot.height = height;
-    slot.rowPixels = rowPixels_;
-    slot.pixels = bytes_.data();
+    slot.rowPixels = unsigned(world_.rowBytes / world_.pixelBytes());
+    slot.pixels = world_.data.data();
     return slot;
 }
 
 Pixel HostImage::at(unsigned x, unsigned y) const {
-    return readPixel(&bytes_[offset(x, y)], componentBytes);
+    return pixelAt(world_, int(x), int(y));
 }
 
 void HostImage::set(unsigned x, unsigned y, const Pixel& pixel) {
-    writePixel(&bytes_[offset(x, y)], componentBytes, pixel);
+    setPixel(world_, int(x), int(y), pixel);
 }
 
 bool HostImage::isPaddingIntact() const {
-    for (unsigned y = 0; y < height; ++y) {
-        const auto start = bytes_.begin() + static_cast<std::ptrdiff_t>(offset(width, y));
-        const auto end = start + static_cast<std::ptrdiff_t>(4 * componentBytes * paddingPixels);
-        if (std::any_of(start, end, [](std::uint8_t byte) { return byte != guardByte; }))
+    const auto rowBytes = static_cast<std::size_t>(world_.rowBytes);
+    for (std::size_t i = 0; i < world_.data.size(); ++i)
+        if (i % rowBytes >= std::size_t{width} * 4 * componentBytes && world_.data[i] != guardByte)
             return false;
-    }
     return true;
 }
 

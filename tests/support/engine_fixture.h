@@ -11,16 +11,16 @@
 #include "engine/image_node.h"
 #include "engine/pb_graph.h"
 #include "gpu/device.h"
+#include "hostkit/project.h"
 #include "tests/support/running_command.h"
 
 using Pixel = std::array<float, 4>; // red, green, blue, alpha; 1.0 is white at every depth
 
-// One pixel in the host's memory: alpha, red, green, blue of 1, 2 (0 to 32768) or 4 bytes (float).
-Pixel readPixel(const void* from, unsigned componentBytes);
-void writePixel(void* to, unsigned componentBytes, const Pixel& pixel);
+// In the host's memory a pixel is alpha, red, green, blue of 1, 2 (0 to 32768) or 4 bytes (float).
+Pixel pixelAt(const hostkit::World& world, int x, int y);
+void setPixel(hostkit::World& world, int x, int y, const Pixel& pixel);
 
-// Pixels in the host's memory: alpha, red, green, blue, with a few bytes between the rows, which
-// nobody may touch. 16 bits run from 0 to 32768.
+// Pixels in the host's memory, with a few bytes between the rows, which nobody may touch.
 class HostImage {
 public:
     HostImage(unsigned width, unsigned height, unsigned componentBytes);
@@ -40,10 +40,7 @@ public:
     unsigned componentBytes;
 
 private:
-    std::size_t offset(unsigned x, unsigned y) const;
-
-    unsigned rowPixels_;
-    std::vector<std::uint8_t> bytes_;
+    hostkit::World world_;
 };
 
 // The text of a kernel "Test" with one input `src`, the given declarations and body of

@@ -13,10 +13,6 @@ namespace {
 
 constexpr int paddingPixels = 3;
 
-std::size_t offset(const World& world, int x, int y) {
-    return static_cast<std::size_t>(y * world.rowBytes + x * world.pixelBytes());
-}
-
 } // namespace
 
 ModuleTest::ModuleTest() {
@@ -72,14 +68,4 @@ std::string ModuleTest::shown() const {
         for (const std::string& line : lines)
             all += line + "\n";
     return all;
-}
-
-Pixel pixelAt(const World& world, int x, int y) {
-    return readPixel(&world.data.at(offset(world, x, y)),
-                     static_cast<unsigned>(world.channelBytes));
-}
-
-void setPixel(World& world, int x, int y, const Pixel& pixel) {
-    writePixel(&world.data.at(offset(world, x, y)), static_cast<unsigned>(world.channelBytes),
-               pixel);
 }

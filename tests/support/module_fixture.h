@@ -49,6 +49,3 @@ protected:
 private:
     int kernels_ = 0;
 };
-
-Pixel pixelAt(const hostkit::World& world, int x, int y);
-void setPixel(hostkit::World& world, int x, int y, const Pixel& pixel);

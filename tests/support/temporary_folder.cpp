@@ -1,5 +1,7 @@
 #include "tests/support/temporary_folder.h"
 
+#include <fstream>
+#include <iterator>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -13,6 +15,11 @@ fs::path pathOf(const std::string& utf8) {
 std::string textOf(const fs::path& path) {
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};
+}
+
+std::string bytesOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 namespace {

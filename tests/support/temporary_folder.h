@@ -8,6 +8,9 @@
 std::filesystem::path pathOf(const std::string& utf8);
 std::string textOf(const std::filesystem::path& path);
 
+// All bytes of a file; none if it cannot be read.
+std::string bytesOf(const std::filesystem::path& path);
+
 class TemporaryFolder {
 public:
     TemporaryFolder();
