@@ -94,7 +94,7 @@ public:
 
     // What the module's callbacks do, once they have checked what they were given.
     void addControl(const PF_ParamDef& definition);
-    void dressControl(std::size_t index, const PF_ParamDef& look);
+    void configureControl(std::size_t index, const PF_ParamDef& look);
     void setOptionsButton(const std::string& name) { optionsButton_ = name; }
     Frame* frame() const { return frame_; } // of the render that is going on; else null
 

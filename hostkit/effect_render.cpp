@@ -4,8 +4,8 @@
 
 #include "hostkit/call_frame.h"
 #include "hostkit/command_stack.h"
+#include "hostkit/control_kinds.h"
 #include "hostkit/effect.h"
-#include "hostkit/param_values.h"
 
 namespace hostkit {
 
@@ -40,7 +40,7 @@ PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
             return misuse(call, "no request, no place for the result, or a time scale of 0");
         Effect& owner = command->effect();
         if (index < 0 || static_cast<std::size_t>(index) >= owner.definitions.size() ||
-            owner.definitions[index].param_type != PF_Param_LAYER)
+            !isLayerControl(owner.definitions[index]))
             return misuse(call, "control " + std::to_string(index) + " is no layer");
         Frame& frame = *owner.frame();
         Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);

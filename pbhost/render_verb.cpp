@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/command_scope.h"
+#include "hostkit/control_kinds.h"
 #include "hostkit/frames.h"
 #include "pbhost/control_list.h"
 #include "pbhost/control_setting.h"
@@ -59,7 +60,7 @@ std::pair<unsigned, unsigned> parseDownsample(const std::string& text) {
 }
 
 double parseTime(const std::string& text) {
-    const auto seconds = parseNumber(text);
+    const auto seconds = hostkit::parseNumber(text);
     if (!seconds || !isTime(*seconds))
         throw Failure(ExitCode::Usage, "--time " + text + ": write a number of seconds");
     return *seconds;
@@ -115,7 +116,7 @@ std::string countOf(std::size_t pictures) {
 std::size_t layerControls(hostkit::Effect& effect) {
     const auto shown = listedControls(effect);
     return static_cast<std::size_t>(std::count_if(shown.begin(), shown.end(), [&](auto index) {
-        return effect.definitions[index].param_type == PF_Param_LAYER;
+        return hostkit::isLayerControl(effect.definitions[index]);
     }));
 }
 
