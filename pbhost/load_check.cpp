@@ -11,6 +11,7 @@
 #include "pbhost/hints.h"
 #include "pbhost/printable.h"
 #include "pbhost/wiring.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -59,7 +60,7 @@ std::string hintsOf(hostkit::Host& host, const std::string& file) {
 }
 
 bool tellsOfShader(const std::string& message) {
-    return message.starts_with("!!!");
+    return message.starts_with(failureMark);
 }
 
 std::string asLines(const std::vector<std::string>& sentences, const std::string& start) {
@@ -87,7 +88,7 @@ void throwCompileFailure(const std::string& file, const FileModel& model,
 } // namespace
 
 bool hasGraph(const hostkit::Effect& effect) {
-    return effect.title() != "TVM:(Invalid PB)";
+    return effect.title() != std::string(titlePrefix) + titleWithoutGraph;
 }
 
 Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
@@ -103,7 +104,7 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
             .append(
                 "\n(the folder to look under: pbhost prefs set rootFolder DIR; the file itself: "
                 "--answer FILE)");
-    const bool lacksOpenGl = isFound && messages.front().starts_with("OpenGL can not be used");
+    const bool lacksOpenGl = isFound && messages.front() == openGlLacks;
     return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel,
             text + "\n" + (lacksOpenGl ? "" : hintsOf(host, file))};
 }

@@ -18,6 +18,7 @@
 #include "pbhost/project_file.h"
 #include "pbhost/scene.h"
 #include "pbhost/temporary_files.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -206,12 +207,13 @@ hostkit::World outputBuffer(const hostkit::Layer& layer, const Plan& plan) {
 }
 
 // A frame answers 0 also when OpenGL has failed in it; the effect says so on the Info panel, with
-// three marks in front, or in its log alone. Both were empty before, or the programs would not have
+// a mark in front, or in its log alone. Both were empty before, or the programs would not have
 // passed.
 void requireNoLateError(Session& session) {
     std::string reason;
     for (const std::string& line : session.takeMessages())
-        reason.append(reason.empty() ? "" : "\n").append(line, line.starts_with("!!!") ? 3 : 0);
+        reason.append(reason.empty() ? "" : "\n")
+            .append(line, line.starts_with(failureMark) ? failureMark.size() : 0);
     const std::string log = session.takeErrorLog();
     if (reason.empty())
         reason = log;

@@ -7,6 +7,8 @@
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
 #include "pbhost/load_check.h"
+#include "support/effect_files.h"
+#include "support/flat_block.h"
 
 namespace pbhost {
 
@@ -30,23 +32,10 @@ hostkit::Layer& makeLayer(hostkit::Host& host, Source source) {
     return composition.addLayer("picture", footageOf(std::move(source)));
 }
 
-// The endings by which the effect knows a marker that names its file.
-bool canBeMarker(const std::string& path) {
-    for (const char* ending : {"pbk", "PBK", "pbg", "PBG"})
-        if (path.ends_with(ending))
-            return true;
-    return false;
-}
-
 // For messages alone: the block is the effect's own. Empty: it is none.
 std::string pathIn(const std::vector<std::byte>& block) {
-    using namespace std::string_view_literals;
-    const std::string bytes(reinterpret_cast<const char*>(block.data()), block.size());
-    // The path stands behind the block's version, in version 1 behind one number more.
-    const std::size_t start = bytes.starts_with("\1\0\0\0"sv)   ? 8
-                              : bytes.starts_with("\0\0\0\0"sv) ? 4
-                                                                : bytes.size();
-    return start < bytes.size() && bytes.back() == '\0' ? bytes.c_str() + start : "";
+    const std::string_view bytes(reinterpret_cast<const char*>(block.data()), block.size());
+    return bytes.ends_with('\0') ? std::string(readFlatBlock(bytes).filePath) : "";
 }
 
 } // namespace
@@ -75,7 +64,7 @@ void Scene::apply(const std::string& file) {
     requireReadable(file);
     shownName_ = file_ = file;
     const std::string path = fs::absolute(file).string();
-    if (canBeMarker(path))
+    if (isMarkerPath(path))
         layer.addMarker(0, path);
     else
         session.dialogs.prepare({path});

@@ -17,6 +17,7 @@
 #include "pbhost/places.h"
 #include "pbhost/printable.h"
 #include "pbhost/temporary_files.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -26,11 +27,10 @@ using Lines = hostkit::InfoPanel::Lines;
 
 // What the effect says when nothing is wrong.
 bool isNoise(const Lines& lines) {
-    constexpr std::string_view good[] = {"Kernel has been loaded", "Graph has been loaded"};
-    for (const std::string_view start : good)
-        if (lines.front().starts_with(start))
+    for (const LoadTexts& texts : {graphLoadTexts, kernelLoadTexts})
+        if (lines.front() == texts.fromMemory || lines.front() == texts.fromFile)
             return true;
-    return lines.back() == "No error log";
+    return lines.back() == noErrorLog;
 }
 
 bool isStrict() {
@@ -117,7 +117,7 @@ std::string Session::takeErrorLog() {
     host.infoPanel.onMessage = listener;
     host.scripts.person = person;
     host.infoPanel.clear();
-    std::ifstream file(folder.path + "/Tvelmarondine_error_log.txt", std::ios::binary);
+    std::ifstream file(folder.path + errorLogFile, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
