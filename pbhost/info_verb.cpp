@@ -55,7 +55,8 @@ void info(Session& session, const InfoRequest& request, std::string& text) {
     text = listener.text + "\n";
     if (request.exportFolder.empty()) {
         scene.checkPrograms();
-        return scene.checkWiring(request.isStrict);
+        scene.checkWiring(request.isStrict);
+        return;
     }
     for (const std::string& message : scene.messages)
         if (!message.empty())

@@ -5,12 +5,10 @@
 
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
-#include "host/command_scope.h"
 #include "pbhost/compile_messages.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/hints.h"
 #include "pbhost/printable.h"
-#include "pbhost/wiring.h"
 #include "support/outcome_texts.h"
 
 namespace pbhost {
@@ -51,9 +49,8 @@ struct FileModel : EffectFile {
 };
 
 std::string hintsOf(hostkit::Host& host, const std::string& file) {
-    const CommandScope scope(0, 0, host.inData());
     try {
-        return FileModel(file).hints();
+        return FileModel(host, file).hints();
     } catch (const Failure&) { // it is not there
         return "";
     }
@@ -113,8 +110,7 @@ std::string warningsOfLoad(Session& session, const std::string& file,
                            const std::vector<std::string>& messages) {
     if (std::any_of(messages.begin(), messages.end(), tellsOfShader)) {
         const std::vector<CompileFailure> failures = readErrorLog(session.takeErrorLog());
-        const CommandScope scope(0, 0, session.host.inData());
-        const FileModel model(file);
+        const FileModel model(session.host, file);
         const bool isOfKernel =
             std::any_of(failures.begin(), failures.end(), [&](const CompileFailure& failure) {
                 return model.kernelOf(failure.name) != nullptr;
@@ -129,13 +125,15 @@ std::string warningsOfLoad(Session& session, const std::string& file,
     return printable(warnings);
 }
 
-std::string warningsOfWiring(hostkit::Host& host, const std::string& shownName,
-                             const std::string& file, bool isStrict) {
-    const CommandScope scope(0, 0, host.inData());
-    const EffectFile model(file);
+FileFacts readFacts(hostkit::Host& host, const std::string& file) {
+    const EffectFile model(host, file);
     if (!model.isGraph)
-        return "";
-    const WiringFaults faults = checkWiring(model.graph);
+        return {model.kernel.inputs.size(), {}};
+    return {model.graph.inputs.size(), checkWiring(model.graph)};
+}
+
+std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
+                             bool isStrict) {
     if (!faults.errors.empty() || (isStrict && !faults.warnings.empty()))
         throw Failure(ExitCode::BadKernel, shownName + ": the graph is wired wrongly.\n" +
                                                asLines(faults.errors, "  ") +

@@ -16,6 +16,7 @@ using hostkit::ControlKind;
 using nlohmann::ordered_json;
 
 constexpr int version = 1;
+constexpr char notAProject[] = ": no project that can be read: ";
 
 std::string toHex(const std::vector<std::byte>& bytes) {
     constexpr char digits[] = "0123456789abcdef";
@@ -159,18 +160,6 @@ void fillControl(Scene& scene, const ordered_json& stored) {
     }
 }
 
-// What the reading threw, as a failure that names the file.
-template<class Work>
-auto orBadProject(const std::string& path, const Work& work) {
-    try {
-        return work();
-    } catch (const Failure&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw Failure(ExitCode::Usage, path + ": no project that can be read: " + error.what());
-    }
-}
-
 ordered_json layerAsJson(const hostkit::Footage& source) {
     if (source.name.empty())
         return {{"width", source.width}, {"height", source.height}};
@@ -180,17 +169,13 @@ ordered_json layerAsJson(const hostkit::Footage& source) {
 } // namespace
 
 ProjectFile readProject(const std::string& path) {
-    std::string text;
-    try {
-        text = readWholeFile(path);
-    } catch (const std::runtime_error& error) {
-        throw Failure(ExitCode::Usage, path + ": cannot be read: " + error.what());
-    }
-    return orBadProject(path, [&] { return parse(ordered_json::parse(text)); });
+    const std::string text = readWholeFile(path, ExitCode::Usage);
+    return orFail(ExitCode::Usage, path + notAProject,
+                  [&] { return parse(ordered_json::parse(text)); });
 }
 
 void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {
-    orBadProject(path, [&] {
+    orFail(ExitCode::Usage, path + notAProject, [&] {
         for (const ordered_json& stored : project.controls)
             fillControl(scene, stored);
     });

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <utility>
 
-#include "host/command_scope.h"
 #include "hostkit/control_kinds.h"
 #include "hostkit/frames.h"
 #include "pbhost/control_list.h"
@@ -121,18 +120,11 @@ std::size_t layerControls(hostkit::Effect& effect) {
     }));
 }
 
-// What the file takes, which may be more than the effect can feed.
-std::size_t inputsOf(hostkit::Host& host, const std::string& file) {
-    const CommandScope scope(0, 0, host.inData());
-    const EffectFile model(file);
-    return model.isGraph ? model.graph.inputs.size() : model.kernel.inputs.size();
-}
-
-void checkInputs(Scene& scene, const Plan& plan) {
+void checkInputs(Scene& scene, const Plan& plan, std::size_t inputs) {
     const std::string& file = plan.request.file;
     const std::size_t fed = 1 + layerControls(scene.effect);
     const std::size_t given = plan.request.inputs.size();
-    const std::size_t wanted = file.empty() ? fed : inputsOf(scene.session.host, file);
+    const std::size_t wanted = file.empty() ? fed : inputs;
     if (given > fed)
         throw Failure(ExitCode::Usage,
                       (file.empty() ? plan.request.project : file) + ": takes " + countOf(wanted) +
@@ -254,11 +246,7 @@ void load(Scene& scene, const Plan& plan) {
 } // namespace
 
 void checkOutputs(const RenderRequest& request) {
-    try {
-        requireWritable(request.output);
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::RenderFailed, error.what());
-    }
+    requireWritable(request.output);
     const std::string obstacle = request.save.empty() ? "" : obstacleAt(request.save);
     if (!obstacle.empty())
         throw Failure(ExitCode::RenderFailed, "cannot write '" + request.save + "': " + obstacle);
@@ -278,18 +266,13 @@ void render(Session& session, const RenderRequest& request, std::future<Source> 
     Scene scene(session, std::move(source));
     load(scene, plan);
     scene.checkPrograms();
-    scene.checkWiring(request.isStrict);
-    checkInputs(scene, plan);
+    checkInputs(scene, plan, scene.checkWiring(request.isStrict));
     setControls(scene, plan);
     for (const auto& layer : scene.layer.composition->layers)
         requireTextureSize(*layer, plan);
     if (!request.save.empty())
         checkSave(scene, request);
-    try {
-        writePicture(request.output, renderFrame(scene, plan, depth));
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::RenderFailed, error.what());
-    }
+    writePicture(request.output, renderFrame(scene, plan, depth));
     if (!request.save.empty())
         writeProject(request.save, scene, plan.seconds);
 }

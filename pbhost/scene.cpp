@@ -41,19 +41,11 @@ std::string pathIn(const std::vector<std::byte>& block) {
 } // namespace
 
 Source readSource(const std::string& file, std::optional<Depth> depth) {
-    try {
-        return {readPicture(file, depth), fs::absolute(file).string()};
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::BadPicture, error.what());
-    }
+    return {readPicture(file, depth), fs::absolute(file).string()};
 }
 
 Source transparentSource(unsigned width, unsigned height, Depth depth) {
-    try {
-        return {makePicture(width, height, depth), ""};
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    return {makePicture(width, height, depth), ""};
 }
 
 Scene::Scene(Session& owner, Source layerSource)
@@ -96,8 +88,10 @@ void Scene::checkPrograms() {
         std::cerr << warningsOfLoad(session, file(), messages);
 }
 
-void Scene::checkWiring(bool isStrict) {
-    std::cerr << warningsOfWiring(session.host, shownName_, file(), isStrict);
+std::size_t Scene::checkWiring(bool isStrict) {
+    const FileFacts facts = readFacts(session.host, file());
+    std::cerr << warningsOfWiring(shownName_, facts.wiring, isStrict);
+    return facts.inputs;
 }
 
 AEGP_LayerIDVal Scene::addLayer(Source source) {

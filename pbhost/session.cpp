@@ -39,11 +39,7 @@ bool isStrict() {
 }
 
 hostkit::Host makeHost(const std::string& option) {
-    try {
-        return hostkit::Host(preferencesFile(option));
-    } catch (const std::exception& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    return orFail(ExitCode::Usage, "", [&] { return hostkit::Host(preferencesFile(option)); });
 }
 
 // A failure of the work goes before the faults, which may have come of it.
@@ -84,11 +80,7 @@ Session::Session(const SessionOptions& sessionOptions)
             for (const std::string& line : lines)
                 std::cerr << "Info: " << printable(line) << "\n";
         };
-    try {
-        plugin.emplace(findModule(options.module));
-    } catch (const std::runtime_error& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    orFail(ExitCode::Usage, "", [&] { plugin.emplace(findModule(options.module)); });
     require(plugin->setUp());
 }
 
@@ -132,17 +124,13 @@ std::vector<std::string> Session::end() {
     return faults;
 }
 
-std::string inSession(const SessionOptions& options,
-                      const std::function<std::string(Session&)>& work) {
-    Session session(options);
-    std::string text;
-    try {
-        text = work(session);
-    } catch (...) {
-        report(session.end(), options.isVerbose);
-        throw;
-    }
-    const std::vector<std::string> faults = session.end();
+Session::~Session() {
+    if (plugin)
+        report(end(), options.isVerbose);
+}
+
+std::string Session::finish(std::string text) {
+    const std::vector<std::string> faults = end();
     report(faults, options.isVerbose);
     if (isStrict() && !faults.empty())
         throw Failure(ExitCode::RenderFailed, "the module did something wrong");

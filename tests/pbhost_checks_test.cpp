@@ -181,7 +181,7 @@ TEST_F(Files, AreReadWholeOrNotAtAll) {
     std::string text = "a\0b\r\n";
     text.resize(200000, 'x');
     std::ofstream("file", std::ios::binary) << text;
-    EXPECT_TRUE(pbhost::readWholeFile("file") == text);
+    EXPECT_TRUE(pbhost::readWholeFile("file", pbhost::ExitCode::Usage) == text);
     const std::tuple<const char*, const char*> cases[] = {
         {"missing", "No such file"},
         {".", "it is a folder"},
@@ -189,7 +189,9 @@ TEST_F(Files, AreReadWholeOrNotAtAll) {
         {"/sys/devices/system/cpu/online", "of its 4096 bytes could be"}, // tells too large a size
     };
     for (const auto& [path, reason] : cases)
-        EXPECT_THAT(failureOf([&] { pbhost::readWholeFile(path); }), HasSubstr(reason)) << path;
+        EXPECT_THAT(failureOf([&] { pbhost::readWholeFile(path, pbhost::ExitCode::Usage); }),
+                    HasSubstr(reason))
+            << path;
 }
 
 TEST(FrameFill, TellsEachRowThatWasNotWritten) {
