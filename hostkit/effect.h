@@ -112,10 +112,7 @@ private:
                PF_LayerDef* output = nullptr);
     void takeOver(PF_Cmd command, PF_Handle asSent, const PF_OutData& outData);
     double now() const; // where the time marker stands, seconds of the composition
-    // Makes the frame and lets the work run in it.
-    RenderResult inFrame(const RenderRequest& request,
-                         const std::function<RenderResult(Frame&)>& work);
-    RenderResult renderSmart(const RenderRequest& request, Frame& frame, World& reusedOutput);
+    class FrameInFront;
     bool wants(A_long outFlag) const; // by a flag of global setup
 
     std::string optionsButton_;
