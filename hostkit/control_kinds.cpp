@@ -30,9 +30,9 @@ AEGP_StreamVal2 readNumber(const U& u, const Layer&) {
     return {{(u.*control.*field) / static_cast<double>(units)}};
 }
 
-template<auto control, int units>
+template<auto control, auto convert>
 void writeNumber(U& u, const AEGP_StreamVal2& value, const Layer&, const Resolution&) {
-    (u.*control).value = toInteger<A_long>(value.one_d * units);
+    (u.*control).value = convert(value.one_d);
 }
 
 template<auto control>
@@ -172,7 +172,7 @@ void writeLayer(U& u, const AEGP_StreamVal2& value, const Layer& layer,
 // A layer control has a name and nothing more.
 void configureNothing(U&, const U&) {}
 
-constexpr int fixedUnits = 65536;
+constexpr int fixedUnits = static_cast<int>(fixedOne);
 
 constexpr std::array<ControlKind, 8> kinds = {{
     {.type = PF_Param_LAYER,
@@ -192,7 +192,7 @@ constexpr std::array<ControlKind, 8> kinds = {{
      .isRangeShown = true,
      .start = readNumber<&U::sd, &PF_SliderDef::value, 1>,
      .defaultValue = readNumber<&U::sd, &PF_SliderDef::dephault, 1>,
-     .write = writeNumber<&U::sd, 1>,
+     .write = writeNumber<&U::sd, toInteger<A_long>>,
      .configure = configureAllButValue<&U::sd>,
      .range = validRange<&U::sd, 1>,
      .parse = parsePlain},
@@ -204,7 +204,7 @@ constexpr std::array<ControlKind, 8> kinds = {{
      .isRangeShown = true,
      .start = readNumber<&U::fs_d, &PF_FixedSliderDef::value, fixedUnits>,
      .defaultValue = readNumber<&U::fs_d, &PF_FixedSliderDef::dephault, fixedUnits>,
-     .write = writeNumber<&U::fs_d, fixedUnits>,
+     .write = writeNumber<&U::fs_d, toFixed>,
      .configure = configureAllButValue<&U::fs_d>,
      .range = validRange<&U::fs_d, fixedUnits>,
      .parse = parsePlain,
@@ -217,7 +217,7 @@ constexpr std::array<ControlKind, 8> kinds = {{
      .isRangeShown = true,
      .start = readNumber<&U::ad, &PF_AngleDef::value, fixedUnits>,
      .defaultValue = readNumber<&U::ad, &PF_AngleDef::dephault, fixedUnits>,
-     .write = writeNumber<&U::ad, fixedUnits>,
+     .write = writeNumber<&U::ad, toFixed>,
      .configure = configureAllButValue<&U::ad>,
      .range = validRange<&U::ad, fixedUnits>,
      .parse = parsePlain},
@@ -228,7 +228,7 @@ constexpr std::array<ControlKind, 8> kinds = {{
      .defaultFit = DefaultFit::WithinRange,
      .start = readTruth<&PF_CheckBoxDef::value>,
      .defaultValue = readTruth<&PF_CheckBoxDef::dephault>,
-     .write = writeNumber<&U::bd, 1>,
+     .write = writeNumber<&U::bd, toInteger<A_long>>,
      .configure = configureAllButValue<&U::bd>,
      .parse = parseTruth,
      .fault = faultOfCheckbox},
@@ -263,7 +263,7 @@ constexpr std::array<ControlKind, 8> kinds = {{
      .hasChoices = true,
      .start = readNumber<&U::pd, &PF_PopupDef::value, 1>,
      .defaultValue = readNumber<&U::pd, &PF_PopupDef::dephault, 1>,
-     .write = writeNumber<&U::pd, 1>,
+     .write = writeNumber<&U::pd, toInteger<A_long>>,
      .configure = configureAllButValue<&U::pd>,
      .range = rangeOfPopup,
      .parse = parseChoice,
@@ -340,10 +340,6 @@ const Item& frameItem(const Layer& layer) {
     if (layer.source != nullptr)
         return *layer.source;
     return *layer.composition;
-}
-
-PF_Fixed toFixed(double value) {
-    return toInteger<PF_Fixed>(value * fixedOne);
 }
 
 std::optional<double> parseNumber(std::string_view text) {

@@ -16,11 +16,10 @@
 
 #include "hostkit/frames.h"
 #include "hostkit/streams.h"
+#include "sdk/pf_fixed.h"
 #include "sdk/pf_params.h"
 
 namespace hostkit {
-
-inline constexpr double fixedOne = 65536; // 1 in 16.16
 
 struct NumberRange {
     double low;
@@ -92,9 +91,6 @@ std::vector<std::string> choicesOf(const PF_PopupDef& popup);
 
 // The size of a layer at full resolution: its source's, or without one the composition's.
 const Item& frameItem(const Layer& layer);
-
-// The host's rounding to 16.16.
-PF_Fixed toFixed(double value);
 
 // The whole text as a finite number, with '.' whatever the locale; nothing when it is none.
 std::optional<double> parseNumber(std::string_view text);

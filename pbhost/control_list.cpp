@@ -13,8 +13,7 @@ namespace pbhost {
 
 namespace {
 
-using hostkit::ControlKind, hostkit::DefaultFit, hostkit::fixedOne, hostkit::NumberFormat;
-using hostkit::NumberRange;
+using hostkit::ControlKind, hostkit::DefaultFit, hostkit::NumberFormat, hostkit::NumberRange;
 
 constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / fixedOne;
 
@@ -63,7 +62,7 @@ const char* displayOf(const ControlKind& kind, const PF_ParamDef& definition) {
 
 // As the control counts: in 16.16 the number is rounded.
 double counted(NumberFormat format, double number) {
-    return format == NumberFormat::Fixed ? hostkit::toFixed(number) / fixedOne : number;
+    return format == NumberFormat::Fixed ? toFixed(number) / fixedOne : number;
 }
 
 } // namespace
