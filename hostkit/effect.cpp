@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 
+#include "hostkit/control_kinds.h"
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
 #include "hostkit/memory.h"
-#include "hostkit/param_values.h"
 #include "hostkit/text.h"
 
 namespace hostkit {
@@ -114,7 +115,8 @@ PF_ParamDef Effect::valueAt(std::size_t index, double compSeconds) const {
 PF_ParamDef Effect::valueAtLayerTime(std::size_t index, double layerSeconds,
                                      const Resolution& resolution) const {
     PF_ParamDef definition = definitions.at(index);
-    writeValue(definition, group->children.at(index)->withExpression(layerSeconds), *layer,
+    kindOf(definition)
+        .write(definition.u, group->children.at(index)->withExpression(layerSeconds).value, *layer,
                resolution);
     return definition;
 }
@@ -136,12 +138,11 @@ bool Effect::wants(A_long outFlag) const {
 }
 
 void Effect::addControl(const PF_ParamDef& definition) {
-    auto stream = std::make_unique<Stream>(toUtf16(definition.name),
-                                           matchNameOf(plugin->pipl(), definitions.size()),
-                                           streamTypeOf(definition.param_type));
-    if (definition.param_type == PF_Param_POPUP)
-        stream->choices = definition.u.pd.num_choices;
-    stream->set(startValue(definition, *layer), 0);
+    const ControlKind& kind = kindOf(definition);
+    auto stream = std::make_unique<Stream>(
+        toUtf16(definition.name), matchNameOf(plugin->pipl(), definitions.size()), kind.streamType);
+    stream->choices = choiceCount(definition);
+    stream->set({kind.start(definition.u, *layer)}, 0);
     stream->isModified = false;
     stream->parent = group.get();
     stream->layer = layer;
@@ -149,15 +150,16 @@ void Effect::addControl(const PF_ParamDef& definition) {
     definitions.push_back(definition);
 }
 
-void Effect::dressControl(std::size_t index, const PF_ParamDef& look) {
-    dress(definitions[index], look);
+void Effect::configureControl(std::size_t index, const PF_ParamDef& look) {
+    PF_ParamDef& definition = definitions[index];
+    std::memcpy(definition.name, look.name, sizeof definition.name);
+    definition.flags = look.flags;
+    kindOf(definition).configure(definition.u, look.u);
     Stream& stream = control(index);
     stream.name = toUtf16(look.name);
-    if (look.param_type != PF_Param_POPUP)
-        return;
+    stream.choices = choiceCount(look);
     // The stored value stands, as far as there are that many choices now.
-    stream.choices = look.u.pd.num_choices;
-    if (stream.keyframes.empty())
+    if (stream.choices > 0 && stream.keyframes.empty())
         stream.set(stream.constant, 0);
 }
 

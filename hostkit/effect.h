@@ -94,7 +94,7 @@ public:
 
     // What the module's callbacks do, once they have checked what they were given.
     void addControl(const PF_ParamDef& definition);
-    void dressControl(std::size_t index, const PF_ParamDef& look);
+    void configureControl(std::size_t index, const PF_ParamDef& look);
     void setOptionsButton(const std::string& name) { optionsButton_ = name; }
     Frame* frame() const { return frame_; } // of the render that is going on; else null
 
@@ -112,10 +112,7 @@ private:
                PF_LayerDef* output = nullptr);
     void takeOver(PF_Cmd command, PF_Handle asSent, const PF_OutData& outData);
     double now() const; // where the time marker stands, seconds of the composition
-    // Makes the frame and lets the work run in it.
-    RenderResult inFrame(const RenderRequest& request,
-                         const std::function<RenderResult(Frame&)>& work);
-    RenderResult renderSmart(const RenderRequest& request, Frame& frame, World& reusedOutput);
+    class FrameInFront;
     bool wants(A_long outFlag) const; // by a flag of global setup
 
     std::string optionsButton_;

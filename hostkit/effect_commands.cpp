@@ -8,7 +8,7 @@
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/ledger.h"
-#include "hostkit/param_values.h"
+#include "hostkit/control_kinds.h"
 
 namespace hostkit {
 

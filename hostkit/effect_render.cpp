@@ -4,8 +4,8 @@
 
 #include "hostkit/call_frame.h"
 #include "hostkit/command_stack.h"
+#include "hostkit/control_kinds.h"
 #include "hostkit/effect.h"
-#include "hostkit/param_values.h"
 
 namespace hostkit {
 
@@ -40,7 +40,7 @@ PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
             return misuse(call, "no request, no place for the result, or a time scale of 0");
         Effect& owner = command->effect();
         if (index < 0 || static_cast<std::size_t>(index) >= owner.definitions.size() ||
-            owner.definitions[index].param_type != PF_Param_LAYER)
+            !isLayerControl(owner.definitions[index]))
             return misuse(call, "control " + std::to_string(index) + " is no layer");
         Frame& frame = *owner.frame();
         Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);
@@ -102,55 +102,59 @@ void makeOutputOf(Frame& frame, Layer& layer, const PF_LRect& rect, World& reuse
 
 } // namespace
 
+// The frame of a render for as long as it goes on: a render in the middle of another one puts its
+// own in front.
+class Effect::FrameInFront {
+public:
+    FrameInFront(Effect& effect, const RenderRequest& request) : place_(effect.frame_) {
+        frame.resolution = {request.downsampleX, request.downsampleY};
+        frame.channelBytes = effect.channelBytes();
+        requireResolution(frame.resolution);
+        const Footage* source = effect.layer->source.get();
+        if (source == nullptr || source->pixels.channelBytes != frame.channelBytes)
+            throw std::logic_error("the layer of an effect has a source of the project's depth");
+        const bool takesFloats = (effect.plugin->outFlags2() & PF_OutFlag2_FLOAT_COLOR_AWARE) != 0;
+        if ((frame.channelBytes == 2 && !effect.wants(PF_OutFlag_DEEP_COLOR_AWARE)) ||
+            (frame.channelBytes == 4 && !takesFloats))
+            throw std::logic_error("the module takes no frames of the project's depth");
+        outer_ = std::exchange(place_, &frame);
+    }
+    ~FrameInFront() { place_ = outer_; }
+    FrameInFront(const FrameInFront&) = delete;
+    FrameInFront& operator=(const FrameInFront&) = delete;
+
+    Frame frame;
+
+private:
+    Frame*& place_;
+    Frame* outer_ = nullptr;
+};
+
+RenderResult Effect::renderPlain(const RenderRequest& request, World reusedOutput) {
+    FrameInFront rendering(*this, request);
+    Frame& frame = rendering.frame;
+    std::vector<PF_ParamDef> values;
+    for (std::size_t i = 0; i < definitions.size(); ++i)
+        values.push_back(valueAtLayerTime(i, request.seconds - layer->inSeconds, frame.resolution));
+    std::vector<PF_ParamDef*> params;
+    for (PF_ParamDef& value : values)
+        params.push_back(&value);
+    RenderResult result;
+    result.resultRect = result.maxResultRect = frameOf(layer, frame.resolution);
+    const auto input = lendLayer({layer, result.resultRect, true}, frame);
+    values[0].u.ld = input->record;
+    makeOutputOf(frame, *layer, result.resultRect, reusedOutput);
+    PF_InData inData = inDataAt(request.seconds, frame.resolution);
+    result.error = run(PF_Cmd_RENDER, inData, params.data(), nullptr, &frame.output.record);
+    result.output = std::move(frame.output.own);
+    return result;
+}
+
 RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
     if ((plugin->outFlags2() & PF_OutFlag2_SUPPORTS_SMART_RENDER) == 0)
         return renderPlain(request, std::move(reusedOutput));
-    return inFrame(request,
-                   [&](Frame& frame) { return renderSmart(request, frame, reusedOutput); });
-}
-
-RenderResult Effect::renderPlain(const RenderRequest& request, World reusedOutput) {
-    return inFrame(request, [&](Frame& frame) {
-        std::vector<PF_ParamDef> values;
-        for (std::size_t i = 0; i < definitions.size(); ++i)
-            values.push_back(
-                valueAtLayerTime(i, request.seconds - layer->inSeconds, frame.resolution));
-        std::vector<PF_ParamDef*> params;
-        for (PF_ParamDef& value : values)
-            params.push_back(&value);
-        RenderResult result;
-        result.resultRect = result.maxResultRect = frameOf(layer, frame.resolution);
-        const auto input = lendLayer({layer, result.resultRect, true}, frame);
-        values[0].u.ld = input->record;
-        makeOutputOf(frame, *layer, result.resultRect, reusedOutput);
-        PF_InData inData = inDataAt(request.seconds, frame.resolution);
-        result.error = run(PF_Cmd_RENDER, inData, params.data(), nullptr, &frame.output.record);
-        result.output = std::move(frame.output.own);
-        return result;
-    });
-}
-
-RenderResult Effect::inFrame(const RenderRequest& request,
-                             const std::function<RenderResult(Frame&)>& work) {
-    Frame frame;
-    frame.resolution = {request.downsampleX, request.downsampleY};
-    frame.channelBytes = channelBytes();
-    requireResolution(frame.resolution);
-    if (layer->source == nullptr || layer->source->pixels.channelBytes != frame.channelBytes)
-        throw std::logic_error("the layer of an effect has a source of the project's depth");
-    if ((frame.channelBytes == 2 && !wants(PF_OutFlag_DEEP_COLOR_AWARE)) ||
-        (frame.channelBytes == 4 && (plugin->outFlags2() & PF_OutFlag2_FLOAT_COLOR_AWARE) == 0))
-        throw std::logic_error("the module takes no frames of the project's depth");
-    // A render in the middle of another one puts its own in front.
-    struct InFront {
-        Frame*& place;
-        Frame* outer;
-        ~InFront() { place = outer; }
-    } const inFront{frame_, std::exchange(frame_, &frame)};
-    return work(frame);
-}
-
-RenderResult Effect::renderSmart(const RenderRequest& request, Frame& frame, World& reusedOutput) {
+    FrameInFront rendering(*this, request);
+    Frame& frame = rendering.frame;
     const PF_LRect whole = frameOf(layer, frame.resolution);
     PF_PreRenderInput input{{request.region.value_or(whole), 0}};
     PF_PreRenderOutput announced{};

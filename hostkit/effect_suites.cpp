@@ -4,7 +4,7 @@
 #include "hostkit/call_frame.h"
 #include "hostkit/command_stack.h"
 #include "hostkit/effect.h"
-#include "hostkit/param_values.h"
+#include "hostkit/control_kinds.h"
 #include "hostkit/suite_tables.h"
 
 namespace hostkit {
@@ -26,7 +26,7 @@ PF_Err updateParamUi(PF_ProgPtr effect, A_long index, const PF_ParamDef* definit
             return misuse(call, "no definition, or one of another kind");
         if (const std::string fault = faultOf(*definition); !fault.empty())
             return misuse(call, fault);
-        command->effect().dressControl(index, *definition);
+        command->effect().configureControl(index, *definition);
         return PF_Err_NONE;
     });
 }

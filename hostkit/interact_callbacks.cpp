@@ -3,8 +3,8 @@
 
 #include "hostkit/call_frame.h"
 #include "hostkit/command_stack.h"
+#include "hostkit/control_kinds.h"
 #include "hostkit/effect.h"
-#include "hostkit/param_values.h"
 #include "hostkit/suite_tables.h"
 
 namespace hostkit {
@@ -21,7 +21,7 @@ PF_Err lendParameter(ActiveCommand& command, A_long index, double layerSeconds,
     const Resolution resolution = {command.inData.downsample_x, command.inData.downsample_y};
     PF_ParamDef lent = effect.valueAtLayerTime(index, layerSeconds, resolution);
     ParameterLoan loan{param, nullptr};
-    if (lent.param_type == PF_Param_LAYER) {
+    if (isLayerControl(lent)) {
         auto* layer = static_cast<Layer*>(lent.u.ld.reserved0);
         Frame atRest; // outside a frame everything has its full resolution
         atRest.channelBytes = effect.channelBytes();
@@ -81,7 +81,7 @@ PF_Err addParam(PF_ProgPtr effect, A_long index, PF_ParamDef* definition) {
             return misuse(call, "the index is -1, and there is a definition");
         if (const std::string fault = faultOf(*definition); !fault.empty())
             return misuse(call, fault);
-        if (definition->param_type == PF_Param_POPUP && !hasNamesForChoices(definition->u.pd))
+        if (choiceCount(*definition) > 0 && !hasNamesForChoices(definition->u.pd))
             return misuse(call, "the popup has fewer names than choices");
         command->effect().addControl(*definition);
         return PF_Err_NONE;

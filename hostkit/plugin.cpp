@@ -112,21 +112,16 @@ PF_Err Plugin::call(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_P
     outData.out_flags |= flagOfTheHost;
     lastCommand_ = command;
     const ActiveCommand active(command, inData);
-    const PF_Err error = enter(command, inData, outData, params, output, extra);
+    PF_Err error = PF_Err_INTERNAL_STRUCT_DAMAGED;
+    try {
+        error = entry_(command, &inData, &outData, params, output, extra);
+    } catch (...) {
+        ledger::fault(commandName(command) + " let an exception out of the module");
+    }
     takeOverGlobalData(command, error, outData);
     if (command != PF_Cmd_GLOBAL_SETUP)
         takeBackFlag(command, outData);
     return error;
-}
-
-PF_Err Plugin::enter(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_ParamDef** params,
-                     PF_LayerDef* output, void* extra) const {
-    try {
-        return entry_(command, &inData, &outData, params, output, extra);
-    } catch (...) {
-        ledger::fault(commandName(command) + " let an exception out of the module");
-        return PF_Err_INTERNAL_STRUCT_DAMAGED;
-    }
 }
 
 void Plugin::takeOverGlobalData(PF_Cmd command, PF_Err error, const PF_OutData& outData) {

@@ -57,8 +57,6 @@ public:
     Living<Plugin> living{this}; // its number is the key by which effects are asked for
 
 private:
-    PF_Err enter(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_ParamDef** params,
-                 PF_LayerDef* output, void* extra) const;
     void takeOverGlobalData(PF_Cmd command, PF_Err error, const PF_OutData& outData);
 
     Pipl pipl_;

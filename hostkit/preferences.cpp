@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "hostkit/complete_file.h"
 #include "hostkit/file_lock.h"
 
 namespace hostkit {
@@ -46,13 +47,9 @@ void writeFile(const fs::path& file, const Values& values) {
     const std::string text = toJson(file, values);
     fs::path fresh = file;
     fresh += "." + processName() + ".new";
-    std::ofstream stream(fresh, std::ios::binary);
-    stream << text;
-    stream.close();
-    std::error_code error;
-    if (stream)
-        fs::rename(fresh, file, error);
-    if (stream && !error)
+    const bool isWritten = !writeWhole(fresh, text);
+    const std::error_code error = isWritten ? moveToPlace(fresh, file) : std::error_code();
+    if (isWritten && !error)
         return;
     std::error_code ignored;
     fs::remove(fresh, ignored);

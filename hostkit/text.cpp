@@ -1,6 +1,8 @@
 #include "hostkit/text.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstddef>
 
 namespace hostkit {
@@ -121,6 +123,16 @@ std::string fromCesu8(std::string_view cesu8) {
     while (!cesu8.empty())
         appendUtf16(units, takeCode(cesu8));
     return toUtf8(units);
+}
+
+bool areEqual(std::string_view typed, std::string_view meant) {
+    return typed == meant;
+}
+
+bool areAlike(std::string_view typed, std::string_view meant) {
+    return std::ranges::equal(typed, meant, [](unsigned char a, unsigned char b) {
+        return std::tolower(a) == std::tolower(b);
+    });
 }
 
 } // namespace hostkit

@@ -15,4 +15,8 @@ std::string latin1ToUtf8(std::string_view latin1);
 std::string toCesu8(std::string_view utf8);
 std::string fromCesu8(std::string_view cesu8);
 
+// What a person typed and what is meant: the same text, or the same but for the case of letters.
+bool areEqual(std::string_view typed, std::string_view meant);
+bool areAlike(std::string_view typed, std::string_view meant);
+
 } // namespace hostkit

@@ -9,10 +9,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <iostream>
 
 #include "pbhost/failure.h"
-#include "pbhost/printable.h"
 #include "pbhost/temporary_files.h"
 
 namespace pbhost {
@@ -49,8 +47,10 @@ bool isCaught(int number) {
     return action.sa_handler == endWorker;
 }
 
+// Of a child that a signal has ended.
 int codeOfSignal(int number, const std::string& subject) {
-    const std::string over = subject.empty() ? "" : " over " + printable(subject);
+    const std::string who = "the process that did the work";
+    const std::string over = subject.empty() ? "" : " over " + subject;
     switch (number) {
     case SIGINT: // the terminal sends these to both
     case SIGTERM:
@@ -58,14 +58,12 @@ int codeOfSignal(int number, const std::string& subject) {
     case SIGPIPE: // whoever reads the output has had enough
         return signalledCode + number;
     case SIGKILL:
-        std::cerr << "pbhost: the process that did the work" << over
-                  << " was killed; nothing was written\n";
-        break;
+        throw Failure(ExitCode::Crashed, who + over + " was killed; nothing was written");
     default:
-        std::cerr << "pbhost: the process that did the work crashed (" << strsignal(number)
-                  << "), most likely in the OpenGL driver" << over << "; nothing was written\n";
+        throw Failure(ExitCode::Crashed, who + " crashed (" + strsignal(number) +
+                                             "), most likely in the OpenGL driver" + over +
+                                             "; nothing was written");
     }
-    return static_cast<int>(ExitCode::Crashed);
 }
 
 [[noreturn]] void becomeWorker(pid_t parent, const std::function<int()>& work) {
@@ -75,7 +73,7 @@ int codeOfSignal(int number, const std::string& subject) {
     for (const int number : interrupts)
         if (isCaught(number))
             std::signal(number, SIG_DFL);
-    const int code = work();
+    const int code = exitCodeOf(work);
     std::fflush(nullptr);
     _exit(code);
 }

@@ -9,11 +9,10 @@
 
 namespace pbhost {
 
-// Runs the work in a child and gives its answer, which is an exit code. A child that crashes gives
-// a message, which names the subject (the file that is worked on; may be empty),
-// and ExitCode::Crashed. An interrupt ends the child and gives 128 and the signal's
-// number. In both cases the child's temporary files are removed from the folders. The child ends
-// with its parent.
+// Runs the work in a child and gives its exit code. Throws Failure (Crashed) for a child that
+// crashes; the message names the subject (the file that is worked on; may be empty). An interrupt
+// ends the child and gives 128 and the signal's number. In both cases the child's temporary files
+// are removed from the folders. The child ends with its parent.
 //
 // The program must not have started a thread yet. Those that libraries start before main() are
 // missing in the child; it ends without running exit handlers, which would wait for them for ever.

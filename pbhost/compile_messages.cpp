@@ -4,6 +4,8 @@
 #include <charconv>
 #include <set>
 
+#include "support/outcome_texts.h"
+
 namespace pbhost {
 
 namespace {
@@ -55,13 +57,12 @@ const char* stageName(char stage) {
     return stage == 'v' ? "vertex" : stage == 'f' ? "fragment" : "link";
 }
 
-constexpr int headerLines = 4; // the system, and what OpenGL is there
-constexpr std::size_t tagLength = 4;
+constexpr std::size_t tagLength = std::string_view(vertexTag).size();
 
 // Where the next entry has its stage; npos: there is none.
 std::size_t findTag(std::string_view log) {
     std::size_t first = std::string_view::npos;
-    for (const std::string_view tag : {"(v)\n", "(f)\n", "(l)\n"})
+    for (const std::string_view tag : {vertexTag, fragmentTag, linkTag})
         first = std::min(first, log.find(tag));
     return first;
 }
@@ -106,7 +107,7 @@ private:
 } // namespace
 
 std::vector<CompileFailure> readErrorLog(std::string_view log) {
-    for (int line = 0; line < headerLines; ++line)
+    for (std::size_t line = 0; line < errorLogHeading.size(); ++line)
         log.remove_prefix(std::min(log.find('\n'), log.size() - 1) + 1);
     std::vector<CompileFailure> failures;
     for (std::size_t tag = findTag(log); tag != std::string_view::npos; tag = findTag(log)) {

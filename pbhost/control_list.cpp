@@ -7,100 +7,65 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
-#include <string_view>
-
-#include "hostkit/param_values.h"
-#include "hostkit/text.h"
+#include <optional>
 
 namespace pbhost {
 
 namespace {
 
-constexpr std::array<const char*, 8> kindNames = {"layer",    "slider", "fixed slider", "angle",
-                                                  "checkbox", "color",  "point",        "popup"};
-constexpr double fixedOne = 65536;
-constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / fixedOne;
+using hostkit::ControlKind, hostkit::DefaultFit, hostkit::NumberFormat, hostkit::NumberRange;
 
-std::optional<Range> moreThanOne(double low, double high) {
-    return low < high ? std::optional(Range{low, high}) : std::nullopt;
-}
+constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / fixedOne;
 
 // The shortest number that means the same in 16.16.
 float shortFixed(double number) {
     return std::strtof(numberText(number).c_str(), nullptr);
 }
 
-Json colorAsJson(const PF_Pixel& pixel) {
+Json numberAsJson(NumberFormat format, double number) {
+    return format == NumberFormat::Whole   ? Json(std::llround(number))
+           : format == NumberFormat::Truth ? Json(number != 0)
+                                           : Json(static_cast<float>(number));
+}
+
+// One number as such, several as an array.
+Json asJson(const ControlKind& kind, const AEGP_StreamVal2& value) {
     Json json = Json::array();
-    for (const int channel : {pixel.red, pixel.green, pixel.blue, pixel.alpha})
-        json.push_back(static_cast<float>(channel / 255.0));
-    return json;
+    for (const double number : hostkit::numbersOf(kind, value))
+        json.push_back(numberAsJson(kind.format, number));
+    return json.size() == 1 ? json[0] : json;
 }
 
-Json defaultAsJson(const hostkit::Effect& effect, const PF_ParamDef& definition) {
-    const PF_ParamDefUnion& u = definition.u;
-    const hostkit::Item& frame = hostkit::frameItem(*effect.layer);
-    switch (definition.param_type) {
-    case PF_Param_SLIDER:
-        return u.sd.dephault;
-    case PF_Param_FIX_SLIDER:
-        return shortFixed(u.fs_d.dephault / fixedOne);
-    case PF_Param_ANGLE:
-        return shortFixed(u.ad.dephault / fixedOne);
-    case PF_Param_CHECKBOX:
-        return u.bd.dephault != 0;
-    case PF_Param_COLOR:
-        return colorAsJson(u.cd.dephault);
-    case PF_Param_POINT: // declared in percent of the layer
-        return {static_cast<float>(u.td.x_dephault / fixedOne / 100 * frame.width),
-                static_cast<float>(u.td.y_dephault / fixedOne / 100 * frame.height)};
-    case PF_Param_POPUP:
-        return u.pd.dephault;
-    default:
+Json defaultAsJson(const ControlKind& kind, const PF_ParamDef& definition,
+                   const hostkit::Layer& layer) {
+    const AEGP_StreamVal2 value = kind.defaultValue(definition.u, layer);
+    if (hostkit::isLayerControl(definition))
         return nullptr;
-    }
+    return kind.format == NumberFormat::Fixed ? Json(shortFixed(value.one_d)) : asJson(kind, value);
 }
 
-Json valueAsJson(PF_ParamType kind, const AEGP_StreamVal2& value, const hostkit::Layer& layer) {
-    const hostkit::Layer* chosen = nullptr;
-    switch (kind) {
-    case PF_Param_LAYER:
-        if (value.layer_id != 0)
-            chosen = layer.composition->findLayer(value.layer_id);
-        return chosen == nullptr ? Json() : Json(chosen->source->name);
-    case PF_Param_SLIDER:
-    case PF_Param_POPUP:
-        return std::llround(value.one_d);
-    case PF_Param_CHECKBOX:
-        return value.one_d != 0;
-    case PF_Param_COLOR:
-        return {static_cast<float>(value.color.redF), static_cast<float>(value.color.greenF),
-                static_cast<float>(value.color.blueF), static_cast<float>(value.color.alphaF)};
-    case PF_Param_POINT:
-        return {static_cast<float>(value.two_d.x), static_cast<float>(value.two_d.y)};
-    default:
-        return static_cast<float>(value.one_d);
-    }
+Json valueAsJson(const ControlKind& kind, const hostkit::StreamValue& value,
+                 const hostkit::Layer& layer) {
+    if (kind.numbers > 0)
+        return asJson(kind, value.value);
+    const hostkit::Layer* chosen = hostkit::chosenLayer(value, layer);
+    return chosen == nullptr ? Json() : Json(chosen->source->name);
 }
 
-const char* displayOf(const PF_ParamDef& definition) {
-    if (definition.param_type != PF_Param_FIX_SLIDER)
-        return nullptr;
-    switch (definition.u.fs_d.display_flags) {
-    case PF_ValueDisplayFlag_PERCENT:
-        return "percent";
-    case PF_ValueDisplayFlag_PIXEL:
-        return "pixel";
-    default:
-        return nullptr;
-    }
+std::optional<NumberRange> shownRange(const ControlKind& kind, const PF_ParamDef& definition) {
+    return kind.isRangeShown ? kind.range(definition.u) : std::nullopt;
+}
+
+const char* displayOf(const ControlKind& kind, const PF_ParamDef& definition) {
+    return kind.display == nullptr ? nullptr : kind.display(definition.u);
+}
+
+// As the control counts: in 16.16 the number is rounded.
+double counted(NumberFormat format, double number) {
+    return format == NumberFormat::Fixed ? toFixed(number) / fixedOne : number;
 }
 
 } // namespace
-
-const char* kindName(PF_ParamType kind) {
-    return kindNames.at(static_cast<std::size_t>(kind));
-}
 
 std::string nameOf(const hostkit::Effect& effect, std::size_t index) {
     return effect.definitions.at(index).name;
@@ -114,67 +79,27 @@ std::vector<std::size_t> listedControls(hostkit::Effect& effect, bool all) {
     return indices;
 }
 
-std::optional<Range> rangeOf(const PF_ParamDef& definition) {
-    const PF_ParamDefUnion& u = definition.u;
-    switch (definition.param_type) {
-    case PF_Param_SLIDER:
-        return moreThanOne(u.sd.valid_min, u.sd.valid_max);
-    case PF_Param_FIX_SLIDER:
-        return moreThanOne(u.fs_d.valid_min / fixedOne, u.fs_d.valid_max / fixedOne);
-    case PF_Param_ANGLE:
-        return moreThanOne(u.ad.valid_min / fixedOne, u.ad.valid_max / fixedOne);
-    default:
-        return std::nullopt;
-    }
-}
-
 std::string faultOfNumber(const PF_ParamDef& definition, double number) {
-    const PF_ParamType kind = definition.param_type;
-    if (kind == PF_Param_CHECKBOX)
+    const ControlKind& kind = hostkit::kindOf(definition);
+    if (kind.format == NumberFormat::Truth)
         return number == 0 || number == 1 ? "" : "is neither true nor false";
-    const bool isWhole = kind == PF_Param_SLIDER || kind == PF_Param_POPUP;
+    const bool isWhole = kind.format == NumberFormat::Whole;
     if (isWhole && !(std::abs(number) <= INT32_MAX && number == std::floor(number)))
         return "is not a whole number";
     if (!isWhole && !(std::abs(number) <= mostFixed))
         return "is out of range, a control holds -32768 to 32768";
-    std::optional<Range> range = rangeOf(definition);
-    if (kind == PF_Param_COLOR)
-        range = Range{0, 1};
-    else if (kind == PF_Param_POPUP)
-        range = Range{1, std::max(1.0, static_cast<double>(definition.u.pd.num_choices))};
-    // As the control counts: the ends of a range are rounded, too.
-    const bool isFixed = kind == PF_Param_FIX_SLIDER || kind == PF_Param_ANGLE;
-    const double counted = isFixed ? hostkit::toFixed(number) / fixedOne : number;
-    if (range && (counted < range->low || counted > range->high))
+    const auto range = kind.range == nullptr ? std::nullopt : kind.range(definition.u);
+    const double held = counted(kind.format, number); // the ends of a range are rounded, too
+    if (range && (held < range->low || held > range->high))
         return "is out of range, " + numberText(range->low) + " to " + numberText(range->high);
     return "";
 }
 
-bool mayBeDefault(const PF_ParamDef& definition, double number) {
-    const PF_ParamDefUnion& u = definition.u;
-    switch (definition.param_type) {
-    case PF_Param_SLIDER:
-        return number == u.sd.dephault;
-    case PF_Param_FIX_SLIDER:
-        return hostkit::toFixed(number) == u.fs_d.dephault;
-    case PF_Param_ANGLE:
-        return hostkit::toFixed(number) == u.ad.dephault;
-    default:
-        return definition.param_type == PF_Param_COLOR || definition.param_type == PF_Param_POINT;
-    }
-}
-
-std::vector<std::string> choicesOf(const PF_PopupDef& popup) {
-    std::vector<std::string> choices;
-    std::string_view names = popup.u.namesptr;
-    for (int number = 1; number <= popup.num_choices; ++number) {
-        const std::size_t end = names.find('|');
-        choices.emplace_back(names.substr(0, end));
-        if (choices.back().empty())
-            choices.back() = std::to_string(number);
-        names.remove_prefix(end == std::string_view::npos ? names.size() : end + 1);
-    }
-    return choices;
+bool mayBeDefault(const PF_ParamDef& definition, double number, const hostkit::Layer& layer) {
+    const ControlKind& kind = hostkit::kindOf(definition);
+    return kind.defaultFit == DefaultFit::Anything ||
+           (kind.defaultFit == DefaultFit::Exactly &&
+            counted(kind.format, number) == kind.defaultValue(definition.u, layer).one_d);
 }
 
 std::string numberText(double number) {
@@ -194,13 +119,13 @@ std::string describeControls(hostkit::Effect& effect) {
     std::string text;
     for (const std::size_t index : listedControls(effect)) {
         const PF_ParamDef& definition = effect.definitions[index];
-        text.append("\n  ").append(nameOf(effect, index)).append(": ");
-        text.append(kindName(definition.param_type));
-        if (const auto range = rangeOf(definition))
+        const ControlKind& kind = hostkit::kindOf(definition);
+        text.append("\n  ").append(nameOf(effect, index)).append(": ").append(kind.name);
+        if (const auto range = shownRange(kind, definition))
             text.append(" from " + numberText(range->low) + " to " + numberText(range->high));
-        if (definition.param_type != PF_Param_POPUP)
+        if (!kind.hasChoices)
             continue;
-        const std::vector<std::string> choices = choicesOf(definition.u.pd);
+        const std::vector<std::string> choices = hostkit::choicesOf(definition.u.pd);
         for (std::size_t i = 0; i < choices.size(); ++i)
             text.append(i == 0 ? " " : ", ").append(std::to_string(i + 1) + " " + choices[i]);
     }
@@ -209,17 +134,18 @@ std::string describeControls(hostkit::Effect& effect) {
 
 Json controlAsJson(hostkit::Effect& effect, std::size_t index, double seconds) {
     const PF_ParamDef& definition = effect.definitions.at(index);
-    const PF_ParamType kind = definition.param_type;
-    const hostkit::StreamValue value = effect.control(index).at(seconds - effect.layer->inSeconds);
-    const std::optional<Range> range = rangeOf(definition);
-    const char* display = displayOf(definition);
+    const ControlKind& kind = hostkit::kindOf(definition);
+    const hostkit::Layer& layer = *effect.layer;
+    const hostkit::StreamValue value = effect.control(index).at(seconds - layer.inSeconds);
+    const std::optional<NumberRange> range = shownRange(kind, definition);
+    const char* display = displayOf(kind, definition);
     return {{"index", index},
             {"name", nameOf(effect, index)},
-            {"kind", kindName(kind)},
-            {"value", valueAsJson(kind, value.value, *effect.layer)},
-            {"default", defaultAsJson(effect, definition)},
+            {"kind", kind.name},
+            {"value", valueAsJson(kind, value, layer)},
+            {"default", defaultAsJson(kind, definition, layer)},
             {"range", range ? Json{shortFixed(range->low), shortFixed(range->high)} : Json()},
-            {"choices", kind == PF_Param_POPUP ? Json(choicesOf(definition.u.pd)) : Json()},
+            {"choices", kind.hasChoices ? Json(hostkit::choicesOf(definition.u.pd)) : Json()},
             {"display", display == nullptr ? Json() : Json(display)},
             {"hidden", effect.control(index).isHidden()}};
 }

@@ -1,10 +1,10 @@
 #include "pbhost/control_setting.h"
 
 #include <algorithm>
-#include <cctype>
-#include <charconv>
-#include <cmath>
+#include <stdexcept>
+#include <string_view>
 
+#include "hostkit/text.h"
 #include "pbhost/control_list.h"
 #include "pbhost/failure.h"
 
@@ -14,17 +14,7 @@ namespace {
 
 using Indices = std::vector<std::size_t>;
 
-bool areAlike(std::string_view one, std::string_view other) {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) ==
-               std::tolower(static_cast<unsigned char>(b));
-    });
-}
-
-bool areSame(std::string_view one, std::string_view other) {
-    return one == other;
-}
-
+using hostkit::areAlike, hostkit::areEqual, hostkit::ControlKind;
 using Comparison = bool (*)(std::string_view, std::string_view);
 
 // The controls of that name; if there are none, those of that name with "[0]", "[1]" ... behind it.
@@ -47,7 +37,7 @@ Indices findByName(const hostkit::Effect& effect, const Indices& among, std::str
 Indices listedOf(hostkit::Effect& effect, bool areLayers) {
     Indices all = listedControls(effect);
     std::erase_if(all, [&](std::size_t index) {
-        return (effect.definitions[index].param_type == PF_Param_LAYER) != areLayers;
+        return hostkit::isLayerControl(effect.definitions[index]) != areLayers;
     });
     return all;
 }
@@ -78,7 +68,9 @@ public:
 
     void run() {
         const Indices found = find();
-        const std::vector<std::string> values = splitValues(setting_.value);
+        const bool isOneText =
+            found.size() == 1 && hostkit::kindOf(effect_.definitions[found.front()]).hasChoices;
+        const auto values = isOneText ? std::vector{setting_.value} : splitValues(setting_.value);
         if (found.size() == 1)
             return set(found.front(), values);
         requireCount(values, found.size());
@@ -94,7 +86,7 @@ public:
 private:
     Indices find() const {
         const Indices all = listedOf(effect_, false);
-        for (const Comparison isName : {areSame, areAlike})
+        for (const Comparison isName : {areEqual, areAlike})
             if (const Indices found = findByName(effect_, all, setting_.control, isName);
                 !found.empty())
                 return requireOneMeaning(found);
@@ -119,67 +111,29 @@ private:
                  std::to_string(values.size()) + (values.size() == 1 ? " is given" : " are given"));
     }
 
+    // Fewer numbers than the control has leave the others as they are.
     void set(std::size_t index, const std::vector<std::string>& values) {
-        hostkit::StreamValue value = effect_.control(index).at(seconds_);
         const PF_ParamDef& definition = effect_.definitions[index];
-        switch (definition.param_type) {
-        case PF_Param_COLOR:
-            readColor(definition, values, value.value.color);
-            break;
-        case PF_Param_POINT:
-            requireCount(values, 2);
-            value.value.two_d = {number(definition, values[0]), number(definition, values[1])};
-            break;
-        case PF_Param_POPUP:
-            value.value.one_d = choice(definition.u.pd);
-            break;
-        default:
-            requireCount(values, 1);
-            value.value.one_d = definition.param_type == PF_Param_CHECKBOX
-                                    ? truth(values[0])
-                                    : number(definition, values[0]);
-        }
-        effect_.control(index).set(value, seconds_);
-    }
-
-    // Three numbers leave the alpha as it is.
-    void readColor(const PF_ParamDef& definition, const std::vector<std::string>& values,
-                   AEGP_ColorVal& color) const {
-        if (values.size() != 4)
-            requireCount(values, 3);
-        double* const channels[] = {&color.redF, &color.greenF, &color.blueF, &color.alphaF};
+        const ControlKind& kind = hostkit::kindOf(definition);
+        if (values.size() != kind.numbers)
+            requireCount(values, kind.fewestNumbers);
+        std::vector<double> numbers =
+            hostkit::numbersOf(kind, effect_.control(index).at(seconds_).value);
         for (std::size_t k = 0; k < values.size(); ++k)
-            *channels[k] = number(definition, values[k]);
+            numbers[k] = number(definition, values[k]);
+        effect_.control(index).set({hostkit::valueOf(kind, numbers)}, seconds_);
     }
 
     double number(const PF_ParamDef& definition, const std::string& text) const {
-        const auto number = parseNumber(text);
-        if (!number)
-            fail("\"" + text + "\" is not a number");
-        if (const std::string fault = faultOfNumber(definition, *number); !fault.empty())
+        double number = 0;
+        try {
+            number = hostkit::kindOf(definition).parse(definition.u, text);
+        } catch (const std::invalid_argument& reason) {
+            fail(reason.what());
+        }
+        if (const std::string fault = faultOfNumber(definition, number); !fault.empty())
             fail("\"" + text + "\" " + fault);
-        return *number;
-    }
-
-    double truth(const std::string& text) const {
-        if (text == "true" || text == "1")
-            return 1;
-        if (text == "false" || text == "0")
-            return 0;
-        fail("\"" + text + "\" is neither true nor false");
-    }
-
-    // By its number if there is one of it, else by its text, which may hold commas.
-    double choice(const PF_PopupDef& popup) const {
-        const std::vector<std::string> choices = choicesOf(popup);
-        for (std::size_t i = 0; i < choices.size(); ++i)
-            if (setting_.value == std::to_string(i + 1))
-                return static_cast<double>(i + 1);
-        for (const Comparison isName : {areSame, areAlike})
-            for (std::size_t i = 0; i < choices.size(); ++i)
-                if (isName(choices[i], setting_.value))
-                    return static_cast<double>(i + 1);
-        fail("there is no such choice");
+        return number;
     }
 
     hostkit::Effect& effect_;
@@ -203,7 +157,7 @@ void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double
 
 std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting) {
     const Indices all = listedOf(effect, true);
-    for (const Comparison isName : {areSame, areAlike}) {
+    for (const Comparison isName : {areEqual, areAlike}) {
         const Indices found = findByName(effect, all, setting.control, isName);
         if (found.size() == 1)
             return found.front();
@@ -217,16 +171,6 @@ std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& sett
     throw Failure(ExitCode::Usage, "--layer " + setting.control + "=" + setting.value +
                                        ": there is no such layer control; there are:" +
                                        (list.empty() ? "\n  none" : list));
-}
-
-std::optional<double> parseNumber(std::string_view text) {
-    double number = 0;
-    if (text.starts_with('+') && !text.starts_with("+-"))
-        text.remove_prefix(1);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number))
-        return std::nullopt;
-    return number;
 }
 
 } // namespace pbhost

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "hostkit/effect.h"
 
@@ -23,8 +22,5 @@ void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double
 
 // The index of a layer control, by its number from 1 or its name; throws as applySetting does.
 std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting);
-
-// The whole text as a finite number, with '.' whatever the locale; nothing when it is none.
-std::optional<double> parseNumber(std::string_view text);
 
 } // namespace pbhost

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <stdexcept>
 
 #include "pbhost/failure.h"
 #include "pbhost/printable.h"
@@ -31,11 +30,7 @@ std::string readWhole(const std::string& path) {
     // A pipe would hold up whoever opens it, the effect among them.
     if (std::filesystem::is_other(path, ignored))
         throw unreadable(path, "it is not a regular file");
-    try {
-        return readWholeFile(path);
-    } catch (const std::runtime_error& error) {
-        throw unreadable(path, error.what());
-    }
+    return readWholeFile(path, ExitCode::BadKernel);
 }
 
 } // namespace
@@ -59,7 +54,8 @@ void requireReadable(const std::string& path) {
     readWhole(path);
 }
 
-EffectFile::EffectFile(const std::string& path) : isGraph(isGraphFile(path)) {
+EffectFile::EffectFile(hostkit::Host& host, const std::string& path)
+    : isGraph(isGraphFile(path)), command_(0, 0, host.inData()) {
     if (isGraph)
         readGraphText(readWhole(path), graph);
     else

@@ -1,10 +1,10 @@
 // A kernel or graph file, read into the model.
-//
-// The models stand on the host's heap: a command must run for as long as one of them lives.
 #pragma once
 
 #include <string>
 
+#include "host/command_scope.h"
+#include "hostkit/host.h"
 #include "pixelbender/model.h"
 
 namespace pbhost {
@@ -20,13 +20,20 @@ bool isGraphFile(const std::string& path);
 // effect take.
 void requireReadable(const std::string& path);
 
-// The model of a file; of the two only one is filled.
-struct EffectFile {
+// The model of a file; of the two only one is filled. Models and generated texts stand on the
+// host's heap: a command runs for as long as this lives.
+class EffectFile {
+public:
     // Throws Failure when the file cannot be read. A file that reads, but is no kernel or graph,
     // gives a thin model: what is wrong with it shows when it is compiled.
-    explicit EffectFile(const std::string& path);
+    EffectFile(hostkit::Host& host, const std::string& path);
 
-    bool isGraph;
+    const bool isGraph;
+
+private:
+    const CommandScope command_; // before the models, which need it to the last
+
+public:
     pbGraphInfo graph;
     pbKernelInfo kernel;
 };

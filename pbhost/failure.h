@@ -1,7 +1,9 @@
-// How a verb ends when it cannot do what it was asked: with a message for standard error and the
-// program's exit code.
+// The one way in which errors go up, and the one place that turns them into a message and an exit
+// code.
 #pragma once
 
+#include <functional>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -24,5 +26,24 @@ public:
 
     ExitCode code;
 };
+
+// The work's answer. What a library throws becomes a Failure of that code; the prefix goes in front
+// of its message.
+template<class Work>
+auto orFail(ExitCode code, const std::string& prefix, const Work& work) {
+    try {
+        return work();
+    } catch (const Failure&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw Failure(code, prefix + error.what());
+    }
+}
+
+// The exit code of the work, which is its answer or that of the exception that ends it; its message
+// goes to standard error.
+int exitCodeOf(const std::function<int()>& work);
 
 } // namespace pbhost

@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <string_view>
 
+#include "engine/glsl_generator.h"
 #include "pbhost/wiring.h"
 
 namespace pbhost {
 
 namespace {
-
-constexpr std::size_t mostInputs = 8; // of a kernel, for the engine
 
 void add(std::string& hints, std::string_view owner, std::string_view hint) {
     hints.append("  ").append(owner).append(owner.empty() ? "" : ": ").append(hint).append("\n");
@@ -33,10 +32,10 @@ std::string hintsFor(const pbKernelInfo& kernel) {
         add(hints, name, "no kernel was found; it looks like this: kernel NAME < ... > { ... }");
         return hints;
     }
-    if (kernel.inputs.size() > mostInputs)
+    if (kernel.inputs.size() > maxKernelInputs)
         add(hints, name,
             "has " + std::to_string(kernel.inputs.size()) + " inputs, and " +
-                std::to_string(mostInputs) + " are the most");
+                std::to_string(maxKernelInputs) + " are the most");
     if (kernel.output.type == pbTypeNone)
         add(hints, name, "the output is missing; declare it: output pixel4 dst;");
     else if (componentCount(kernel.output.type) != 4)

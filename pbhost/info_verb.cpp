@@ -5,6 +5,7 @@
 #include "pbhost/failure.h"
 #include "pbhost/printable.h"
 #include "pbhost/scene.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -16,7 +17,7 @@ public:
     explicit Listener(Session& owner) : session_(owner) {
         session_.host.scripts.person = [this](const hostkit::Question& question) {
             const bool isAlert = question.kind == hostkit::Question::Kind::Alert;
-            if (!isAlert || question.title != "Pixel Bender Information")
+            if (!isAlert || question.title != informationTitle)
                 return session_.dialogs.answer(question);
             text = question.message;
             return std::optional<std::string>();
@@ -48,18 +49,19 @@ void info(Session& session, const InfoRequest& request, std::string& text) {
     if (!request.exportFolder.empty())
         session.dialogs.prepare({"yes", request.exportFolder});
     session.require(scene.effect.doDialog());
-    if (wasAsked(session, "Log file has failed to export"))
+    if (wasAsked(session, exportFailedTitle))
         throw Failure(ExitCode::RenderFailed,
                       request.exportFolder + ": the error log could not be written there");
     text = listener.text + "\n";
     if (request.exportFolder.empty()) {
         scene.checkPrograms();
-        return scene.checkWiring(request.isStrict);
+        scene.checkWiring(request.isStrict);
+        return;
     }
     for (const std::string& message : scene.messages)
         if (!message.empty())
             std::cerr << printable(message) << "\n";
-    if (!wasAsked(session, "Log file has exported "))
+    if (!wasAsked(session, exportedTitle))
         std::cerr << "pbhost: note: there is no error log\n";
     scene.checkWiring(request.isStrict);
 }

@@ -5,12 +5,11 @@
 
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
-#include "host/command_scope.h"
 #include "pbhost/compile_messages.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/hints.h"
 #include "pbhost/printable.h"
-#include "pbhost/wiring.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -50,16 +49,15 @@ struct FileModel : EffectFile {
 };
 
 std::string hintsOf(hostkit::Host& host, const std::string& file) {
-    const CommandScope scope(0, 0, host.inData());
     try {
-        return FileModel(file).hints();
+        return FileModel(host, file).hints();
     } catch (const Failure&) { // it is not there
         return "";
     }
 }
 
 bool tellsOfShader(const std::string& message) {
-    return message.starts_with("!!!");
+    return message.starts_with(failureMark);
 }
 
 std::string asLines(const std::vector<std::string>& sentences, const std::string& start) {
@@ -87,7 +85,7 @@ void throwCompileFailure(const std::string& file, const FileModel& model,
 } // namespace
 
 bool hasGraph(const hostkit::Effect& effect) {
-    return effect.title() != "TVM:(Invalid PB)";
+    return effect.title() != std::string(titlePrefix) + titleWithoutGraph;
 }
 
 Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
@@ -103,7 +101,7 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
             .append(
                 "\n(the folder to look under: pbhost prefs set rootFolder DIR; the file itself: "
                 "--answer FILE)");
-    const bool lacksOpenGl = isFound && messages.front().starts_with("OpenGL can not be used");
+    const bool lacksOpenGl = isFound && messages.front() == openGlLacks;
     return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel,
             text + "\n" + (lacksOpenGl ? "" : hintsOf(host, file))};
 }
@@ -112,8 +110,7 @@ std::string warningsOfLoad(Session& session, const std::string& file,
                            const std::vector<std::string>& messages) {
     if (std::any_of(messages.begin(), messages.end(), tellsOfShader)) {
         const std::vector<CompileFailure> failures = readErrorLog(session.takeErrorLog());
-        const CommandScope scope(0, 0, session.host.inData());
-        const FileModel model(file);
+        const FileModel model(session.host, file);
         const bool isOfKernel =
             std::any_of(failures.begin(), failures.end(), [&](const CompileFailure& failure) {
                 return model.kernelOf(failure.name) != nullptr;
@@ -128,13 +125,15 @@ std::string warningsOfLoad(Session& session, const std::string& file,
     return printable(warnings);
 }
 
-std::string warningsOfWiring(hostkit::Host& host, const std::string& shownName,
-                             const std::string& file, bool isStrict) {
-    const CommandScope scope(0, 0, host.inData());
-    const EffectFile model(file);
+FileFacts readFacts(hostkit::Host& host, const std::string& file) {
+    const EffectFile model(host, file);
     if (!model.isGraph)
-        return "";
-    const WiringFaults faults = checkWiring(model.graph);
+        return {model.kernel.inputs.size(), {}};
+    return {model.graph.inputs.size(), checkWiring(model.graph)};
+}
+
+std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
+                             bool isStrict) {
     if (!faults.errors.empty() || (isStrict && !faults.warnings.empty()))
         throw Failure(ExitCode::BadKernel, shownName + ": the graph is wired wrongly.\n" +
                                                asLines(faults.errors, "  ") +

@@ -1,12 +1,14 @@
 // Whether the effect could load its file, and what to tell the user when it could not.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "hostkit/effect.h"
 #include "pbhost/failure.h"
 #include "pbhost/session.h"
+#include "pbhost/wiring.h"
 
 namespace pbhost {
 
@@ -25,10 +27,17 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
 std::string warningsOfLoad(Session& session, const std::string& file,
                            const std::vector<std::string>& messages);
 
+// What is told of a file besides what the effect says, read once.
+struct FileFacts {
+    std::size_t inputs; // that it takes, which may be more than the effect can feed
+    WiringFaults wiring;
+};
+FileFacts readFacts(hostkit::Host& host, const std::string& file);
+
 // What the engine passes over in a graph, as lines for standard error. Throws Failure (BadKernel),
 // with all of them, when one makes the picture wrong for certain, or when the caller is strict and
 // there is any.
-std::string warningsOfWiring(hostkit::Host& host, const std::string& shownName,
-                             const std::string& file, bool isStrict);
+std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
+                             bool isStrict);
 
 } // namespace pbhost

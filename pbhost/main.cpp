@@ -6,9 +6,7 @@
 #include <future>
 #include <iostream>
 #include <memory>
-#include <new>
 
-#include "host/command_scope.h"
 #include "hostkit/suites.h"
 #include "pbhost/camera_verb.h"
 #include "pbhost/child_process.h"
@@ -18,7 +16,6 @@
 #include "pbhost/large_blocks.h"
 #include "pbhost/model_verb.h"
 #include "pbhost/prefs_verb.h"
-#include "pbhost/printable.h"
 #include "pbhost/render_verb.h"
 #include "pbhost/temporary_files.h"
 #include "pbhost/translate_verb.h"
@@ -121,10 +118,9 @@ void addRender(CLI::App& app, Job& job) {
             pbhost::checkOutputs(*request);
             const pbhost::QuietOutput quiet(options->isVerbose); // for what reads ahead, too
             std::future<pbhost::Source> ahead = pbhost::readAhead(*request);
-            return pbhost::inSession(*options, [&](pbhost::Session& session) {
-                pbhost::render(session, *request, std::move(ahead));
-                return std::string();
-            });
+            pbhost::Session session(*options);
+            pbhost::render(session, *request, std::move(ahead));
+            return session.finish("");
         };
     });
 }
@@ -140,9 +136,8 @@ void addControls(CLI::App& app, Job& job) {
     verb->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
-            return pbhost::inSession(*options, [&](pbhost::Session& session) {
-                return pbhost::showControls(session, *request);
-            });
+            pbhost::Session session(*options);
+            return session.finish(pbhost::showControls(session, *request));
         };
     });
 }
@@ -160,10 +155,9 @@ void addInfo(CLI::App& app, Job& job) {
         job.work = [request, options] {
             std::string text;
             try {
-                return pbhost::inSession(*options, [&](pbhost::Session& session) {
-                    pbhost::info(session, *request, text);
-                    return text;
-                });
+                pbhost::Session session(*options);
+                pbhost::info(session, *request, text);
+                return session.finish(text);
             } catch (const Failure&) {
                 writeOut(text);
                 throw;
@@ -175,8 +169,12 @@ void addInfo(CLI::App& app, Job& job) {
 void addAbout(CLI::App& app, Job& job) {
     auto* verb = app.add_subcommand("about", "Show what the effect tells of OpenGL");
     const auto options = addSession(*verb);
-    verb->callback(
-        [&job, options] { job.work = [options] { return inSession(*options, pbhost::about); }; });
+    verb->callback([&job, options] {
+        job.work = [options] {
+            pbhost::Session session(*options);
+            return session.finish(pbhost::about(session));
+        };
+    });
 }
 
 void addHost(CLI::App& app, Job& job) {
@@ -232,13 +230,6 @@ void addPrefs(CLI::App& app, Job& job) {
     });
 }
 
-// A verb over the models alone: they need a running command.
-std::string inCommand(const std::function<std::string()>& work) {
-    hostkit::Host host;
-    const CommandScope scope(0, 0, host.inData());
-    return work();
-}
-
 void addTranslate(CLI::App& app, Job& job) {
     auto* verb = app.add_subcommand("translate", "Show the GLSL programs made of a kernel or node");
     auto request = std::make_shared<pbhost::TranslateRequest>();
@@ -252,18 +243,15 @@ void addTranslate(CLI::App& app, Job& job) {
                      "red, green, blue")
         ->capture_default_str()
         ->check(CLI::Range(0, 23));
-    verb->callback([&job, request] {
-        job.work = [request] { return inCommand([&] { return pbhost::translate(*request); }); };
-    });
+    verb->callback(
+        [&job, request] { job.work = [request] { return pbhost::translate(*request); }; });
 }
 
 void addModel(CLI::App& app, Job& job) {
     auto* verb = app.add_subcommand("model", "Write what is read out of a file, as JSON");
     auto file = std::make_shared<std::string>();
     verb->add_option("file", *file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->callback([&job, file] {
-        job.work = [file] { return inCommand([&] { return pbhost::modelAsJson(*file); }); };
-    });
+    verb->callback([&job, file] { job.work = [file] { return pbhost::modelAsJson(*file); }; });
 }
 
 void addCamera(CLI::App& app, Job& job) {
@@ -286,36 +274,14 @@ void addCamera(CLI::App& app, Job& job) {
         [&job, request] { job.work = [request] { return pbhost::cameraProjection(*request); }; });
 }
 
-int complain(ExitCode code, const std::string& message) {
-    std::cerr << "pbhost: " << pbhost::printable(message) << (message.ends_with('\n') ? "" : "\n");
-    return static_cast<int>(code);
-}
-
-// The exit code of the work, whatever becomes of it.
-int guarded(const std::function<int()>& work) {
-    try {
-        return work();
-    } catch (const Failure& failure) {
-        return complain(failure.code, failure.what());
-    } catch (const std::bad_alloc&) {
-        return complain(ExitCode::RenderFailed, "out of memory");
-    } catch (long) {
-        return complain(ExitCode::RenderFailed, "out of memory");
-    } catch (const std::exception& error) {
-        return complain(ExitCode::RenderFailed, error.what());
-    }
-}
-
-int runJob(const Job& job) {
-    return pbhost::runInChild(
-        [&job] {
-            return guarded([&job] {
-                pbhost::keepLargeBlocks();
-                writeOut(job.work());
-                return 0;
-            });
-        },
-        job.subject, job.folders);
+// Forks unless the user wants to watch the work in a debugger.
+int runJob(const Job& job, bool isForked) {
+    const auto work = [&job] {
+        pbhost::keepLargeBlocks();
+        writeOut(job.work());
+        return 0;
+    };
+    return isForked ? pbhost::runInChild(work, job.subject, job.folders) : work();
 }
 
 constexpr const char* helpHint = "To see what is understood: pbhost --help, pbhost VERB --help\n";
@@ -330,13 +296,13 @@ void requireVerb(const CLI::App& app, int argc, char** argv) {
 int run(int argc, char** argv) {
     CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
     app.require_subcommand(0, 1); // without one there is more to say than an error
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return std::string("pbhost: ") + error.what() + "\n" + helpHint;
-    });
     app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
                "picture, 5 the work crashed, 130 interrupted.");
     app.set_version_flag("--version", "pbhost " PBHOST_VERSION);
+    bool isInOneProcess = false;
+    app.add_flag("--no-fork", isInOneProcess,
+                 "Do the work in this process, for a debugger, and not in a child");
     Job job;
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})
@@ -344,12 +310,13 @@ int run(int argc, char** argv) {
     requireVerb(app, argc, argv);
     try {
         app.parse(argc, argv);
+    } catch (const CLI::Success& asked) { // for a help text
+        return app.exit(asked);
     } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error);
-        return code == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+        throw Failure(ExitCode::Usage, std::string(error.what()) + "\n" + helpHint);
     }
     if (job.work)
-        return runJob(job);
+        return runJob(job, !isInOneProcess);
     std::cerr << app.help();
     return static_cast<int>(ExitCode::Usage);
 }
@@ -357,5 +324,5 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    return guarded([=] { return run(argc, argv); });
+    return pbhost::exitCodeOf([=] { return run(argc, argv); });
 }

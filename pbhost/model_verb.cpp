@@ -107,7 +107,8 @@ Json graphAsJson(const pbGraphInfo& graph) {
 } // namespace
 
 std::string modelAsJson(const std::string& path) {
-    const EffectFile model(path);
+    hostkit::Host host;
+    const EffectFile model(host, path);
     return jsonText(model.isGraph ? graphAsJson(model.graph) : kernelAsJson(model.kernel));
 }
 

@@ -19,11 +19,13 @@ namespace fs = std::filesystem;
 namespace {
 
 [[noreturn]] void failRead(const fs::path& path, std::string_view reason) {
-    throw PictureError("cannot read '" + path.string() + "': " + std::string(reason));
+    throw Failure(ExitCode::BadPicture,
+                  "cannot read '" + path.string() + "': " + std::string(reason));
 }
 
 [[noreturn]] void failWrite(const fs::path& path, std::string_view reason) {
-    throw PictureError("cannot write '" + path.string() + "': " + std::string(reason));
+    throw Failure(ExitCode::RenderFailed,
+                  "cannot write '" + path.string() + "': " + std::string(reason));
 }
 
 void checkSource(const fs::path& path) {
@@ -78,7 +80,7 @@ const PictureFormats& formats() {
 
 Picture makePicture(unsigned width, unsigned height, Depth depth) {
     if (const std::string fault = sizeFault(width, height, bytesPerPixel(depth)); !fault.empty())
-        throw PictureError(fault);
+        throw Failure(ExitCode::Usage, fault);
     return emptyPicture(width, height, depth);
 }
 

@@ -1,14 +1,13 @@
 // Pictures in the host's memory layout, read from files and written to files by OpenImageIO.
 // A picture owns its pixels. The values are those of the file: nothing is multiplied by alpha or
 // divided by it, and no colour space is applied. The functions may be called from any thread; they
-// throw PictureError, whose message names the file and the reason, and leave nothing half done.
-// The first call opens the library of the formats, and throws Failure (RenderFailed) without it.
+// throw Failure, whose message names the file and the reason, and leave nothing half done. The
+// first call opens the library of the formats, and throws Failure (RenderFailed) without it.
 #pragma once
 
 #include <cstddef>
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <vector>
 
 namespace pbhost {
@@ -44,27 +43,23 @@ struct Picture {
     const std::byte* row(unsigned y) const { return pixels.data() + std::size_t{rowBytes} * y; }
 };
 
-class PictureError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// Transparent black, without padding between the rows. Throws PictureError for an empty picture or
-// one of more than 2 GiB.
+// Transparent black, without padding between the rows. Throws Failure (Usage) for an empty picture
+// or one of more than 2 GiB.
 Picture makePicture(unsigned width, unsigned height, Depth depth);
 
 // Reads any format of OpenImageIO; of several pictures in a file the first. Without a depth the
 // file decides: 8-bit integers give 8 bits, other integers 16, floats of any size 32. Grey becomes
-// equal red, green and blue; a file without alpha is opaque. The rows are not padded.
+// equal red, green and blue; a file without alpha is opaque. The rows are not padded. Throws
+// Failure (BadPicture).
 Picture readPicture(const std::filesystem::path& path, std::optional<Depth> depth = std::nullopt);
 
-// Throws PictureError when writePicture could not write there, whatever the picture: the place, or
-// an extension that names no format.
+// Throws Failure (RenderFailed) when writePicture could not write there, whatever the picture: the
+// place, or an extension that names no format.
 void requireWritable(const std::filesystem::path& path);
 
 // Writes the format that the extension names, as near to the picture's depth as that format comes,
 // and without alpha where the format has none. The file appears under its name only when it is
-// complete; on failure an older file of that name stays as it was.
+// complete; on failure (RenderFailed) an older file of that name stays as it was.
 void writePicture(const std::filesystem::path& path, const Picture& picture);
 
 } // namespace pbhost

@@ -19,11 +19,7 @@ hostkit::Preferences open(const PrefsRequest& request) {
     if (file.empty())
         throw Failure(ExitCode::Usage, "no place for preferences: HOME is not set; name a file "
                                        "with --prefs");
-    try {
-        return hostkit::Preferences(file);
-    } catch (const std::exception& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    return orFail(ExitCode::Usage, "", [&] { return hostkit::Preferences(file); });
 }
 
 std::string valueOf(const hostkit::Preferences& preferences, const PrefsRequest& request) {

@@ -12,9 +12,11 @@ namespace pbhost {
 
 namespace {
 
+using hostkit::ControlKind;
 using nlohmann::ordered_json;
 
 constexpr int version = 1;
+constexpr char notAProject[] = ": no project that can be read: ";
 
 std::string toHex(const std::vector<std::byte>& bytes) {
     constexpr char digits[] = "0123456789abcdef";
@@ -66,42 +68,29 @@ ProjectFile parse(const ordered_json& json) {
 }
 
 // A stream's value as the project has it, and back. In full, so that a picture comes out the same.
-ordered_json storedValue(const Scene& scene, PF_ParamType kind, const hostkit::StreamValue& held) {
-    const AEGP_StreamVal2& value = held.value;
-    switch (kind) {
-    case PF_Param_LAYER: {
-        const std::string file = scene.fileOf(value.layer_id);
-        return file.empty() ? ordered_json() : ordered_json(file);
-    }
-    case PF_Param_COLOR:
-        return {value.color.redF, value.color.greenF, value.color.blueF, value.color.alphaF};
-    case PF_Param_POINT:
-        return {value.two_d.x, value.two_d.y};
-    default:
-        return value.one_d;
-    }
+ordered_json storedValue(const Scene& scene, const ControlKind& kind,
+                         const hostkit::StreamValue& held) {
+    if (kind.numbers == 1)
+        return held.value.one_d;
+    if (kind.numbers > 1)
+        return hostkit::numbersOf(kind, held.value);
+    const std::string file = scene.fileOf(held.value.layer_id);
+    return file.empty() ? ordered_json() : ordered_json(file);
 }
 
-hostkit::StreamValue heldValue(Scene& scene, PF_ParamType kind, const ordered_json& stored) {
+hostkit::StreamValue heldValue(Scene& scene, const ControlKind& kind, const ordered_json& stored) {
     hostkit::StreamValue held;
-    AEGP_StreamVal2& value = held.value;
-    switch (kind) {
-    case PF_Param_LAYER:
-        if (!stored.is_null()) {
-            const int bytes = scene.effect.channelBytes();
-            value.layer_id =
-                scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
+    if (kind.numbers > 0) {
+        std::vector<double> numbers(kind.numbers);
+        for (std::size_t k = 0; k < kind.numbers; ++k) {
+            const std::size_t at = kind.order[k];
+            numbers[at] = (kind.numbers == 1 ? stored : stored.at(at)).get<double>();
         }
-        break;
-    case PF_Param_COLOR:
-        value.color = {stored.at(3).get<double>(), stored.at(0).get<double>(),
-                       stored.at(1).get<double>(), stored.at(2).get<double>()};
-        break;
-    case PF_Param_POINT:
-        value.two_d = {stored.at(0).get<double>(), stored.at(1).get<double>()};
-        break;
-    default:
-        value.one_d = stored.get<double>();
+        held.value = hostkit::valueOf(kind, numbers);
+    } else if (!stored.is_null()) {
+        const int bytes = scene.effect.channelBytes();
+        held.value.layer_id =
+            scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
     }
     return held;
 }
@@ -110,16 +99,16 @@ hostkit::StreamValue heldValue(Scene& scene, PF_ParamType kind, const ordered_js
 void requireFit(const Scene& scene, std::size_t index, const ordered_json& number) {
     const PF_ParamDef& definition = scene.effect.definitions[index];
     const std::string fault = faultOfNumber(definition, number.get<double>());
-    if (!fault.empty() && !mayBeDefault(definition, number.get<double>()))
+    if (!fault.empty() && !mayBeDefault(definition, number.get<double>(), scene.layer))
         throw std::invalid_argument("control " + std::to_string(index) + ", " +
                                     nameOf(scene.effect, index) + ": " + number.dump() + " " +
                                     fault);
 }
 
 hostkit::StreamValue fittingValue(Scene& scene, std::size_t index, const ordered_json& stored) {
-    const PF_ParamType kind = scene.effect.definitions[index].param_type;
+    const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
     const hostkit::StreamValue value = heldValue(scene, kind, stored);
-    if (kind != PF_Param_LAYER)
+    if (kind.numbers > 0)
         for (const ordered_json& number :
              stored.is_array() ? stored : ordered_json::array({stored}))
             requireFit(scene, index, number);
@@ -136,10 +125,10 @@ AEGP_KeyframeInterpolationType interpolationOf(const ordered_json& json, const c
 
 ordered_json storedControl(Scene& scene, std::size_t index) {
     const hostkit::Stream& stream = scene.effect.control(index);
-    const PF_ParamType kind = scene.effect.definitions[index].param_type;
+    const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
     ordered_json json = {{"index", index},
                          {"name", nameOf(scene.effect, index)},
-                         {"kind", kindName(kind)},
+                         {"kind", kind.name},
                          {"value", storedValue(scene, kind, stream.constant)}};
     for (const hostkit::Keyframe& keyframe : stream.keyframes)
         json["keyframes"].push_back({{"time", keyframe.seconds},
@@ -153,9 +142,9 @@ void fillControl(Scene& scene, const ordered_json& stored) {
     const auto index = stored.at("index").get<std::size_t>();
     if (index == 0 || index >= scene.effect.definitions.size())
         throw std::invalid_argument("there is no control " + std::to_string(index));
-    const PF_ParamType kind = scene.effect.definitions[index].param_type;
-    if (stored.at("kind") != kindName(kind))
-        throw std::invalid_argument("control " + std::to_string(index) + " is a " + kindName(kind));
+    const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
+    if (stored.at("kind") != kind.name)
+        throw std::invalid_argument("control " + std::to_string(index) + " is a " + kind.name);
     hostkit::Stream& stream = scene.effect.control(index);
     stream.keyframes.clear();
     stream.set(fittingValue(scene, index, stored.at("value")), 0);
@@ -171,18 +160,6 @@ void fillControl(Scene& scene, const ordered_json& stored) {
     }
 }
 
-// What the reading threw, as a failure that names the file.
-template<class Work>
-auto orBadProject(const std::string& path, const Work& work) {
-    try {
-        return work();
-    } catch (const Failure&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw Failure(ExitCode::Usage, path + ": no project that can be read: " + error.what());
-    }
-}
-
 ordered_json layerAsJson(const hostkit::Footage& source) {
     if (source.name.empty())
         return {{"width", source.width}, {"height", source.height}};
@@ -192,17 +169,13 @@ ordered_json layerAsJson(const hostkit::Footage& source) {
 } // namespace
 
 ProjectFile readProject(const std::string& path) {
-    std::string text;
-    try {
-        text = readWholeFile(path);
-    } catch (const std::runtime_error& error) {
-        throw Failure(ExitCode::Usage, path + ": cannot be read: " + error.what());
-    }
-    return orBadProject(path, [&] { return parse(ordered_json::parse(text)); });
+    const std::string text = readWholeFile(path, ExitCode::Usage);
+    return orFail(ExitCode::Usage, path + notAProject,
+                  [&] { return parse(ordered_json::parse(text)); });
 }
 
 void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {
-    orBadProject(path, [&] {
+    orFail(ExitCode::Usage, path + notAProject, [&] {
         for (const ordered_json& stored : project.controls)
             fillControl(scene, stored);
     });

@@ -50,14 +50,16 @@ std::string readAll(int descriptor, std::size_t size) {
 
 } // namespace
 
-std::string readWholeFile(const std::string& path) {
-    const Descriptor file(path);
-    struct stat status {};
-    if (file.number < 0 || ::fstat(file.number, &status) != 0)
-        fail(std::strerror(errno));
-    if (S_ISDIR(status.st_mode))
-        fail("it is a folder");
-    return readAll(file.number, static_cast<std::size_t>(status.st_size));
+std::string readWholeFile(const std::string& path, ExitCode code) {
+    return orFail(code, path + ": cannot be read: ", [&] {
+        const Descriptor file(path);
+        struct stat status {};
+        if (file.number < 0 || ::fstat(file.number, &status) != 0)
+            fail(std::strerror(errno));
+        if (S_ISDIR(status.st_mode))
+            fail("it is a folder");
+        return readAll(file.number, static_cast<std::size_t>(status.st_size));
+    });
 }
 
 } // namespace pbhost

@@ -3,10 +3,12 @@
 
 #include <string>
 
+#include "pbhost/failure.h"
+
 namespace pbhost {
 
-// Throws std::runtime_error with the reason, without the file's name: no file, a folder, no
+// Throws Failure of that code with the file's name and the reason: no file, a folder, no
 // permission, a read that fails or ends before the file's size.
-std::string readWholeFile(const std::string& path);
+std::string readWholeFile(const std::string& path, ExitCode code);
 
 } // namespace pbhost

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <utility>
 
-#include "host/command_scope.h"
+#include "hostkit/control_kinds.h"
 #include "hostkit/frames.h"
 #include "pbhost/control_list.h"
 #include "pbhost/control_setting.h"
@@ -17,6 +17,7 @@
 #include "pbhost/project_file.h"
 #include "pbhost/scene.h"
 #include "pbhost/temporary_files.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -59,7 +60,7 @@ std::pair<unsigned, unsigned> parseDownsample(const std::string& text) {
 }
 
 double parseTime(const std::string& text) {
-    const auto seconds = parseNumber(text);
+    const auto seconds = hostkit::parseNumber(text);
     if (!seconds || !isTime(*seconds))
         throw Failure(ExitCode::Usage, "--time " + text + ": write a number of seconds");
     return *seconds;
@@ -115,22 +116,15 @@ std::string countOf(std::size_t pictures) {
 std::size_t layerControls(hostkit::Effect& effect) {
     const auto shown = listedControls(effect);
     return static_cast<std::size_t>(std::count_if(shown.begin(), shown.end(), [&](auto index) {
-        return effect.definitions[index].param_type == PF_Param_LAYER;
+        return hostkit::isLayerControl(effect.definitions[index]);
     }));
 }
 
-// What the file takes, which may be more than the effect can feed.
-std::size_t inputsOf(hostkit::Host& host, const std::string& file) {
-    const CommandScope scope(0, 0, host.inData());
-    const EffectFile model(file);
-    return model.isGraph ? model.graph.inputs.size() : model.kernel.inputs.size();
-}
-
-void checkInputs(Scene& scene, const Plan& plan) {
+void checkInputs(Scene& scene, const Plan& plan, std::size_t inputs) {
     const std::string& file = plan.request.file;
     const std::size_t fed = 1 + layerControls(scene.effect);
     const std::size_t given = plan.request.inputs.size();
-    const std::size_t wanted = file.empty() ? fed : inputsOf(scene.session.host, file);
+    const std::size_t wanted = file.empty() ? fed : inputs;
     if (given > fed)
         throw Failure(ExitCode::Usage,
                       (file.empty() ? plan.request.project : file) + ": takes " + countOf(wanted) +
@@ -205,12 +199,13 @@ hostkit::World outputBuffer(const hostkit::Layer& layer, const Plan& plan) {
 }
 
 // A frame answers 0 also when OpenGL has failed in it; the effect says so on the Info panel, with
-// three marks in front, or in its log alone. Both were empty before, or the programs would not have
+// a mark in front, or in its log alone. Both were empty before, or the programs would not have
 // passed.
 void requireNoLateError(Session& session) {
     std::string reason;
     for (const std::string& line : session.takeMessages())
-        reason.append(reason.empty() ? "" : "\n").append(line, line.starts_with("!!!") ? 3 : 0);
+        reason.append(reason.empty() ? "" : "\n")
+            .append(line, line.starts_with(failureMark) ? failureMark.size() : 0);
     const std::string log = session.takeErrorLog();
     if (reason.empty())
         reason = log;
@@ -251,11 +246,7 @@ void load(Scene& scene, const Plan& plan) {
 } // namespace
 
 void checkOutputs(const RenderRequest& request) {
-    try {
-        requireWritable(request.output);
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::RenderFailed, error.what());
-    }
+    requireWritable(request.output);
     const std::string obstacle = request.save.empty() ? "" : obstacleAt(request.save);
     if (!obstacle.empty())
         throw Failure(ExitCode::RenderFailed, "cannot write '" + request.save + "': " + obstacle);
@@ -275,18 +266,13 @@ void render(Session& session, const RenderRequest& request, std::future<Source> 
     Scene scene(session, std::move(source));
     load(scene, plan);
     scene.checkPrograms();
-    scene.checkWiring(request.isStrict);
-    checkInputs(scene, plan);
+    checkInputs(scene, plan, scene.checkWiring(request.isStrict));
     setControls(scene, plan);
     for (const auto& layer : scene.layer.composition->layers)
         requireTextureSize(*layer, plan);
     if (!request.save.empty())
         checkSave(scene, request);
-    try {
-        writePicture(request.output, renderFrame(scene, plan, depth));
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::RenderFailed, error.what());
-    }
+    writePicture(request.output, renderFrame(scene, plan, depth));
     if (!request.save.empty())
         writeProject(request.save, scene, plan.seconds);
 }

@@ -7,6 +7,8 @@
 #include "pbhost/effect_file.h"
 #include "pbhost/failure.h"
 #include "pbhost/load_check.h"
+#include "support/effect_files.h"
+#include "support/flat_block.h"
 
 namespace pbhost {
 
@@ -30,41 +32,20 @@ hostkit::Layer& makeLayer(hostkit::Host& host, Source source) {
     return composition.addLayer("picture", footageOf(std::move(source)));
 }
 
-// The endings by which the effect knows a marker that names its file.
-bool canBeMarker(const std::string& path) {
-    for (const char* ending : {"pbk", "PBK", "pbg", "PBG"})
-        if (path.ends_with(ending))
-            return true;
-    return false;
-}
-
 // For messages alone: the block is the effect's own. Empty: it is none.
 std::string pathIn(const std::vector<std::byte>& block) {
-    using namespace std::string_view_literals;
-    const std::string bytes(reinterpret_cast<const char*>(block.data()), block.size());
-    // The path stands behind the block's version, in version 1 behind one number more.
-    const std::size_t start = bytes.starts_with("\1\0\0\0"sv)   ? 8
-                              : bytes.starts_with("\0\0\0\0"sv) ? 4
-                                                                : bytes.size();
-    return start < bytes.size() && bytes.back() == '\0' ? bytes.c_str() + start : "";
+    const std::string_view bytes(reinterpret_cast<const char*>(block.data()), block.size());
+    return bytes.ends_with('\0') ? std::string(readFlatBlock(bytes).filePath) : "";
 }
 
 } // namespace
 
 Source readSource(const std::string& file, std::optional<Depth> depth) {
-    try {
-        return {readPicture(file, depth), fs::absolute(file).string()};
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::BadPicture, error.what());
-    }
+    return {readPicture(file, depth), fs::absolute(file).string()};
 }
 
 Source transparentSource(unsigned width, unsigned height, Depth depth) {
-    try {
-        return {makePicture(width, height, depth), ""};
-    } catch (const PictureError& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    return {makePicture(width, height, depth), ""};
 }
 
 Scene::Scene(Session& owner, Source layerSource)
@@ -75,7 +56,7 @@ void Scene::apply(const std::string& file) {
     requireReadable(file);
     shownName_ = file_ = file;
     const std::string path = fs::absolute(file).string();
-    if (canBeMarker(path))
+    if (isMarkerPath(path))
         layer.addMarker(0, path);
     else
         session.dialogs.prepare({path});
@@ -107,8 +88,10 @@ void Scene::checkPrograms() {
         std::cerr << warningsOfLoad(session, file(), messages);
 }
 
-void Scene::checkWiring(bool isStrict) {
-    std::cerr << warningsOfWiring(session.host, shownName_, file(), isStrict);
+std::size_t Scene::checkWiring(bool isStrict) {
+    const FileFacts facts = readFacts(session.host, file());
+    std::cerr << warningsOfWiring(shownName_, facts.wiring, isStrict);
+    return facts.inputs;
 }
 
 AEGP_LayerIDVal Scene::addLayer(Source source) {

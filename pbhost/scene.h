@@ -48,8 +48,9 @@ public:
     void checkPrograms();
 
     // Shows what is doubtful in how a graph's nodes are connected. Throws Failure (BadKernel) for
-    // what is wrong, and for a caller that is strict for what is doubtful, too.
-    void checkWiring(bool isStrict);
+    // what is wrong, and for a caller that is strict for what is doubtful, too. How many inputs the
+    // file takes, which may be more than the effect can feed.
+    std::size_t checkWiring(bool isStrict);
 
     // A layer below the others; its id. The picture must have the project's depth.
     AEGP_LayerIDVal addLayer(Source source);

@@ -17,6 +17,7 @@
 #include "pbhost/places.h"
 #include "pbhost/printable.h"
 #include "pbhost/temporary_files.h"
+#include "support/outcome_texts.h"
 
 namespace pbhost {
 
@@ -26,11 +27,10 @@ using Lines = hostkit::InfoPanel::Lines;
 
 // What the effect says when nothing is wrong.
 bool isNoise(const Lines& lines) {
-    constexpr std::string_view good[] = {"Kernel has been loaded", "Graph has been loaded"};
-    for (const std::string_view start : good)
-        if (lines.front().starts_with(start))
+    for (const LoadTexts& texts : {graphLoadTexts, kernelLoadTexts})
+        if (lines.front() == texts.fromMemory || lines.front() == texts.fromFile)
             return true;
-    return lines.back() == "No error log";
+    return lines.back() == noErrorLog;
 }
 
 bool isStrict() {
@@ -39,11 +39,7 @@ bool isStrict() {
 }
 
 hostkit::Host makeHost(const std::string& option) {
-    try {
-        return hostkit::Host(preferencesFile(option));
-    } catch (const std::exception& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    return orFail(ExitCode::Usage, "", [&] { return hostkit::Host(preferencesFile(option)); });
 }
 
 // A failure of the work goes before the faults, which may have come of it.
@@ -84,11 +80,7 @@ Session::Session(const SessionOptions& sessionOptions)
             for (const std::string& line : lines)
                 std::cerr << "Info: " << printable(line) << "\n";
         };
-    try {
-        plugin.emplace(findModule(options.module));
-    } catch (const std::runtime_error& error) {
-        throw Failure(ExitCode::Usage, error.what());
-    }
+    orFail(ExitCode::Usage, "", [&] { plugin.emplace(findModule(options.module)); });
     require(plugin->setUp());
 }
 
@@ -117,7 +109,7 @@ std::string Session::takeErrorLog() {
     host.infoPanel.onMessage = listener;
     host.scripts.person = person;
     host.infoPanel.clear();
-    std::ifstream file(folder.path + "/Tvelmarondine_error_log.txt", std::ios::binary);
+    std::ifstream file(folder.path + errorLogFile, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
@@ -132,17 +124,13 @@ std::vector<std::string> Session::end() {
     return faults;
 }
 
-std::string inSession(const SessionOptions& options,
-                      const std::function<std::string(Session&)>& work) {
-    Session session(options);
-    std::string text;
-    try {
-        text = work(session);
-    } catch (...) {
-        report(session.end(), options.isVerbose);
-        throw;
-    }
-    const std::vector<std::string> faults = session.end();
+Session::~Session() {
+    if (plugin)
+        report(end(), options.isVerbose);
+}
+
+std::string Session::finish(std::string text) {
+    const std::vector<std::string> faults = end();
     report(faults, options.isVerbose);
     if (isStrict() && !faults.empty())
         throw Failure(ExitCode::RenderFailed, "the module did something wrong");

@@ -5,7 +5,6 @@
 // fails: with --verbose that goes to standard error, else nowhere.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,6 +37,8 @@ class Session {
 public:
     // Throws Failure: Usage for the module and the preferences, RenderFailed for the setup.
     explicit Session(const SessionOptions& sessionOptions);
+    // Ends the module, unless that is done, and shows its faults as `finish` does.
+    ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
@@ -54,16 +55,15 @@ public:
     // Ends the module; what it did wrong in the eyes of the host, a sentence each.
     std::vector<std::string> end();
 
+    // Ends the module and gives the text back. The module's faults are shown with --verbose, and
+    // with TVELMARONDINE_STRICT=1 in the environment, where they become a Failure, too.
+    std::string finish(std::string text);
+
     const SessionOptions options;
     QuietOutput quiet;
     hostkit::Host host;
     Dialogs dialogs;
     std::optional<hostkit::Plugin> plugin;
 };
-
-// Makes a session, lets the work run in it and gives its answer. The module's faults are shown with
-// --verbose, and end the program as a failure with TVELMARONDINE_STRICT=1 in the environment.
-std::string inSession(const SessionOptions& options,
-                      const std::function<std::string(Session&)>& work);
 
 } // namespace pbhost

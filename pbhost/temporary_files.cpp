@@ -8,9 +8,9 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <random>
 
+#include "hostkit/complete_file.h"
 #include "pbhost/failure.h"
 
 namespace pbhost {
@@ -33,15 +33,6 @@ std::string randomDigits() {
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
-}
-
-// The stream itself does not tell a reason.
-std::error_code writeInto(const fs::path& path, const std::string& text) {
-    errno = EIO;
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    file.close();
-    return file ? std::error_code() : lastError();
 }
 
 void removeFrom(const fs::path& folder, const std::string& prefix) {
@@ -126,21 +117,14 @@ std::error_code TemporaryFile::create() const {
 }
 
 std::error_code TemporaryFile::moveToPlace() const {
-    std::error_code error;
-    const fs::file_status old = fs::status(place_, error);
-    error.clear(); // it need not be there
-    if (fs::is_regular_file(old))
-        fs::permissions(path, old.permissions() & fs::perms::all, error);
-    if (!error)
-        fs::rename(path, place_, error);
-    return error;
+    return hostkit::moveToPlace(path, place_);
 }
 
 void writeTextFile(const fs::path& target, const std::string& text) {
     const TemporaryFile temporary(target);
     std::error_code error = temporary.create();
     if (!error)
-        error = writeInto(temporary.path, text);
+        error = hostkit::writeWhole(temporary.path, text);
     if (!error)
         error = temporary.moveToPlace();
     if (error)

@@ -82,7 +82,8 @@ std::string translate(const TranslateRequest& request) {
     if (!isGraphFile(request.file) && !request.node.empty())
         throw Failure(ExitCode::Usage,
                       "--node goes with a graph (.pbg); " + request.file + " is a kernel");
-    const EffectFile model(request.file);
+    hostkit::Host host;
+    const EffectFile model(host, request.file);
     if (!model.isGraph)
         return show(kernelTexts(model.kernel, request.order), request.stage);
     const pbGraphInfo& graph = model.graph;

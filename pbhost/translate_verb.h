@@ -29,7 +29,7 @@ struct TranslateRequest {
     std::uint32_t order = 0;
 };
 
-// What the verb prints. Needs a running command; throws Failure.
+// What the verb prints, with a host of its own. Throws Failure.
 std::string translate(const TranslateRequest& request);
 
 // The lines of a text, without their ends.

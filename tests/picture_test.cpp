@@ -1,3 +1,4 @@
+#include "pbhost/failure.h"
 #include "pbhost/picture.h"
 
 #include <OpenImageIO/imageio.h>
@@ -87,7 +88,7 @@ void expectError(const std::string& start, const char* reason, const auto& work)
     try {
         work();
         ADD_FAILURE() << "no error; expected: " << start;
-    } catch (const pbhost::PictureError& error) {
+    } catch (const pbhost::Failure& error) {
         const std::string message = error.what();
         EXPECT_TRUE(message.starts_with(start)) << message;
         EXPECT_NE(message.find(reason), std::string::npos) << message;

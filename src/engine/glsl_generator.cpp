@@ -15,7 +15,7 @@ struct Source {
 
 void appendInputCount(NarrowString& text, std::size_t count) {
     text += "#define tvek__INPUT_MAX ";
-    if (count <= 8)
+    if (count <= maxKernelInputs)
         text += static_cast<char>('0' + (count == 0 ? 1 : count));
     text += '\n';
 }

@@ -11,6 +11,9 @@
 
 #include "pixelbender/model.h"
 
+// Inputs that one program can be fed with: on texture units 1 to 8.
+inline constexpr std::size_t maxKernelInputs = 8;
+
 // A kernel that stands alone: its parameters are uniforms. Always 0.
 int generateKernelShaders(const pbKernelInfo& kernel, NarrowString& vertexText,
                           NarrowString& fragmentText, std::uint32_t swizzle);

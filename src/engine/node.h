@@ -7,9 +7,6 @@
 #include "engine/node_base.h"
 #include "engine/node_impl.h"
 
-// Inputs that one program can be fed with: on texture units 1 to 8.
-inline constexpr std::size_t maxKernelInputs = 8;
-
 class Node : public NodeBase {
 public:
     // Both compile the kernel now; of the model nothing is kept.

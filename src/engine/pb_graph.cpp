@@ -6,6 +6,7 @@
 #include "engine/glsl_generator.h"
 #include "engine/image_node.h"
 #include "gpu/errors.h"
+#include "support/outcome_texts.h"
 #include "support/report.h"
 
 namespace {
@@ -209,12 +210,12 @@ void pbGraph::tellError(unsigned int error) {
     frameError = error;
     if (error == GL_NO_ERROR)
         return;
-    NarrowString message("!!!");
+    NarrowString message(failureMark);
     message.append(name).append(" OpenGL error: ").append(errorText(error)).append("\n");
     reportMessage(message.c_str(), ChannelTrace);
     reportMessage(message.c_str(), ChannelInfo);
     if (isNew) // not once for each frame of a sequence
-        reportMessage(message.append("\n").c_str() + 3, ChannelErrorLog);
+        reportMessage(message.append("\n").c_str() + failureMark.size(), ChannelErrorLog);
 }
 
 std::int32_t pbGraph::imageNodeCount() const {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "engine/varying_count.h"
+#include "support/outcome_texts.h"
 #include "support/report.h"
 
 namespace {
@@ -18,17 +19,17 @@ struct Stage {
     const char* banner;
 };
 
-constexpr Stage vertexStage = {GL_VERTEX_SHADER, "vertex", "(v)\n",
+constexpr Stage vertexStage = {GL_VERTEX_SHADER, "vertex", vertexTag,
                                "*********** vglsl **********\n"};
-constexpr Stage fragmentStage = {GL_FRAGMENT_SHADER, "fragment", "(f)\n",
+constexpr Stage fragmentStage = {GL_FRAGMENT_SHADER, "fragment", fragmentTag,
                                  "*********** fglsl **********\n"};
 
 using InfoLog = std::array<char, 1024>;
 constexpr GLsizei infoLogLimit = 1023;
 
-// "!!!", the name and what happened, to the developer and to the user.
+// The mark, the name and what happened, to the developer and to the user.
 void reportFailure(std::string_view name, std::string_view what) {
-    NarrowString message("!!!");
+    NarrowString message(failureMark);
     message.append(name).append(what);
     reportMessage(message.c_str(), ChannelTrace);
     reportMessage(message.c_str(), ChannelInfo);
@@ -69,7 +70,7 @@ void addStage(GLuint program, std::string_view name, const Stage& stage, const N
 
 void reportLinkFailure(std::string_view name, std::string_view log) {
     reportFailure(name, " program failed to link\n");
-    reportLog(name, "(l)\n", log);
+    reportLog(name, linkTag, log);
 }
 
 // False, and a report, for a program that OpenGL cannot link, and that some drivers crash over.

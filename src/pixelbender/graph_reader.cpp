@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "pixelbender/metadata_keys.h"
 #include "pixelbender/pbk_parser.h"
 #include "pixelbender/xml_guard.h"
 #include "support/numbers.h"
@@ -44,49 +45,23 @@ void forEachChild(const TiXmlElement& parent, const char* name, Action action) {
 
 void readMetadata(const TiXmlElement& element, pbGraphInfo& info) {
     const std::string_view key = attributeText(element, "name");
-    const std::string_view value = attributeText(element, "value");
-    if (key == "namespace")
-        copyName(info.namespaceName, value);
-    else if (key == "vendor")
-        copyName(info.vendor, value);
-    else if (key == "version")
+    if (key == versionKey)
         info.version = attributeInteger(element, "value", 1);
-    else if (key == "description")
-        info.description = value;
-}
-
-bool readParameterValue(std::string_view key, const char* text, pbParameter& parameter) {
-    if (key == "defaultValue")
-        parameter.defaultValue = {true, parseValueText(text, parameter.type)};
-    else if (key == "minValue")
-        parameter.minValue = {true, parseValueText(text, parameter.type)};
-    else if (key == "maxValue")
-        parameter.maxValue = {true, parseValueText(text, parameter.type)};
-    else if (key == "aePointRelativeDefaultValue") {
-        const pbValue point = parseValueText(text, pbTypeFloat2);
-        parameter.aePointRelativeDefaultValue = {true, point.floats[0], point.floats[1]};
-    } else
-        return false;
-    return true;
+    else if (const auto set = programTextSetter(key))
+        set(info, attributeText(element, "value"));
 }
 
 void readParameterMetadata(const TiXmlElement& element, pbParameter& parameter) {
     const std::string_view key = attributeText(element, "name");
-    const std::string_view value = attributeText(element, "value");
-    if (readParameterValue(key, attribute(element, "value"), parameter))
-        return;
-    if (key == "aeUIControl")
-        parameter.aeUIControl = uiControlFromName(value);
-    else if (key == "parameterType")
-        parameter.parameterType = parameterTypeFromName(value);
-    else if (key == "displayName")
-        copyName(parameter.displayName, value);
-    else if (key == "aeDisplayName")
-        copyName(parameter.aeDisplayName, value);
-    else if (key == "enumValues")
-        parameter.enumValues = value;
-    else if (key == "aePopupString")
-        parameter.aePopupString = value;
+    const char* value = attribute(element, "value");
+    if (key == pointDefaultKey) {
+        const pbValue point = parseValueText(value, pbTypeFloat2);
+        parameter.aePointRelativeDefaultValue = {true, point.floats[0], point.floats[1]};
+    } else if (const auto field = valueField(key)) {
+        parameter.*field = {true, parseValueText(value, parameter.type)};
+    } else if (const auto set = parameterTextSetter(key)) {
+        set(parameter, attributeText(element, "value"));
+    }
 }
 
 pbVariable readVariable(const TiXmlElement& element) {

@@ -1,5 +1,6 @@
 #include "pixelbender/pbk_parameter_parsers.h"
 
+#include "pixelbender/metadata_keys.h"
 #include "support/numbers.h"
 
 namespace {
@@ -50,47 +51,21 @@ bool PBKParser::ParameterMetaDataParser::parse(ShaderReader& reader, std::int32_
                                                State state, std::string_view token) {
     if (token == ">" && !isQuoted(state))
         return true;
-    if (!takeValueKey(reader, token))
-        takeTextKey(reader, token);
+    if (token == pointDefaultKey) {
+        const pbValue point = readValue(reader, pbTypeFloat2);
+        parameter_->aePointRelativeDefaultValue = {true, point.floats[0], point.floats[1]};
+    } else if (const auto field = valueField(token)) {
+        parameter_->*field = {true, readValue(reader, parameter_->type)};
+    } else if (const auto set = parameterTextSetter(token)) {
+        set(*parameter_, reader.readString(";"));
+    }
     return false;
 }
 
-bool PBKParser::ParameterMetaDataParser::takeValueKey(ShaderReader& reader, std::string_view key) {
-    if (key == "aePointRelativeDefaultValue") {
-        ParameterMetaDataValueParser parser(pbTypeFloat2);
-        reader.parse(parser);
-        parameter_->aePointRelativeDefaultValue = {true, parser.value.floats[0],
-                                                   parser.value.floats[1]};
-        return true;
-    }
-    pbValueSlot* slot = nullptr;
-    if (key == "defaultValue")
-        slot = &parameter_->defaultValue;
-    else if (key == "minValue")
-        slot = &parameter_->minValue;
-    else if (key == "maxValue")
-        slot = &parameter_->maxValue;
-    if (slot == nullptr)
-        return false;
-    ParameterMetaDataValueParser parser(parameter_->type);
+pbValue PBKParser::ParameterMetaDataParser::readValue(ShaderReader& reader, pbElementType type) {
+    ParameterMetaDataValueParser parser(type);
     reader.parse(parser);
-    *slot = {true, parser.value};
-    return true;
-}
-
-void PBKParser::ParameterMetaDataParser::takeTextKey(ShaderReader& reader, std::string_view key) {
-    if (key == "aeUIControl")
-        parameter_->aeUIControl = uiControlFromName(reader.readString(";"));
-    else if (key == "parameterType")
-        parameter_->parameterType = parameterTypeFromName(reader.readString(";"));
-    else if (key == "displayName")
-        copyName(parameter_->displayName, reader.readString(";"));
-    else if (key == "aeDisplayName")
-        copyName(parameter_->aeDisplayName, reader.readString(";"));
-    else if (key == "enumValues")
-        parameter_->enumValues = reader.readString(";");
-    else if (key == "aePopupString")
-        parameter_->aePopupString = reader.readString(";");
+    return parser.value;
 }
 
 bool PBKParser::ParameterMetaDataValueParser::parse(ShaderReader&, std::int32_t, TokenKind kind,

@@ -30,8 +30,7 @@ public:
                std::string_view token) override;
 
 private:
-    bool takeValueKey(ShaderReader& reader, std::string_view key);
-    void takeTextKey(ShaderReader& reader, std::string_view key);
+    static pbValue readValue(ShaderReader& reader, pbElementType type);
 
     pbParameter* parameter_;
 };

@@ -1,5 +1,6 @@
 #include "pixelbender/pbk_parser.h"
 
+#include "pixelbender/metadata_keys.h"
 #include "pixelbender/pbk_parameter_parsers.h"
 #include "support/numbers.h"
 
@@ -204,13 +205,9 @@ bool PBKParser::MetaDataParser::parse(ShaderReader& reader, std::int32_t, TokenK
         return true;
     if (token == "languageVersion")
         info.languageVersion = leadingInteger(reader.readNumber(">"));
-    else if (token == "namespace")
-        copyName(info.namespaceName, reader.readString(">"));
-    else if (token == "vendor")
-        copyName(info.vendor, reader.readString(">"));
-    else if (token == "version")
+    else if (token == versionKey)
         info.version = leadingInteger(reader.readNumber(">"));
-    else if (token == "description")
-        info.description = reader.readString(">");
+    else if (const auto set = programTextSetter(token))
+        set(info, reader.readString(">"));
     return false;
 }

@@ -1,23 +1,10 @@
 // Numbers on their way between a kernel's values and the host's controls.
 #pragma once
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
+#include <cstddef>
 
 #include "pixelbender/model.h"
-#include "sdk/pf_types.h"
-
-// Fixed point, rounded half away from zero. What 16.16 cannot hold becomes the nearest that it can;
-// what is no number becomes 0.
-inline PF_Fixed toFixed(double number) {
-    const double scaled = number * 65536.0 + (number < 0 ? -0.5 : 0.5);
-    constexpr double smallest = std::numeric_limits<PF_Fixed>::min();
-    constexpr double largest = std::numeric_limits<PF_Fixed>::max();
-    if (std::isnan(scaled))
-        return 0;
-    return static_cast<PF_Fixed>(std::fmin(std::fmax(scaled, smallest), largest));
-}
+#include "sdk/pf_fixed.h"
 
 // The number that a control in fixed point stands for.
 inline float fromFixed(PF_Fixed fixed) {

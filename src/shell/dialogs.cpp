@@ -6,6 +6,7 @@
 #include "shell/commands.h"
 #include "shell/error_log_export.h"
 #include "shell/sequence_data.h"
+#include "support/outcome_texts.h"
 #include "support/utf.h"
 
 namespace {
@@ -36,7 +37,7 @@ void repair(const GlobalData& globalData, const NarrowString& oldPath,
 
 void showInformation(const PF_InData& inData, const pbGraph& graph) {
     const NarrowString text(utf8Prefix(graph.infoText, longestInformation));
-    alertBox(inData.pica_basicP, text.c_str(), "Pixel Bender Information", false);
+    alertBox(inData.pica_basicP, text.c_str(), informationTitle, false);
 }
 
 // Gives the instance a new file, and with it all that had lost the same one.

@@ -4,6 +4,7 @@
 #include "host/script_bridge.h"
 #include "shell/global_data.h"
 #include "support/files.h"
+#include "support/outcome_texts.h"
 
 namespace {
 
@@ -12,11 +13,12 @@ const char* orDash(const char* text) {
 }
 
 _JST::String<aeAllocator> logFileText(const GlobalData& globalData) {
-    _JST::String<aeAllocator> text("Win");
-    text.append("32bit\n");
-    text.append("vendor : ").append(orDash(globalData.glVendor));
-    text.append("\nversion : ").append(orDash(globalData.glVersion));
-    text.append("\nglsl : ").append(orDash(globalData.glslVersion)).append("\n");
+    const std::array<const char*, errorLogHeading.size()> facts = {"", orDash(globalData.glVendor),
+                                                                   orDash(globalData.glVersion),
+                                                                   orDash(globalData.glslVersion)};
+    _JST::String<aeAllocator> text;
+    for (std::size_t line = 0; line < facts.size(); ++line)
+        text.append(errorLogHeading[line]).append(facts[line]).append("\n");
     text.append(globalData.errorLog.c_str());
     return text;
 }
@@ -43,25 +45,25 @@ void offerErrorLog(const PF_InData& inData) {
     if (!isWanted(basic, globalData)) {
         // The first line must not be missing.
         const char* version = globalData.glVersion != nullptr ? globalData.glVersion : "";
-        infoPanel3(basic, version, globalData.glslVersion, "No error log");
+        infoPanel3(basic, version, globalData.glslVersion, noErrorLog);
         return;
     }
     alertBox(basic, "Please select where export log", "TVM exports log", false);
     NarrowString path;
     if (!selectFolderDialog(basic, "Select where export log", path))
         return;
-    path.append("/Tvelmarondine_error_log.txt");
+    path.append(errorLogFile);
     const _JST::String<aeAllocator> text = logFileText(globalData);
     const std::size_t exported = globalData.errorLog.size();
     if (!writeLogFile(path, text)) {
-        alertBox(basic, "Log file has failed to export.\nTry other folder.",
-                 "Log file has failed to export", false);
+        alertBox(basic, "Log file has failed to export.\nTry other folder.", exportFailedTitle,
+                 false);
         return;
     }
     alertBox(basic,
              "Log file has been exported. (Tvelmarondine_log.txt) \n"
              "Please send it, with the Pixel Bender file, to support@holmvarden.example",
-             "Log file has exported ", false);
+             exportedTitle, false);
     // What came while the user read that is not in the file.
     globalData.errorLog.erase(0, exported);
 }

@@ -11,7 +11,9 @@
 #include "shell/control_layout.h"
 #include "shell/global_data.h"
 #include "shell/report_handlers.h"
+#include "support/effect_files.h"
 #include "support/files.h"
+#include "support/outcome_texts.h"
 
 namespace {
 
@@ -30,24 +32,6 @@ private:
     const PF_InData& inData_;
     bool isVerbose_;
 };
-
-struct FileKind {
-    const char* fromMemory;
-    const char* fromFile;
-    const char* cannotOpen;
-    const char* cannotRun;
-};
-
-constexpr FileKind graphKind = {
-    "Graph has been loaded from memory",
-    "Graph has been loaded from file:", "Graph file could not be opened:", "Graph can not be run:"};
-constexpr FileKind kernelKind = {"Kernel has been loaded from memory",
-                                 "Kernel has been loaded from file:",
-                                 "Kernel file could not be opened:", "Kernel can not be run:"};
-
-bool endsIn(std::string_view path, std::string_view letters) {
-    return !path.empty() && letters.find(path.back()) != std::string_view::npos;
-}
 
 // Null when the graph that came of the model cannot be run. A host that renders many frames of few
 // graphs may set the variable: a frame is quicker, and each graph holds graphics memory.
@@ -84,28 +68,28 @@ const char* missingOf(const Device& device) {
 
 bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool verbose) {
     const Speaker speaker(inData, verbose);
-    const bool isGraph = endsIn(path, "gG");
-    const FileKind& kind = isGraph ? graphKind : kernelKind;
+    const bool isGraph = endsLikeGraph(path);
+    const LoadTexts& texts = isGraph ? graphLoadTexts : kernelLoadTexts;
     if (const pbGraph* known = findGraph(path)) {
-        speaker.say(kind.fromMemory, known->name);
+        speaker.say(texts.fromMemory, known->name);
         return true;
     }
-    if (!isGraph && !endsIn(path, "kK")) {
+    if (!isGraph && !endsLikeKernel(path)) {
         speaker.say("Unknown file extention:", path);
         return false;
     }
     _JST::File<aeAllocator> file{_JST::String<aeAllocator>(path)};
     if (!file.open('r')) {
-        speaker.say(kind.cannotOpen, path);
+        speaker.say(texts.cannotOpen, path);
         return false;
     }
     if (const char* missing = missingOf(device)) {
-        speaker.say("OpenGL can not be used, it lacks:", missing);
+        speaker.say(openGlLacks, missing);
         return false;
     }
     const _JST::String<aeAllocator> text = file.read(0);
     if (!file.wasReadWhole()) { // a part of a kernel may be another kernel
-        speaker.say(kind.cannotOpen, path);
+        speaker.say(texts.cannotOpen, path);
         return false;
     }
     file.close();
@@ -114,13 +98,13 @@ bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool 
         isGraph ? graphFromText(device, text.text()) : kernelFromText(device, text.text());
     if (graph == nullptr) {
         if (infoMessageCount() == saidBefore)
-            speaker.say(kind.cannotRun, path);
+            speaker.say(texts.cannotRun, path);
         return false;
     }
     assignSlots(*graph);
     addGraph(path, std::move(graph));
     const pbGraph& loaded = *findGraph(path);
-    speaker.say(kind.fromFile, loaded.name);
+    speaker.say(texts.fromFile, loaded.name);
     loaded.reportGraph();
     return true;
 }

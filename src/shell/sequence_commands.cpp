@@ -10,19 +10,11 @@
 #include "shell/commands.h"
 #include "shell/file_search.h"
 #include "shell/sequence_data.h"
+#include "support/effect_files.h"
 #include "support/files.h"
 #include "support/utf.h"
 
 namespace {
-
-constexpr std::size_t shortestMarkerPath = 5; // bytes
-
-bool namesEffectFile(std::string_view path) {
-    if (path.size() < shortestMarkerPath)
-        return false;
-    const std::string_view ending = path.substr(path.size() - 3);
-    return ending == "pbk" || ending == "PBK" || ending == "pbg" || ending == "PBG";
-}
 
 // The comment of the first marker on the effect's layer; empty if there is none.
 NarrowString markerComment(const PF_InData& inData) {
@@ -80,7 +72,7 @@ PF_Err SequenceSetup(PF_InData* in_data, PF_OutData* out_data, PF_ParamDef** /*p
     }
     auto sequence = makeObject<SequenceData>(globalData);
     const NarrowString comment = markerComment(*in_data);
-    if (namesEffectFile(comment)) {
+    if (isMarkerPath(comment)) {
         sequence->setPath(comment);
         globalData.loadGraph(*in_data, sequence->filePath, true);
     } else {

@@ -17,9 +17,7 @@ struct StoredSequence {
     bool defaultsPending = true;
 };
 
-// The two forms of the flat block: version 1 as it is written, and version 0, which old projects
-// hold. Reading never goes past the handle's size: a block that is cut short gives what is there,
-// one of an unknown version is that of a new instance. Throws `long` 4 when it cannot be locked.
+// Out of a flat block. Throws `long` 4 when it cannot be locked.
 StoredSequence readFlatBlock(PF_Handle block);
 
 // A new handle of the host's with a block of version 1. Throws `long` 4 when there is no memory.

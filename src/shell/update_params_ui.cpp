@@ -11,6 +11,7 @@
 #include "shell/control_configuration.h"
 #include "shell/control_layout.h"
 #include "shell/sequence_data.h"
+#include "support/outcome_texts.h"
 #include "support/utf.h"
 
 namespace {
@@ -57,7 +58,7 @@ void retitle(const PF_InData& inData, const char* name) {
     OwnEffect effect(inData);
     AEO::Stream control = effect.control(1);
     AEO::Stream parent(inData.pica_basicP, control.newParent());
-    parent.setName(toWide(concatenate(NarrowString("TVM:"), name)).c_str());
+    parent.setName(toWide(concatenate(NarrowString(titlePrefix), name)).c_str());
 }
 
 ControlSet usedControls(const pbGraph& graph) {
@@ -87,7 +88,7 @@ void writeDefaults(const PF_InData& inData, const pbGraph& graph) {
 }
 
 PF_Err buildControls(const PF_InData& inData, const pbGraph* graph, PF_ParamDef** params) {
-    retitle(inData, graph != nullptr ? graph->name.c_str() : "(Invalid PB)");
+    retitle(inData, graph != nullptr ? graph->name.c_str() : titleWithoutGraph);
     if (graph == nullptr) {
         showOnly(inData, {});
         return PF_Err_NONE;
