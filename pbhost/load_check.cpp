@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "command/command_scope.h"
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
-#include "host/command_scope.h"
 #include "pbhost/compile_messages.h"
 #include "pbhost/effect_file.h"
 #include "pbhost/hints.h"

@@ -8,7 +8,7 @@
 #include <memory>
 #include <new>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "hostkit/suites.h"
 #include "pbhost/camera_verb.h"
 #include "pbhost/child_process.h"

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <utility>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "hostkit/frames.h"
 #include "pbhost/control_list.h"
 #include "pbhost/control_setting.h"

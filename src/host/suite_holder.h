@@ -6,7 +6,7 @@
 // counts as a refusal with the code 516.
 #pragma once
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "sdk/pf_types.h"
 #include "sdk/sp_basic.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "host/suite_table.h"
+#include "command/suite_table.h"
 #include "sdk/pf_suites.h"
 #include "shell/control_layout.h"
 #include "support/utf.h"

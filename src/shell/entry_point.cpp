@@ -1,7 +1,7 @@
 // The module's one exported function: the only way in, and the boundary that no exception crosses.
 #include <new>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "sdk/record_layout.h" // the boundary has no other form
 #include "shell/commands.h"
 #include "shell/global_data.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 
 namespace {
 

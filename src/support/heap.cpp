@@ -1,6 +1,6 @@
 #include "support/heap.h"
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 
 namespace {
 

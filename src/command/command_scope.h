@@ -6,7 +6,7 @@
 // the one that all code sees. One thread only.
 #pragma once
 
-#include "host/suite_table.h"
+#include "command/suite_table.h"
 #include "sdk/pf_types.h"
 
 // What a running command owns; lives in a locked host handle of its own.

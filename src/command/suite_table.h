@@ -5,7 +5,7 @@
 // stack. No suite pointer may outlive the table that lent it.
 #pragma once
 
-#include "host/suite_slots.h"
+#include "command/suite_slots.h"
 #include "sdk/sp_basic.h"
 
 // Ends the running command: throws the `long` 516, which the entry point gives back to the host.
