@@ -22,6 +22,7 @@ MAY_INCLUDE = {
     "src/engine": ["src/pixelbender", "src/gpu", "src/support"],
     "src/shell": ["src/sdk", "src/platform", "src/command", "src/support", "src/host", "src/pixelbender",
                   "src/gpu", "src/engine"],
+    "src/pipl": ["src/sdk", "src/shell"],  # a program of the build: what the resource says is in shell
     "src/view": ["src/host", "src/command", "src/support", "src/sdk"],
     "hostkit": ["src/sdk"],
     # The commands that show text read the models and make the GLSL, one shows the camera; none
