@@ -28,7 +28,7 @@ void translateKernel(const std::string& text) {
     PBKParser(text, kernel).parseKernel();
     NarrowString vertexText;
     NarrowString fragmentText;
-    generateKernelShaders(kernel, vertexText, fragmentText, hostChannelOrder);
+    generateKernelShaders(kernel, vertexText, fragmentText, hostSwizzle);
     benchmark::DoNotOptimize(fragmentText.data());
 }
 

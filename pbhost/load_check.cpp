@@ -23,8 +23,8 @@ struct FileModel : EffectFile {
     std::string hints() const { return isGraph ? hintsFor(graph) : hintsFor(kernel); }
 
     std::optional<ProgramTexts> texts(const std::string& name) const {
-        return isGraph ? nodeTexts(graph, name, hostChannelOrder)
-                       : std::optional(kernelTexts(kernel, hostChannelOrder));
+        return isGraph ? nodeTexts(graph, name, hostSwizzle)
+                       : std::optional(kernelTexts(kernel, hostSwizzle));
     }
 
     // The kernel of a graph's program; null: it was made of none.

@@ -7,12 +7,12 @@
 #include "engine/node_base.h"
 #include "engine/node_impl.h"
 
-// Inputs that one program can be fed with: on texture units 1 to 8.
+// The inputs that one program can have: on texture units 1 to 8.
 inline constexpr std::size_t maxKernelInputs = 8;
 
 class Node : public NodeBase {
 public:
-    // Both compile the kernel now; of the model nothing is kept.
+    // Both compile the kernel at once and keep nothing of the model.
     Node(pbGraph& owner, const pbKernelInfo& kernel);
     Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex);
 
@@ -33,7 +33,8 @@ private:
     void sendInputs(const FrameDescription& frame) const;
     void filterInputs(GLint filter) const;
 
-    HostVector<const GraphParameter*> parameters_; // whose values the program takes; not owned
+    HostVector<const GraphParameter*>
+        parameters_; // those that are uniforms of the program; not owned
     bool readsPixelCentres_ = false;
 };
 

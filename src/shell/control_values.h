@@ -1,4 +1,4 @@
-// Numbers on their way between a kernel's values and the host's controls.
+// Conversions between a kernel's values and those of the host's controls.
 #pragma once
 
 #include <cmath>
@@ -8,8 +8,8 @@
 #include "pixelbender/model.h"
 #include "sdk/pf_types.h"
 
-// Fixed point, rounded half away from zero. What 16.16 cannot hold becomes the nearest that it can;
-// what is no number becomes 0.
+// Fixed point, rounded half away from zero. Numbers out of the range of 16.16 are clamped; NaN
+// gives 0.
 inline PF_Fixed toFixed(double number) {
     const double scaled = number * 65536.0 + (number < 0 ? -0.5 : 0.5);
     constexpr double smallest = std::numeric_limits<PF_Fixed>::min();
@@ -19,7 +19,7 @@ inline PF_Fixed toFixed(double number) {
     return static_cast<PF_Fixed>(std::fmin(std::fmax(scaled, smallest), largest));
 }
 
-// The number that a control in fixed point stands for.
+// The number for a control's value in fixed point.
 inline float fromFixed(PF_Fixed fixed) {
     return static_cast<float>(fixed * 1.52587890625e-05);
 }

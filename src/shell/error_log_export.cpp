@@ -41,7 +41,7 @@ void offerErrorLog(const PF_InData& inData) {
     GlobalData& globalData = globalDataOf(inData);
     SPBasicSuite* basic = inData.pica_basicP;
     if (!isWanted(basic, globalData)) {
-        // The first line must not be missing.
+        // The host needs a first line that is not null.
         const char* version = globalData.glVersion != nullptr ? globalData.glVersion : "";
         infoPanel3(basic, version, globalData.glslVersion, "No error log");
         return;
@@ -62,6 +62,6 @@ void offerErrorLog(const PF_InData& inData) {
              "Log file has been exported. (Tvelmarondine_log.txt) \n"
              "Please send it, with the Pixel Bender file, to support@holmvarden.example",
              "Log file has exported ", false);
-    // What came while the user read that is not in the file.
+    // Messages that arrived during the dialog are not in the file and stay.
     globalData.errorLog.erase(0, exported);
 }

@@ -14,12 +14,12 @@
 
 namespace {
 
-// Speaks to the user about one load, if it is asked to speak at all.
-class Speaker {
+// Shows messages about one load on the Info panel, if it is verbose.
+class LoadReporter {
 public:
-    Speaker(const PF_InData& inData, bool verbose) : inData_(inData), isVerbose_(verbose) {}
+    LoadReporter(const PF_InData& inData, bool verbose) : inData_(inData), isVerbose_(verbose) {}
 
-    void say(std::string_view line1, std::string_view line2) const {
+    void report(std::string_view line1, std::string_view line2) const {
         if (isVerbose_)
             infoPanel2(inData_.pica_basicP, NarrowString(line1).c_str(),
                        NarrowString(line2).c_str());
@@ -48,10 +48,10 @@ bool endsIn(std::string_view path, std::string_view letters) {
     return !path.empty() && letters.find(path.back()) != std::string_view::npos;
 }
 
-// Null when the graph that came of the model cannot be run.
+// Null when the graph cannot be rendered.
 template<class Model>
 std::unique_ptr<pbGraph> buildGraph(const Model& model) {
-    auto graph = makeObject<pbGraph>(model, hostChannelOrder);
+    auto graph = makeObject<pbGraph>(model, hostSwizzle);
     if (!isRunnable(*graph))
         graph.reset();
     return graph;
@@ -71,7 +71,7 @@ std::unique_ptr<pbGraph> kernelFromText(const Device& device, std::string_view t
     return buildGraph(info);
 }
 
-// What the device cannot do; null: nothing. Building a graph would call what is not there.
+// The first OpenGL feature that the device lacks; null: none. Building a graph would call it.
 const char* missingOf(const Device& device) {
     const ContextSwitch inContext(device);
     return missingFeature();
@@ -80,44 +80,44 @@ const char* missingOf(const Device& device) {
 } // namespace
 
 bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool verbose) {
-    const Speaker speaker(inData, verbose);
+    const LoadReporter reporter(inData, verbose);
     const bool isGraph = endsIn(path, "gG");
     const FileKind& kind = isGraph ? graphKind : kernelKind;
     if (const pbGraph* known = findGraph(path)) {
-        speaker.say(kind.fromMemory, known->name);
+        reporter.report(kind.fromMemory, known->name);
         return true;
     }
     if (!isGraph && !endsIn(path, "kK")) {
-        speaker.say("Unknown file extention:", path);
+        reporter.report("Unknown file extention:", path);
         return false;
     }
     _JST::File<aeAllocator> file{_JST::String<aeAllocator>(path)};
     if (!file.open('r')) {
-        speaker.say(kind.cannotOpen, path);
+        reporter.report(kind.cannotOpen, path);
         return false;
     }
     if (const char* missing = missingOf(device)) {
-        speaker.say("OpenGL can not be used, it lacks:", missing);
+        reporter.report("OpenGL can not be used, it lacks:", missing);
         return false;
     }
     const _JST::String<aeAllocator> text = file.read(0);
     if (!file.wasReadWhole()) { // a part of a kernel may be another kernel
-        speaker.say(kind.cannotOpen, path);
+        reporter.report(kind.cannotOpen, path);
         return false;
     }
     file.close();
-    const std::uint64_t saidBefore = infoMessageCount();
+    const std::uint64_t reportsBefore = infoMessageCount();
     std::unique_ptr<pbGraph> graph =
         isGraph ? graphFromText(device, text.text()) : kernelFromText(device, text.text());
     if (graph == nullptr) {
-        if (infoMessageCount() == saidBefore)
-            speaker.say(kind.cannotRun, path);
+        if (infoMessageCount() == reportsBefore)
+            reporter.report(kind.cannotRun, path);
         return false;
     }
     assignSlots(*graph);
     addGraph(path, std::move(graph));
     const pbGraph& loaded = *findGraph(path);
-    speaker.say(kind.fromFile, loaded.name);
+    reporter.report(kind.fromFile, loaded.name);
     loaded.reportGraph();
     return true;
 }
@@ -129,7 +129,7 @@ pbGraph* GlobalData::findGraph(std::string_view path) const {
 }
 
 bool GlobalData::addGraph(std::string_view path, std::unique_ptr<pbGraph>&& graph) {
-    const ContextSwitch inContext(device); // a graph that the cache does not take dies here
+    const ContextSwitch inContext(device); // a graph that is not added is destroyed here
     std::unique_ptr<pbGraph> taken = std::move(graph);
     if (taken == nullptr || findGraph(path) != nullptr)
         return false;

@@ -13,7 +13,7 @@ constexpr std::size_t flagAt = versionSize;     // of version 1
 constexpr std::size_t pathAt = versionSize + 4; // of version 1
 constexpr std::size_t oldPathAt = versionSize;  // of version 0
 
-// A locked handle's bytes, for as long as this stands.
+// The bytes of a handle, which is locked as long as this object exists.
 class LockedBytes {
 public:
     // Throws `long` 4 when the host cannot lock the handle.
@@ -47,7 +47,7 @@ void appendLittleEndian(NarrowString& bytes, std::uint32_t number) {
         bytes += static_cast<char>(number >> (8 * i) & 0xFF);
 }
 
-// The text from there up to its final zero, or to the end of a block that lost it.
+// The text from `at` to its final zero, or to the end of a block without one.
 std::string_view textAt(std::string_view block, std::size_t at) {
     const std::string_view rest = block.substr(std::min(at, block.size()));
     return rest.substr(0, rest.find('\0'));
