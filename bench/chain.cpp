@@ -82,7 +82,7 @@ std::vector<PassTexts> passTexts(std::size_t passCount) {
     readGraphText(chainText(passCount), info);
     std::vector<PassTexts> passes(info.nodes.size());
     for (std::size_t i = 0; i < passes.size(); ++i)
-        generateNodeShaders(info, i, passes[i].vertex, passes[i].fragment, hostChannelOrder);
+        generateNodeShaders(info, i, passes[i].vertex, passes[i].fragment, hostSwizzle);
     return passes;
 }
 
@@ -104,8 +104,8 @@ Picture makeNoise(const ChainSize& size) {
 void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     pbGraphInfo info;
     readGraphText(chainText(size.passes), info);
-    pbGraph graph(info, hostChannelOrder);
-    pbGraph keeping(info, hostChannelOrder);
+    pbGraph graph(info, hostSwizzle);
+    pbGraph keeping(info, hostSwizzle);
     keeping.keepsTextures = true;
     graph.imageNodeAt(0)->slot = keeping.imageNodeAt(0)->slot = 0;
     Picture input = makeNoise(size);

@@ -2,8 +2,8 @@
 // engine's OpenGL device, current for as long as the session stands.
 #pragma once
 
+#include "command/command_scope.h"
 #include "gpu/device.h"
-#include "host/command_scope.h"
 #include "hostkit/host.h"
 
 namespace bench {

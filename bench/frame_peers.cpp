@@ -170,7 +170,8 @@ void SamePeer::frame(const Picture& input, Picture& output) {
                       output.pixels.size() / sizeof(std::uint16_t));
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     glUseProgram(0);
-    shrinkStorage(*spare);
+    if (spare != nullptr)
+        shrinkStorage(*spare);
     shrinkStorage(*source);
 }
 

@@ -5,9 +5,9 @@
 
 #include "bench/kernel_texts.h"
 #include "bench/paired_timing.h"
+#include "command/command_scope.h"
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
-#include "host/command_scope.h"
 #include "hostkit/host.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"
@@ -28,7 +28,7 @@ void translateKernel(const std::string& text) {
     PBKParser(text, kernel).parseKernel();
     NarrowString vertexText;
     NarrowString fragmentText;
-    generateKernelShaders(kernel, vertexText, fragmentText, hostChannelOrder);
+    generateKernelShaders(kernel, vertexText, fragmentText, hostSwizzle);
     benchmark::DoNotOptimize(fragmentText.data());
 }
 

@@ -20,7 +20,7 @@ install(TARGETS Tvelmarondine pbhost_pictures LIBRARY DESTINATION lib/tvelmarond
 install(FILES ${CMAKE_BINARY_DIR}/Tvelmarondine.pipl DESTINATION lib/tvelmarondine)
 install(FILES ${CMAKE_BINARY_DIR}/pbhost.1 DESTINATION share/man/man1)
 install(FILES ${CMAKE_BINARY_DIR}/pbhost.bash DESTINATION share/bash-completion/completions RENAME pbhost)
-install(FILES README.md CHANGELOG.md DESTINATION share/doc/tvelmarondine)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION share/doc/tvelmarondine)
 install(DIRECTORY docs examples DESTINATION share/doc/tvelmarondine PATTERN *.py EXCLUDE)
 
 set(CPACK_PACKAGE_NAME tvelmarondine)
@@ -29,6 +29,7 @@ set(CPACK_PACKAGE_CONTACT "HOLMVARDEN")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Runs Pixel Bender kernels and graphs on the graphics processor")
 set(CPACK_PACKAGE_FILE_NAME tvelmarondine_${PROJECT_VERSION}_${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The OpenGL drivers are opened while the program runs, so no link shows that they are needed.

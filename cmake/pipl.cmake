@@ -1,7 +1,7 @@
 # The module's resource: a file beside it and, on Windows, a resource of type PIPL inside it. A program
 # of the build machine writes the one that becomes both.
 set(pipl ${CMAKE_BINARY_DIR}/Tvelmarondine.pipl)
-set(write_pipl_source ${CMAKE_SOURCE_DIR}/src/shell/pipl/write_pipl.cpp)
+set(write_pipl_source ${CMAKE_SOURCE_DIR}/src/pipl/write_pipl.cpp)
 if(CMAKE_CROSSCOMPILING)
   find_program(TVM_BUILD_CXX NAMES c++ g++ clang++ REQUIRED DOC "The build machine's own compiler")
   set(write_pipl ${CMAKE_BINARY_DIR}/write_pipl)

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/plugin.h"

@@ -9,8 +9,8 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "command/command_scope.h"
 #include "gpu/device.h"
-#include "host/command_scope.h"
 #include "hostkit/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/plugin.h"

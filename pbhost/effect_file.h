@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "hostkit/host.h"
 #include "pixelbender/model.h"
 

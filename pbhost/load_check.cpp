@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "command/command_scope.h"
 #include "engine/channel_order.h"
 #include "engine/glsl_generator.h"
 #include "pbhost/compile_messages.h"
@@ -22,8 +23,8 @@ struct FileModel : EffectFile {
     std::string hints() const { return isGraph ? hintsFor(graph) : hintsFor(kernel); }
 
     std::optional<ProgramTexts> texts(const std::string& name) const {
-        return isGraph ? nodeTexts(graph, name, hostChannelOrder)
-                       : std::optional(kernelTexts(kernel, hostChannelOrder));
+        return isGraph ? nodeTexts(graph, name, hostSwizzle)
+                       : std::optional(kernelTexts(kernel, hostSwizzle));
     }
 
     // The kernel of a graph's program; null: it was made of none.

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <memory>
 
+#include "command/command_scope.h"
 #include "hostkit/suites.h"
 #include "pbhost/camera_verb.h"
 #include "pbhost/child_process.h"

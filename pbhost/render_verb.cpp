@@ -6,6 +6,7 @@
 #include <iostream>
 #include <utility>
 
+#include "command/command_scope.h"
 #include "hostkit/control_kinds.h"
 #include "hostkit/frames.h"
 #include "pbhost/control_list.h"

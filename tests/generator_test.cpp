@@ -33,7 +33,7 @@ TEST_F(GeneratorTest, writesAStandaloneKernel) {
     const Texts texts = standaloneTexts(
         "input image4 src, b, c; output pixel4 dst;\nparameter float amount <defaultValue: 0.5;>;\n"
         "void evaluatePixel() { dst = amount * sample(src, outCoord()); }",
-        hostChannelOrder);
+        hostSwizzle);
     const std::string common =
         "#define parameter uniform\n#define tvek__INPUT_MAX 3\n#define tvek_SWIZZLE_IN .gbar\n" +
         std::string(glslDefinitions) + "\n" + std::string(glslPrelude) +
@@ -129,7 +129,7 @@ TEST_F(GeneratorTest, undoesEachChannelOrder) {
     }
     EXPECT_EQ(orders.size(), 24U);
     // Alpha, red, green, blue in memory, seen as r, g, b, a.
-    EXPECT_EQ(swizzled("ARGB", channelOrders[hostChannelOrder].in), "RGBA");
+    EXPECT_EQ(swizzled("ARGB", channelOrders[hostSwizzle].in), "RGBA");
     const Texts beyond = standaloneTexts("output pixel4 o;", 24);
     EXPECT_EQ(beyond.vertex.find("#define tvek_SWIZZLE_IN"), std::string::npos);
     EXPECT_TRUE(beyond.fragment.ends_with("\tgl_FragColor = o;\n}\n"));

@@ -1,7 +1,7 @@
-// The channel orders of a host's pixels, by index.
+// The channel orders that a host's pixels can have. An index into the table is called `swizzle`.
 //
-// Pixels reach a texture in the host's order; `in` puts a texel that is read into red, green, blue,
-// alpha, and `out` undoes it on the value that a kernel gives. So no kernel sees the host's order.
+// Pixels are uploaded in the host's order. The swizzle `in` converts a texel to red, green, blue,
+// alpha; `out` converts a kernel's result back. So no kernel depends on the host's order.
 #pragma once
 
 #include <array>
@@ -40,4 +40,4 @@ inline constexpr std::array<ChannelOrder, 24> channelOrders = {{
 }};
 
 // Alpha, red, green, blue in memory: the order of the host.
-inline constexpr std::uint32_t hostChannelOrder = 18;
+inline constexpr std::uint32_t hostSwizzle = 18;

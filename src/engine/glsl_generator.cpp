@@ -5,7 +5,7 @@
 
 namespace {
 
-struct Source {
+struct ProgramSource {
     const pbKernelInfo& kernel;
     const pbGraphInfo* graph;
     const pbgNodeInfo* node;
@@ -34,7 +34,7 @@ void appendVaryings(NarrowString& text, const pbKernelInfo& kernel) {
     });
 }
 
-void appendParameterFunction(NarrowString& text, const Source& source) {
+void appendParameterFunction(NarrowString& text, const ProgramSource& source) {
     for (const pbParameter& parameter : source.graph->parameters) {
         text.append("uniform ").append(elementTypeName(parameter.type)).append(" ");
         text.append(graphParameterName(parameter.wholeName)).append(";\n");
@@ -45,7 +45,7 @@ void appendParameterFunction(NarrowString& text, const Source& source) {
         text += source.node->evaluateParametersCode;
 }
 
-NarrowString commonText(const Source& source) {
+NarrowString commonText(const ProgramSource& source) {
     NarrowString text(source.standalone ? "#define parameter uniform\n" : "#define parameter\n");
     appendInputCount(text, source.kernel.inputs.size());
     if (source.swizzle < channelOrders.size()) {
@@ -60,7 +60,7 @@ NarrowString commonText(const Source& source) {
     return text;
 }
 
-void appendVertexMain(NarrowString& text, const Source& source) {
+void appendVertexMain(NarrowString& text, const ProgramSource& source) {
     text += "\nvoid main(void)\n{\n";
     if (!source.kernel.dependents.empty()) {
         if (!source.standalone)
@@ -76,7 +76,7 @@ void appendVertexMain(NarrowString& text, const Source& source) {
     text += "}\n";
 }
 
-void appendFragmentMain(NarrowString& text, const Source& source) {
+void appendFragmentMain(NarrowString& text, const ProgramSource& source) {
     text += "\nvoid main(void)\n{\n";
     if (!source.standalone)
         text += "\tevaluateParameters();\n";
@@ -96,7 +96,7 @@ void appendFragmentMain(NarrowString& text, const Source& source) {
 void generateShaders(const pbKernelInfo& kernel, const pbGraphInfo* graph, const pbgNodeInfo* node,
                      bool standalone, std::uint32_t swizzle, NarrowString& vertexText,
                      NarrowString& fragmentText) {
-    const Source source{kernel, graph, node, standalone, swizzle};
+    const ProgramSource source{kernel, graph, node, standalone, swizzle};
     fragmentText = commonText(source);
     vertexText = "\n#define tvek_VERTEX_SHADER\n";
     vertexText += fragmentText;

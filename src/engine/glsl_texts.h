@@ -3,8 +3,7 @@
 
 #include <string_view>
 
-// The kernel language's words, as GLSL has them. Two words are defined to nothing: their lines end
-// in a blank.
+// The kernel language's words in GLSL. Two words are defined as empty: their lines end in a blank.
 inline constexpr std::string_view glslDefinitions = R"glsl(#define AIF_FLASH_TARGET 0
 #define input uniform
 #define output 
@@ -35,7 +34,7 @@ inline constexpr std::string_view glslDefinitions = R"glsl(#define AIF_FLASH_TAR
 #define inverseSqrt inversesqrt
 )glsl";
 
-// The kernel language's built-in functions, over the uniforms that the engine sends with each
+// The kernel language's built-in functions, with the uniforms that the engine sets for each
 // frame. Coordinates are pixels of the full resolution, whatever the downsampling.
 inline constexpr std::string_view glslPrelude = R"glsl(uniform vec2 tvek_outputPixelSize;
 uniform vec2 tvek_texturePixelSize[tvek__INPUT_MAX];

@@ -1,4 +1,8 @@
-// One parameter of an executable graph: what the file said of it, and its value for this frame.
+// One parameter of an executable graph: its description in the file, and its value for this frame.
+//
+// How a parameter's value is sent to OpenGL is chosen here, from three tables in
+// graph_parameter.cpp; which control shows it, in shell/control_forms. A new kind of parameter
+// needs a row in both.
 #pragma once
 
 #include <GL/glew.h>
@@ -10,13 +14,13 @@
 struct GraphParameter : aeBase {
     explicit GraphParameter(const pbParameter& source);
 
-    // Sends the value to the uniform of the parameter's whole name; a program without it ignores
-    // it. The program must be in use, in the device's context.
+    // Sets the uniform of the parameter's whole name; does nothing when the program has none. The
+    // program must be in use, in the device's context.
     void apply(GLuint program) const;
 
     std::int32_t slot = -1; // the first effect control of the parameter; -1: none
     pbParameter parameter;
-    pbValue value; // the default, set or not, until somebody writes it
+    pbValue value; // at first the default, zeros when the file has none
 
 private:
     using Upload = void (*)(GLint location, const pbValue& value);

@@ -10,17 +10,17 @@
 
 namespace {
 
-// The stretch of an image, along one axis, that lies inside the frame. In pixels.
+// The part of an image, along one axis, that is inside the frame. In pixels.
 struct Span {
     std::int64_t skipped; // pixels of the image in front of the frame
     std::int64_t offset;  // where the first visible pixel lies in the frame
     std::int64_t length;
 };
 
-// Far above what any host has in memory, and safe to reckon with.
+// Larger than any image in memory, and small enough that sums of sizes do not overflow.
 constexpr std::uint32_t largestSize = 1U << 24;
 
-// Of the staging area for 16 bits: 64 KB, which any thread's stack has room for.
+// Of the staging area for 16 bits: 64 KB, small enough for any thread's stack.
 constexpr std::int64_t stagingChannels = 1 << 15;
 
 bool isSize(std::uint32_t pixels) {

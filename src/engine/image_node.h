@@ -9,7 +9,7 @@ public:
     ImageNode(pbGraph& owner, std::string_view imageName);
 
     bool isKernel() const override { return false; }
-    // The texture from its first pixel on, as far as the target's size goes; asks for no `done`.
+    // Reads the texture from its first pixel, cut to the target's size, whatever `done` is.
     void readBack(const FrameDescription& target) override;
     // Uploads the image into a transparent texture of the frame's size. Without an image for its
     // slot the whole texture is transparent.

@@ -33,8 +33,8 @@ void Node::takeKernel(const pbKernelInfo& kernel, const NarrowString& parameters
     chooseParameters();
 }
 
-// A control may be of another kind than the program's uniform (a popup for a float): OpenGL refuses
-// such a value, and it would do so in each frame.
+// A control may have another type than the program's uniform (a popup for a float). OpenGL reports
+// an error for such a value in each frame, so these parameters are left out.
 void Node::chooseParameters() {
     if (!impl->isLinked)
         return;

@@ -9,7 +9,7 @@
 
 class Node : public NodeBase {
 public:
-    // Both compile the kernel now; of the model nothing is kept.
+    // Both compile the kernel at once and keep nothing of the model.
     Node(pbGraph& owner, const pbKernelInfo& kernel);
     Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex);
 
@@ -30,7 +30,8 @@ private:
     void sendInputs(const FrameDescription& frame) const;
     void filterInputs(GLint filter) const;
 
-    HostVector<const GraphParameter*> parameters_; // whose values the program takes; not owned
+    HostVector<const GraphParameter*>
+        parameters_; // those that are uniforms of the program; not owned
     bool readsPixelCentres_ = false;
 };
 

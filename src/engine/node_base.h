@@ -1,8 +1,7 @@
 // A node of an executable graph: holds one frame's result in a texture and can read it back.
 //
-// Nodes belong to their graph and know it for its parameters and channel order. Every operation
-// that touches OpenGL (all but isKernel, pixelSize and texture) needs the device's context current,
-// and so does the destructor.
+// Nodes belong to their graph and use its parameters and channel order. All operations but
+// isKernel, pixelSize and texture need the device's context current, and so does the destructor.
 #pragma once
 
 #include <GL/glew.h>
@@ -20,9 +19,9 @@ class NodeBase;
 
 // One input of a kernel.
 struct Connection {
-    NodeBase* source = nullptr;  // null: nothing feeds it; not owned
+    NodeBase* source = nullptr;  // null: not connected; not owned
     std::array<char, 64> name{}; // of the input in the kernel, at most 63 bytes
-    NarrowString wholeName;      // the same, as the shader has it
+    NarrowString wholeName;      // the same, not cut
 };
 
 using PixelSize = std::array<float, 2>; // pixel aspect ratio and 1
@@ -33,32 +32,33 @@ public:
 
     virtual bool isKernel() const = 0;
 
-    // Writes the result to host memory; only the head of the description counts.
+    // Writes the result to host memory; of the description only the inherited fields are used.
     virtual void readBack(const FrameDescription& target) = 0;
 
-    // Makes this frame's result, after that of all inputs; once until `reset`.
+    // Renders all inputs, then this node; does nothing when that is done since the last `reset`.
     virtual void render(const FrameDescription& frame) = 0;
 
     // Ends the frame: the graph takes the texture back.
     virtual void reset() = 0;
 
-    // Puts the result on a texture unit and tells the sampler of that name.
+    // Binds the result to a texture unit and sets the sampler of that name to it.
     virtual void bindInput(GLuint program, const char* inputName, GLuint unit) const;
 
     virtual PixelSize pixelSize(const FrameDescription& frame) const = 0;
     virtual GLuint texture() const = 0;
     virtual RenderTexture& target() = 0; // which holds the texture
 
-    // A node has drawn what one of its inputs needs of this node. After the last of them the
-    // texture may serve another node of the same frame.
+    // Called when a node that reads this one has been drawn. After the last of them the texture may
+    // be reused for another node of the same frame.
     void endRead();
 
     pbName name{}; // the input's or kernel's name, or a graph node's id
     pbGraph* graph;
     HostVector<Connection> connections; // in the order of the kernel's inputs
     bool done = false;                  // the texture holds this frame's result
-    std::uint32_t readerCount = 0;      // inputs fed by this node, of nodes that the output needs
-    std::uint32_t readsDone = 0;        // of these, in this frame
+    std::uint32_t readerCount =
+        0; // inputs connected to this node, of nodes that the output depends on
+    std::uint32_t readsDone = 0; // of these, in this frame
 };
 
 // bindInput for any texture.

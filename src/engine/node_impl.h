@@ -1,7 +1,8 @@
 // The OpenGL side of a kernel node: its program and the texture that it draws into.
 //
-// Needs the device's context current from birth to death. A program that does not compile or link
-// is reported once, when it is built, and stays: drawing then gives the fixed pipeline's white.
+// Construction, destruction and all operations need the device's context current. A program that
+// does not compile or link is reported once, when it is built; drawing then gives the fixed
+// pipeline's white.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +16,7 @@ public:
     NodeImpl(const pbKernelInfo& kernel, std::uint32_t swizzle);
     NodeImpl(const pbGraphInfo& graph, std::size_t nodeIndex, std::uint32_t swizzle);
 
-    // One quad over the whole frame; the target must have its storage, the framebuffer be bound.
+    // Draws one quad over the whole frame. The target must have its storage and be bound.
     void draw(const FrameDescription& frame) const;
 
     void readPixels(const PixelRead& read) const;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "engine/cycle_test.h"
 #include "engine/glsl_generator.h"
+#include "engine/graph_cycles.h"
 #include "engine/image_node.h"
 #include "gpu/errors.h"
 #include "support/outcome_texts.h"
@@ -46,8 +46,8 @@ bool hasStorage(const RenderTexture& texture, const FrameDescription& frame,
 
 } // namespace
 
-pbGraph::pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t channelOrder)
-    : name(nameText(kernelInfo.name)), swizzle(channelOrder) {
+pbGraph::pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t swizzleIndex)
+    : name(nameText(kernelInfo.name)), swizzle(swizzleIndex) {
     for (const pbParameter& parameter : kernelInfo.parameters)
         parameters.push_back(makeObject<GraphParameter>(parameter));
     if (hasTooManyInputs(kernelInfo))
@@ -57,8 +57,8 @@ pbGraph::pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t channelOrder)
     buildInfoText(kernelInfo, "Pixel Bender Kernel : ");
 }
 
-pbGraph::pbGraph(const pbGraphInfo& graphInfo, std::uint32_t channelOrder)
-    : name(nameText(graphInfo.name)), swizzle(channelOrder) {
+pbGraph::pbGraph(const pbGraphInfo& graphInfo, std::uint32_t swizzleIndex)
+    : name(nameText(graphInfo.name)), swizzle(swizzleIndex) {
     for (const pbParameter& parameter : graphInfo.parameters)
         addGraphParameter(parameter);
     if (hasTooManyInputs(graphInfo))
@@ -68,20 +68,20 @@ pbGraph::pbGraph(const pbGraphInfo& graphInfo, std::uint32_t channelOrder)
     buildInfoText(graphInfo, "Pixel Bender Graph : ");
 }
 
-// Nodes go before the parameters that they send.
+// Nodes are destroyed before the parameters that they refer to.
 pbGraph::~pbGraph() {
     nodes.clear();
     parameters.clear();
 }
 
-void pbGraph::tell(const char* reason) const {
+void pbGraph::report(const char* reason) const {
     const NarrowString message = concatenate(concatenate(NarrowString(reason), name.c_str()), "\n");
     reportMessage(message.c_str(), ChannelInfo);
 }
 
 void pbGraph::refuse(const char* reason) {
     failed = true;
-    tell(reason);
+    report(reason);
 }
 
 void pbGraph::buildKernel(const pbKernelInfo& kernelInfo) {
@@ -94,7 +94,7 @@ void pbGraph::buildKernel(const pbKernelInfo& kernelInfo) {
     prepareReuse();
 }
 
-// On the user's side the parameter keeps its plain name; in the programs it bears the prefix.
+// The user sees the parameter's plain name; in the programs it has the prefix.
 void pbGraph::addGraphParameter(const pbParameter& source) {
     parameters.push_back(makeObject<GraphParameter>(source));
     pbParameter& parameter = parameters.back()->parameter;
@@ -112,14 +112,14 @@ void pbGraph::buildGraph(const pbGraphInfo& graphInfo) {
         connect(connection);
     closeOpenInputs();
     if (outputNode == -1)
-        tell("No output node.\n");
+        report("No output node.\n");
     else if (output() != nullptr && hasCycle(*output()))
         refuse("Cyclick Dependency detected.\n");
     else
         prepareReuse();
 }
 
-// What cannot be resolved is passed over.
+// A connection that cannot be resolved is ignored.
 void pbGraph::connect(const pbConnection& connection) {
     const std::int32_t from = indexOf(nameText(connection.from));
     if (connection.kind == ToOutputImage) {
@@ -137,7 +137,7 @@ void pbGraph::connect(const pbConnection& connection) {
 }
 
 // The first node of that name, the number of nodes if there is none. Images come first, so an image
-// wins over a kernel's node.
+// takes precedence over a kernel's node.
 std::int32_t pbGraph::indexOf(std::string_view nodeName) const {
     const auto found = std::find_if(nodes.begin(), nodes.end(), [&](const auto& node) {
         return nameText(node->name) == nodeName;
@@ -202,10 +202,10 @@ void pbGraph::resetNodes() {
     spareTextures.clear();
     for (const auto& node : nodes)
         node->reset();
-    tellError(takeError());
+    reportFrameError(takeError());
 }
 
-void pbGraph::tellError(unsigned int error) {
+void pbGraph::reportFrameError(unsigned int error) {
     const bool isNew = error != frameError;
     frameError = error;
     if (error == GL_NO_ERROR)

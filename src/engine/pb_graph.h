@@ -1,9 +1,10 @@
-// The executable form of a loaded file: nodes wired to one another, an output, and the parameters
-// that reach every program.
+// The executable form of a loaded file: connected nodes, an output, and the parameters that every
+// program gets.
 //
-// Building one compiles its programs and creates its textures; running it creates nothing. Nothing
-// of the model is kept. Construction, destruction, render and resetNodes need the device's context
-// current, everything needs a running command. A graph is good for the caller only when isRunnable.
+// The constructor compiles the programs and creates the textures; rendering creates nothing.
+// Nothing of the model is kept. Construction, destruction, render and resetNodes need the device's
+// context current, everything needs a running command. Only a graph that isRunnable may be
+// rendered.
 #pragma once
 
 #include <cstdint>
@@ -19,18 +20,18 @@ class ImageNode;
 
 class pbGraph : public aeBase {
 public:
-    // swizzle is the channel order index of the host's pixels, for every program. Both throw the
-    // `long` 4 when there is no memory.
-    pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t swizzle);
-    pbGraph(const pbGraphInfo& graphInfo, std::uint32_t swizzle);
+    // swizzleIndex is the channel order of the host's pixels: an index into channelOrders, for
+    // every program. Both throw the `long` 4 when there is no memory.
+    pbGraph(const pbKernelInfo& kernelInfo, std::uint32_t swizzleIndex);
+    pbGraph(const pbGraphInfo& graphInfo, std::uint32_t swizzleIndex);
     ~pbGraph() override;
 
     // The graph must be runnable.
     void render(const FrameDescription& frame);
 
-    // Ends the frame for every node, and sets frameError. An error is told to the developer and to
-    // the user, and goes to the error log unless the frame before had the same: what was read back
-    // is then not the graph's result.
+    // Ends the frame for every node, and sets frameError. An error means that what was read back is
+    // not the graph's result; it is reported to the developer and to the user, and logged unless
+    // the frame before had the same error.
     void resetNodes();
 
     // The image nodes, counted in the order of `nodes`; null for an index that has none.
@@ -41,14 +42,14 @@ public:
     NodeBase* output() const;
 
     // Gives a node's target storage of the frame's size: its own where that was kept, that of a
-    // texture that no node reads any more, else fresh storage. The pixels are undefined.
+    // texture that no node reads any more, else new storage. The pixels are undefined.
     void provideStorage(RenderTexture& target, const FrameDescription& frame,
                         std::uint32_t componentBytes, unsigned int format);
 
     // Ends a target's use in the frame: it shrinks to one pixel, or is kept for the next frame.
     void releaseStorage(RenderTexture& target);
 
-    // Tells nodes and parameters to the developer's channel.
+    // Reports nodes and parameters on the developer's channel.
     void reportGraph() const;
 
     NarrowString name;
@@ -56,16 +57,16 @@ public:
     bool failed = false;   // a cycle, or a kernel with too many inputs
     std::int32_t outputNode = -1;
     HostVector<std::unique_ptr<NodeBase>> nodes;
-    std::uint32_t swizzle;
+    std::uint32_t swizzle; // index into channelOrders
     HostVector<std::unique_ptr<GraphParameter>> parameters;
     unsigned int frameError = 0; // the first that OpenGL had in the last frame; 0: none
-    HostVector<RenderTexture*> spareTextures; // hold storage; with room for those of all nodes
+    HostVector<RenderTexture*> spareTextures; // hold storage; the capacity is that of all nodes
     bool keepsTextures = false;   // between frames, with their storage; costs their memory
-    GlTexture transparentTexture; // for inputs that nothing feeds; exists where there are such
+    GlTexture transparentTexture; // for inputs that are not connected; 0 if there are none
 
 private:
-    void tell(const char* reason) const;
-    void tellError(unsigned int error);
+    void report(const char* reason) const;
+    void reportFrameError(unsigned int error);
     void refuse(const char* reason);
     void buildKernel(const pbKernelInfo& kernelInfo);
     void buildGraph(const pbGraphInfo& graphInfo);
@@ -80,5 +81,5 @@ private:
 // Whether the graph has an output that can be rendered.
 bool isRunnable(const pbGraph& graph);
 
-// Tells one parameter to the developer's channel.
+// Reports one parameter on the developer's channel.
 void reportParameter(const GraphParameter& graphParameter);

@@ -1,4 +1,4 @@
-// What a graph tells about itself: a short text for the user, a dump for the developer.
+// Describes a graph: a short text for the user, a dump for the developer.
 
 #include <charconv>
 

@@ -1,7 +1,7 @@
-// How the host's pixels look to OpenGL: by depth code and by channel code, one table each.
+// The OpenGL formats of the host's pixels: one table by component size, one by channel code.
 //
 // The host's pixels are uploaded in their memory order as if they were red, green, blue, alpha; the
-// shaders put that right, not these formats.
+// shaders correct the order, not these formats.
 #pragma once
 
 #include <GL/glew.h>

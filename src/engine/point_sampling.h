@@ -1,9 +1,8 @@
-// Finds the kernels that read their inputs at the middle of pixels only.
+// Finds the kernels that sample their inputs at pixel centres only.
 //
-// Such a reading wants the pixel as it is. Linear filtering gives it too, but only as exactly as
-// the driver computes the place: in float a software driver's neighbours shine through in the last
-// bits. For these kernels the engine filters by the nearest pixel, and a copy is a copy to the last
-// bit.
+// At a centre, linear filtering should give the pixel unchanged, but a software driver computes the
+// weights in float, so neighbouring pixels change the last bits. For these kernels the engine uses
+// nearest filtering, and a copy is exact.
 #pragma once
 
 #include "support/text.h"

@@ -1,7 +1,7 @@
-// The OpenGL steps that both kinds of node share: a texture with a framebuffer round it, its
-// storage and its way back to host memory.
+// What both kinds of node use: a texture with a framebuffer, its storage, and reading it back to
+// host memory.
 //
-// All of it needs the device's context current, and works on texture unit 0.
+// Everything needs the device's context current, and uses texture unit 0.
 #pragma once
 
 #include <cstdint>
@@ -9,13 +9,14 @@
 #include "engine/frame_description.h"
 #include "gpu/gl_names.h"
 
-// A texture that can be sampled and drawn into. Beyond its edge it reads as transparent black. It
-// keeps its two names for life; between frames its storage is a single pixel unless it is kept.
+// A texture that can be sampled and drawn into. Outside its edges it reads as transparent black. It
+// has the same two names as long as it exists; between frames its storage is a single pixel unless
+// it is kept.
 struct RenderTexture {
     static RenderTexture create();
 
     void attach() const; // the framebuffer must be bound
-    // Fresh storage, whose pixels are undefined until they are written.
+    // New storage, whose pixels are undefined until they are written.
     void setStorage(std::uint32_t newWidth, std::uint32_t newHeight,
                     std::uint32_t newComponentBytes, unsigned int format);
     void shrink();      // to a single pixel; does nothing when it has only that
@@ -29,10 +30,10 @@ struct RenderTexture {
     bool isShrunk = false;
 };
 
-// A texture of one transparent pixel, for inputs that nothing feeds.
+// A texture of one transparent pixel, for inputs that are not connected.
 GlTexture makeTransparentTexture();
 
-// What part of a framebuffer goes where in host memory.
+// A part of a framebuffer and its destination in host memory.
 struct PixelRead {
     std::int32_t x; // of the framebuffer, in pixels
     std::int32_t y;
@@ -45,5 +46,5 @@ struct PixelRead {
     std::uint32_t halvedComponents; // 16-bit channels of a pixel to scale by 0.5; 0: none
 };
 
-// Never writes outside rowPixels by height, and leaves alone what lies outside the texture.
+// Never writes outside rowPixels by height; destination pixels outside the texture are unchanged.
 void readFramebuffer(const RenderTexture& target, const PixelRead& read);

@@ -51,7 +51,8 @@ Number combined(std::string_view sign, Number left, Number right) {
     return limited(sign == "*" ? *left * *right : *left / *right);
 }
 
-// The expressions behind the names of constants and macros, evaluated when an array's bound asks.
+// The expressions behind the names of constants and macros, evaluated when an array's bound uses
+// them.
 class Constants {
 public:
     void define(std::string_view name, Tokens expression) { expressions_[name] = expression; }
@@ -107,7 +108,7 @@ private:
         return token;
     }
 
-    // A name may stand for itself, or for a sum of names that stand for sums of names.
+    // A name may be defined by itself, or by sums of names that are sums of names, and so on.
     static constexpr int mostAtoms = 256;
 
     std::unordered_map<std::string_view, Tokens> expressions_;
@@ -175,7 +176,7 @@ private:
         rest_ = rest_.subspan(end);
     }
 
-    // What only the vertex stage compiles reads nothing of it.
+    // Text that only the vertex stage compiles does not count.
     void skipGuarded() {
         int depth = 0;
         do {
@@ -185,7 +186,7 @@ private:
         } while (!rest_.empty() && depth > 0);
     }
 
-    // Steps over two words and a list up to its ';', and hands on what stands between its commas.
+    // Skips two words and a list up to its ';', and passes each item of the list to `action`.
     template<class Action>
     void forEachDeclarator(Action action) {
         rest_ = rest_.subspan(2);

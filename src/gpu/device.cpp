@@ -79,10 +79,10 @@ void createDevice(HWND& window, HDC& deviceContext, HGLRC& renderContext) {
     window = CreateWindowExA(0, className.data(), title.data(), 0, 0, 0, 50, 50, nullptr, nullptr,
                              instance, nullptr);
     deviceContext = GetDC(window);
-    const PIXELFORMATDESCRIPTOR wish = pixelFormat();
-    const int format = ChoosePixelFormat(deviceContext, &wish);
+    const PIXELFORMATDESCRIPTOR wanted = pixelFormat();
+    const int format = ChoosePixelFormat(deviceContext, &wanted);
     wglMakeCurrent(nullptr, nullptr);
-    SetPixelFormat(deviceContext, format, &wish);
+    SetPixelFormat(deviceContext, format, &wanted);
     renderContext = wglCreateContext(deviceContext);
 }
 

@@ -1,7 +1,8 @@
-// The OpenGL context in which the effect works, on a hidden window of its own, and the way into it
-// and back out. The caller keeps the three handles; there is one device in a module.
-// Nothing here ends in an error: without a context the handles stay null, every switch then leaves
-// nothing current, and OpenGL ignores what is called.
+// The effect's OpenGL context, on a hidden window, and how it is made current for a time. The
+// caller keeps the three handles; a module has one device.
+//
+// Nothing here reports an error: without a context the handles are null, a ContextSwitch then makes
+// no context current, and OpenGL ignores all calls.
 #pragma once
 
 #include "platform/wgl.h"
@@ -12,18 +13,17 @@ struct Device {
     HGLRC glRenderContext = nullptr;
 };
 
-// Keeps at most 63 bytes of the name. Only a name of up to 45 bytes can be made into a device.
+// Sets the name of the window and its class; cut at 63 bytes. createDevice needs one of at most 45.
 void setDeviceName(const char* name);
 
-// Writes nothing if the name is too long or the window class is refused; what could not be had
-// after that is null. Once there is a window, nothing is current, whatever was before.
+// Writes nothing if the name is too long or the window class is refused; of the rest, what cannot
+// be created is null. Once there is a window, no context is current, whatever was before.
 void createDevice(HWND& window, HDC& deviceContext, HGLRC& renderContext);
 
-// The window stays: it goes with the module. Handles that are null or already gone do no harm.
+// The window is kept until the module is unloaded. Handles that are null or destroyed are ignored.
 void destroyDevice(HWND window, HDC deviceContext, HGLRC renderContext);
 
-// A device that lives as long as the object: for whoever needs the process' one device to end with
-// something else. The name is that of setDeviceName; nothing is current behind the constructor.
+// Owns a device. The name is that of setDeviceName; after the constructor no context is current.
 class OwnDevice : public Device {
 public:
     explicit OwnDevice(const char* name) {
@@ -35,8 +35,8 @@ public:
     OwnDevice& operator=(const OwnDevice&) = delete;
 };
 
-// Makes the device's context current for a stretch of code and then gives back what was current,
-// whether this process' WGL made it or not. Nests.
+// Makes the device's context current and later restores the previous one, whether it was made
+// through WGL or not. Switches can be nested.
 class ContextSwitch {
 public:
     explicit ContextSwitch(const Device& device);
@@ -44,7 +44,7 @@ public:
     ContextSwitch(const ContextSwitch&) = delete;
     ContextSwitch& operator=(const ContextSwitch&) = delete;
 
-    // Ends the stretch early; from the second call on nothing happens.
+    // Restores the previous context before the destructor does; a second call does nothing.
     void restore();
 
 private:
@@ -53,8 +53,8 @@ private:
     bool isOpen = true;
 };
 
-// For a developer, on the debug output; each needs a current context to have something to tell.
+// Write to the debug output; each needs a current context.
 void reportVersion();
-// Takes one error off OpenGL's list and gives its code; 0: there was none.
+// Removes one error from OpenGL's list and gives its code; 0: there was none.
 unsigned int reportError();
 unsigned int reportErrorAfter(const char* text);

@@ -10,9 +10,9 @@
 
 namespace {
 
-GLenum firstError = GL_NO_ERROR; // that checkStep took off OpenGL's list
+GLenum firstError = GL_NO_ERROR; // that checkStep removed from OpenGL's list
 
-// A list has as many entries as the driver has parts; a context that is lost may never be done.
+// A driver's list has few entries, but a lost context may report errors without end.
 constexpr int longestList = 16;
 
 GLenum takeList() {

@@ -1,14 +1,14 @@
-// OpenGL's errors in a stretch of work, such as a frame. All of it needs a current context.
+// Collects OpenGL's errors, for example those of a frame. Everything needs a current context.
 #pragma once
 
-// The first error since the last call; 0: there was none. The list is empty behind it.
+// The first error since the last call; 0: there was none. Empties OpenGL's list.
 unsigned int takeError();
 
 // In words; never null.
 const char* errorText(unsigned int error);
 
-// Stands behind an OpenGL step. In builds with assertions an error is told at once with the step's
-// name, on the developer's channel, and kept for takeError; in others there is nothing.
+// Checks for an error after an OpenGL step. In builds with assertions an error is reported with the
+// step's name on the developer's channel, and kept for takeError; other builds check nothing.
 #ifdef NDEBUG
 #define TVM_CHECK_GL(step) static_cast<void>(0)
 #else

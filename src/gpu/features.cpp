@@ -14,7 +14,7 @@ struct Feature {
     bool (*isThere)(); // reads what glewInit found
 };
 
-// glewInit's result says nothing: it complains of the missing screen after it has loaded all this.
+// glewInit's result is not used: without a screen it reports an error after it has loaded all this.
 #define ENTRY_POINT(name)                                                                          \
     Feature {                                                                                      \
 #name, [] { return (name) != nullptr; }                                                    \

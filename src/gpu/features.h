@@ -1,5 +1,5 @@
-// What the engine needs of an OpenGL context. A missing entry point is a null pointer that must
-// never be called, so whoever is about to build a graph asks here first.
+// What the engine needs of an OpenGL context. A missing entry point is a null pointer that must not
+// be called, so this is checked before a graph is built.
 #pragma once
 
 // The name of the first thing that is missing: "an OpenGL context", an entry point or an

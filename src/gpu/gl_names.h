@@ -1,6 +1,5 @@
-// Owners of OpenGL names. A name belongs to exactly one owner, which deletes it in its destructor;
-// 0 is no name and deletes nothing. Making a name and letting it go need the context that it
-// belongs to current.
+// Owners of OpenGL names. Each name has exactly one owner, which deletes it in its destructor; 0 is
+// no name and not deleted. Creating and destroying need the context of the name current.
 #pragma once
 
 #include <utility>
@@ -45,7 +44,8 @@ struct ProgramKind {
     static unsigned int generate();
     static void destroy(unsigned int name);
 };
-// Once attached, a shader lives on in its program without its name.
+// A shader that is attached to a program may be deleted: it exists until the program does not need
+// it.
 struct ShaderKind {
     static unsigned int generate(unsigned int stage); // GL_VERTEX_SHADER or GL_FRAGMENT_SHADER
     static void destroy(unsigned int name);

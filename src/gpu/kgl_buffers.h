@@ -1,23 +1,23 @@
-// Renderbuffers and textures as objects that a framebuffer may be given.
+// Renderbuffers and textures as objects that can be attached to a framebuffer.
 //
-// Each owns one OpenGL name from its constructor to its destructor and never copies it. All of
-// this, making and destroying included, needs the device's context current, with nothing missing
-// of what `missingFeature` asks for. What an operation binds stays bound. OpenGL numbers (formats,
-// types, targets, attachments) stand as OpenGL names them; sizes are in pixels.
+// Each owns one OpenGL name from its constructor to its destructor. Everything, construction and
+// destruction included, needs the device's context current, with nothing missing of what
+// `missingFeature` checks. An operation leaves its bindings in place. Formats, types, targets and
+// attachments are OpenGL's numbers; sizes are in pixels.
 #pragma once
 
 #include "support/heap.h"
 
 class kglFrameBuffer;
 
-// What a framebuffer and its attachments have in common. An operation that makes no sense for a
-// class does nothing there.
+// Base class of framebuffers and their attachments. An operation that does not apply to a class
+// does nothing.
 class kglBufferObject : public aeBase {
 public:
     virtual unsigned int getName() const { return objectName; }
-    // Gives the buffer fresh storage, with the format and type set before.
+    // Gives the buffer new storage, with the format and type set before.
     virtual void setSize(int, int) {}
-    // Afterwards the window is bound, not the framebuffer.
+    // Afterwards framebuffer 0 is bound.
     virtual void attachTo(const kglFrameBuffer&, unsigned int /*attachment*/) const {}
     virtual void setInternalFormat(int) {}
     virtual void setType(unsigned int) {}
@@ -41,14 +41,14 @@ private:
     int internalFormat;
 };
 
-// The fields count from the next `setSize` or `attachTo` on. Depth needs GL_DEPTH_COMPONENT in
-// `format` too: with the GL_RGBA of the start, OpenGL refuses storage to a depth texture.
+// A change of a field takes effect with the next `setSize` or `attachTo`. A depth texture needs
+// GL_DEPTH_COMPONENT in `format` too: with the initial GL_RGBA, OpenGL refuses its storage.
 class kglTextureBuffer : public kglBufferObject {
 public:
     explicit kglTextureBuffer(unsigned int target);
     ~kglTextureBuffer() override;
 
-    // Edges clamp, samples between pixels are blended.
+    // Clamped to the edge, with linear filtering.
     void setDefaultParameters() const;
 
     // Only GL_TEXTURE_2D gets storage; the errors before and after it go to the debug output.

@@ -34,7 +34,7 @@ kglRenderTarget::kglRenderTarget(kglBufferKind colorKind, kglBufferKind depthKin
     depthBuffer->attachTo(*this, GL_DEPTH_ATTACHMENT_EXT);
 }
 
-// Colour goes first, as it came; of themselves the fields would go the other way round.
+// Destroys the colour buffer first, in the order of creation; by default the order is reversed.
 kglRenderTarget::~kglRenderTarget() {
     colorBuffer.reset();
 }

@@ -1,22 +1,22 @@
 // Framebuffers as objects: a bare one, and one that owns a colour and a depth buffer.
 //
 // All of this, making and destroying included, needs the device's context current, with nothing
-// missing of what `missingFeature` asks for. Whether a framebuffer is complete is for the user to
-// ask of OpenGL: nothing here does.
+// missing of what `missingFeature` checks. Nothing here checks whether a framebuffer is complete.
 #pragma once
 
 #include <memory>
 
 #include "gpu/kgl_buffers.h"
 
-// Size and formats belong to what is attached, so all of that does nothing here.
+// Size and formats belong to the attachments, so the setters of the base class do nothing here.
 class kglFrameBuffer : public kglBufferObject {
 public:
     kglFrameBuffer();
     ~kglFrameBuffer() override;
 
     using kglBufferObject::setSize;
-    // Of what the framebuffer owns; a bare one owns nothing. `type` is that of the components.
+    // Sets the size of the buffers that the framebuffer owns; this class owns none. `type` is that
+    // of the components.
     virtual void setSize(int, int, unsigned int /*type*/) {}
 };
 
@@ -31,10 +31,10 @@ public:
     ~kglRenderTarget() override;
 
     using kglFrameBuffer::setSize;
-    // For colour and depth alike. The contents are lost.
+    // For colour and depth. The contents are lost.
     void setSize(int width, int height, unsigned int type) override;
 
-    // They live as long as the target.
+    // Valid as long as the target.
     kglBufferObject& getColorBuffer() const { return *colorBuffer; }
     kglBufferObject& getDepthBuffer() const { return *depthBuffer; }
 

@@ -1,4 +1,4 @@
-// A reference to an instance of an effect, owned: it goes back to the host with this object.
+// Owns a reference to an instance of an effect and disposes of it at the end.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@ public:
             dispose(effects_, &AEGP_EffectSuite3::AEGP_DisposeEffect, effect_);
     }
 
-    // The stream of a parameter: a new reference, to be owned by a Stream.
+    // The stream of a parameter, as a new reference for a Stream to own.
     AEGP_StreamRefH newParamStream(A_long index) {
         return query(streams_, &AEGP_StreamSuite9::AEGP_GetNewEffectStreamByIndex, currentPluginId,
                      effect_, index);
@@ -32,7 +32,7 @@ public:
     }
     A_long flags() { return query(effects_, &AEGP_EffectSuite3::AEGP_GetEffectFlags, effect_); }
 
-    // These need no instance. The list of installed effects starts behind key 0 and ends with 0.
+    // These need no instance. Key 0 stands before the first and after the last installed effect.
     A_long numInstalledEffects() {
         return query(effects_, &AEGP_EffectSuite3::AEGP_GetNumInstalledEffects);
     }
@@ -48,8 +48,8 @@ public:
 
 private:
     AEGP_EffectRefH effect_;
-    SuiteHolder<AEGP_EffectSuite3, Missing::Ends> effects_;
-    SuiteHolder<AEGP_StreamSuite9, Missing::Ends> streams_;
+    SuiteHolder<AEGP_EffectSuite3, OnRefusal::UseTable> effects_;
+    SuiteHolder<AEGP_StreamSuite9, OnRefusal::UseTable> streams_;
 };
 
 } // namespace AEO

@@ -1,12 +1,12 @@
 // Small services of the host: undo groups, the lines of the Info panel, the options button.
 //
-// Each borrows its suite for one call. All texts are zero-terminated UTF-8. The result is the
-// host's code, also when the suite can't be had.
+// Each acquires its suite for one call. All texts are zero-terminated UTF-8. The result is the
+// host's code, also when the suite is refused.
 #pragma once
 
 #include "sdk/pf_types.h"
 
-// What changes between the two is one step in the host's undo list; the name may be empty.
+// All changes between the two calls are one step in the host's undo list; the name may be empty.
 PF_Err startUndoGroup(SPBasicSuite* basic, const char* name);
 PF_Err endUndoGroup(SPBasicSuite* basic);
 
@@ -14,5 +14,5 @@ PF_Err endUndoGroup(SPBasicSuite* basic);
 PF_Err infoPanel2(SPBasicSuite* basic, const char* line1, const char* line2);
 PF_Err infoPanel3(SPBasicSuite* basic, const char* line1, const char* line2, const char* line3);
 
-// Only during parameter setup. Always 0: an effect does without a name on its button.
+// Only during parameter setup. Always 0: a refusal only leaves the button without a name.
 PF_Err setOptionsButtonName(const PF_InData* inData, const char* name);

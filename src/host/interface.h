@@ -1,5 +1,5 @@
-// The running instance of the effect, as the host's callbacks name it, seen from the scene's side:
-// the layer that it lies on, and a reference to itself.
+// The host's view of the running effect instance: its layer, a reference to the instance, the time
+// and the camera of its composition.
 #pragma once
 
 #include "host/object_base.h"
@@ -37,7 +37,7 @@ public:
 
 private:
     PF_ProgPtr effect_;
-    SuiteHolder<AEGP_PFInterfaceSuite1, Missing::Ends> interfaces_;
+    SuiteHolder<AEGP_PFInterfaceSuite1, OnRefusal::UseTable> interfaces_;
 };
 
 } // namespace AEO

@@ -7,15 +7,15 @@ namespace AEO {
 
 class Item : public ObjectBase {
 public:
-    // Asks for the dimensions at once.
+    // Queries the dimensions.
     Item(SPBasicSuite* basic, AEGP_ItemH item) : item_(item), items_(basic) {
         call(items_, &AEGP_ItemSuite13::AEGP_GetItemDimensions, item_, &width_, &height_);
     }
 
-    A_long width() const { return width_; } // pixels; 0 when the host did not tell
+    A_long width() const { return width_; } // pixels; 0 when the query failed
     A_long height() const { return height_; }
 
-    // Width of a pixel over its height; 0 over 1 when the host does not tell.
+    // Width of a pixel over its height; 0 over 1 when the query fails.
     A_Ratio pixelAspect() {
         A_Ratio ratio{0, 1};
         call(items_, &AEGP_ItemSuite13::AEGP_GetItemPixelAspectRatio, item_, &ratio);

@@ -38,8 +38,8 @@ public:
     AEGP_EffectRefH newEffect(A_long index);
     AEGP_EffectRefH applyEffect(AEGP_InstalledEffectKey key); // a new reference
 
-    // A mask's reference is new and goes back through `disposeMask`; so is its outline's stream, to
-    // be owned by a Stream.
+    // newMask gives a new reference, to be released by `disposeMask`; newOutlineStream gives one
+    // for a Stream to own.
     A_long numMasks();
     AEGP_MaskRefH newMask(A_long index);
     void disposeMask(AEGP_MaskRefH mask) noexcept;

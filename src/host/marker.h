@@ -1,5 +1,5 @@
-// Values that the host has lent out of a stream. Each goes back through the Stream that it came
-// from, which must outlive it.
+// Owners of values that the host has checked out of a stream. Each is disposed of through its
+// Stream, which must outlive it.
 #pragma once
 
 #include "host/memory.h"
@@ -43,14 +43,14 @@ private:
     SuiteHolder<AEGP_MarkerSuite2> markers_;
 };
 
-// A mask's outline at a time. It is a copy: what is changed here counts once it is set on a stream.
-// Each call borrows the suite for itself.
+// A mask's outline at a time. It is a copy: a change takes effect when the value is set on a
+// stream. Each call acquires the suite for itself.
 class MaskOutline : public StreamValue {
     using Suite = AEGP_MaskOutlineSuite3;
-    using Holder = SuiteHolder<Suite, Missing::Ends>;
+    using Holder = SuiteHolder<Suite, OnRefusal::UseTable>;
 
     template<class Function, class... Arguments>
-    auto ask(Function function, Arguments... arguments) {
+    auto get(Function function, Arguments... arguments) {
         Holder holder(basic());
         return query(holder, function, value().mask, arguments...);
     }
@@ -64,12 +64,12 @@ public:
     MaskOutline(Stream& stream, AEGP_LTimeMode mode, const A_Time& time)
         : StreamValue(stream, stream.newValue(mode, time)) {}
 
-    bool isOpen() { return ask(&Suite::AEGP_IsMaskOutlineOpen) != 0; }
+    bool isOpen() { return get(&Suite::AEGP_IsMaskOutlineOpen) != 0; }
     void setOpen(bool isOpen) { change(&Suite::AEGP_SetMaskOutlineOpen, A_Boolean{isOpen}); }
     // As many as vertices when it is closed, one less when it is open.
-    A_long numSegments() { return ask(&Suite::AEGP_GetMaskOutlineNumSegments); }
+    A_long numSegments() { return get(&Suite::AEGP_GetMaskOutlineNumSegments); }
     AEGP_MaskVertex vertex(A_long index) {
-        return ask(&Suite::AEGP_GetMaskOutlineVertexInfo, index);
+        return get(&Suite::AEGP_GetMaskOutlineVertexInfo, index);
     }
     void setVertex(A_long index, const AEGP_MaskVertex& vertex) {
         change(&Suite::AEGP_SetMaskOutlineVertexInfo, index, &vertex);
@@ -96,7 +96,7 @@ public:
     }
 
 private:
-    using Holder = SuiteHolder<AEGP_TextDocumentSuite1, Missing::Ends>;
+    using Holder = SuiteHolder<AEGP_TextDocumentSuite1, OnRefusal::UseTable>;
 };
 
 } // namespace AEO

@@ -1,5 +1,5 @@
-// The owner of a memory handle, the form in which the host gives back text of variable length, and
-// the two readers of such text.
+// The owner of a memory handle, in which the host returns text of variable length, and two
+// functions that read such text.
 #pragma once
 
 #include "host/object_base.h"
@@ -14,8 +14,7 @@ public:
     Memory(SPBasicSuite* basic, AEGP_MemHandle handle);
     // A new handle; the name is for the host's own lists, the size in bytes.
     Memory(SPBasicSuite* basic, const char* what, AEGP_MemSize size, AEGP_MemFlag flags);
-    // Frees the handle, locked or not. After an error the handle is in doubt: it stays with the
-    // host.
+    // Frees the handle, locked or not. After an error the handle may be invalid and is not freed.
     ~Memory() override;
 
     AEGP_MemHandle handle() const { return handle_; }

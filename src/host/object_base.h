@@ -1,9 +1,9 @@
-// The root of the wrappers: small stack objects that pair a handle of the host with the suites that
-// work on it, and the frame of all their operations.
+// The base class of the wrappers: small stack objects that hold a handle of the host and the suites
+// that work on it.
 //
-// An error is sticky: the operation that failed and every later one of the same object do nothing
-// more and give 0, a null handle, false or empty text. Nobody shares errors: the next wrapper of a
-// chain starts without one. Wrappers need a running command and never outlive it.
+// An error is sticky: after a failure, every operation of the same object does nothing and gives 0,
+// a null handle, false or empty text. Each object has its own error. Wrappers need a running
+// command and must not outlive it.
 #pragma once
 
 #include <tuple>
@@ -20,15 +20,15 @@ public:
     ObjectBase(const ObjectBase&) = delete;
     ObjectBase& operator=(const ObjectBase&) = delete;
 
-    // The host's code of the call that failed; 0 while all is well.
+    // The host's code of the call that failed; 0 when none has failed.
     A_Err err() const { return err_; }
 
 protected:
     ObjectBase() = default;
 
-    // The frame of an operation: one call of the host, unless the object has failed before.
-    template<class Suite, Missing missing, class... Parameters, class... Arguments>
-    void call(SuiteHolder<Suite, missing>& holder, A_Err (*Suite::*function)(Parameters...),
+    // One call of the host; left out when an earlier call of this object has failed.
+    template<class Suite, OnRefusal onRefusal, class... Parameters, class... Arguments>
+    void call(SuiteHolder<Suite, onRefusal>& holder, A_Err (*Suite::*function)(Parameters...),
               Arguments... arguments) {
         if (err_ != 0)
             return;
@@ -37,8 +37,8 @@ protected:
     }
 
     // The same for a call whose last argument takes the result; a failure leaves the result 0.
-    template<class Suite, Missing missing, class... Parameters, class... Arguments>
-    auto query(SuiteHolder<Suite, missing>& holder, A_Err (*Suite::*function)(Parameters...),
+    template<class Suite, OnRefusal onRefusal, class... Parameters, class... Arguments>
+    auto query(SuiteHolder<Suite, onRefusal>& holder, A_Err (*Suite::*function)(Parameters...),
                Arguments... arguments) {
         using Last = std::tuple_element_t<sizeof...(Parameters) - 1, std::tuple<Parameters...>>;
         using Result = std::remove_pointer_t<Last>;
@@ -47,10 +47,10 @@ protected:
         return err_ == 0 ? result : Result();
     }
 
-    // The call with which a destructor gives something back: made whatever err is, and its own
-    // failure stays without consequences.
-    template<class Suite, Missing missing, class... Parameters, class... Arguments>
-    static void dispose(SuiteHolder<Suite, missing>& holder,
+    // The call with which a destructor releases something: made whatever err is, and its own
+    // failure is ignored.
+    template<class Suite, OnRefusal onRefusal, class... Parameters, class... Arguments>
+    static void dispose(SuiteHolder<Suite, onRefusal>& holder,
                         A_Err (*Suite::*function)(Parameters...), Arguments... arguments) noexcept {
         if (const Suite* suite = holder.suiteOrNull())
             (suite->*function)(arguments...);

@@ -25,7 +25,7 @@ void ParamCheckout::checkOut(A_long index) {
         param_ = PF_ParamDef();
 }
 
-// What the host refused to lend is not given back.
+// A checkout that the host refused needs no checkin.
 void ParamCheckout::checkIn() {
     if (err_ == 0)
         err_ = inData_->inter.checkin_param(inData_->effect_ref, &param_);

@@ -1,20 +1,20 @@
-// One parameter of the running effect, borrowed from the host at the time of the command: exactly
-// one at any moment, given back when another is read and when this object ends.
+// Checks out parameters of the running effect at the time of the command, one at a time: a
+// parameter is checked in before another one is read, and when this object is destroyed.
 #pragma once
 
 #include "sdk/pf_params.h"
 
 class ParamCheckout {
 public:
-    // Borrows parameter 0, the effect's own layer. The record must outlive this object.
+    // Checks out parameter 0, the effect's own layer. The record must outlive this object.
     explicit ParamCheckout(PF_InData* inData);
     ~ParamCheckout();
     ParamCheckout(const ParamCheckout&) = delete;
     ParamCheckout& operator=(const ParamCheckout&) = delete;
 
-    // A copy of the parameter's definition with its value at the record's time; what it points at
-    // is lent only until the next parameter is read. All zero when the host refuses it. Reading the
-    // same parameter at the same time again costs no call.
+    // A copy of the parameter's definition with its value at the record's time; its pointers are
+    // valid until the next parameter is read. All zero when the host refuses it. Reading the same
+    // parameter at the same time again makes no call.
     PF_ParamDef read(A_long index);
 
     // The host's code for the parameter that was read last.

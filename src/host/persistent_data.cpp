@@ -20,7 +20,7 @@ PersistentData::PersistentData(SPBasicSuite* basic) : preferences_(basic) {
     blob_ = query(preferences_, &Suite::AEGP_GetApplicationBlob);
 }
 
-// The host tells the length only by doing a read.
+// The host gives the length only as a result of a read.
 NarrowString PersistentData::getString(const char* section, const char* key) {
     std::array<char, 4> beginning{};
     A_u_long size = readString(section, key, nullptr, beginning.size(), beginning.data());

@@ -1,5 +1,5 @@
-// Access to the host's preferences: sections of keys with values that outlive the program. Names
-// and texts are zero-terminated and narrow. Nothing here is owned but the loan of the suite.
+// Access to the host's preferences: sections of keys with values that persist after the program
+// ends. Names and texts are zero-terminated and narrow. Owns only its acquired suite.
 #pragma once
 
 #include "host/object_base.h"
@@ -12,8 +12,8 @@ class PersistentData : public ObjectBase {
 public:
     explicit PersistentData(SPBasicSuite* basic);
 
-    // The value as the host counts it: with its final zero, if the host counts that. Empty for a
-    // key that is not there; zero bytes, or empty, when the host fails.
+    // The value, as long as the host says: with a final zero where the host counts it. Empty for a
+    // missing key; empty or all zeros when the host fails.
     NarrowString getString(const char* section, const char* key);
 
     A_long numSections();

@@ -1,14 +1,14 @@
-// Message boxes, questions and choosers: short scripts that the host is asked to run.
+// Message boxes, confirmations and file dialogs, each a short script that the host runs.
 //
-// All texts are zero-terminated UTF-8. A script that fails, or a suite that can't be had, is the
-// same to the user as a cancelled dialog.
+// All texts are zero-terminated UTF-8. A script that fails, or a suite that is refused, counts as a
+// cancelled dialog.
 #pragma once
 
 #include "sdk/aegp_types.h"
 #include "support/text.h"
 
-// Runs a script: the host's code, also when the suite can't be had. result and error may be null;
-// what comes in them is the caller's to free, null where there is nothing.
+// Runs a script and gives the host's code, also when the suite is refused. result and error may be
+// null; the caller frees the handles that they receive, which may be null.
 PF_Err runScript(SPBasicSuite* basic, const char* script, bool isPlatformEncoding,
                  AEGP_MemHandle* result, AEGP_MemHandle* error);
 
@@ -20,8 +20,8 @@ void alertBox(SPBasicSuite* basic, const char* message, const char* title, bool 
 // Whether the user chose yes.
 bool confirmBox(SPBasicSuite* basic, const char* title, const char* message, bool isNoDefault);
 
-// Whether something was chosen. The path takes what the script gave, empty after a cancel. The
-// filter goes into the script as it stands.
+// Whether something was chosen. The path is the script's result, empty after a cancel. The filter
+// is put into the script without escaping.
 bool openFileDialog(SPBasicSuite* basic, const char* prompt, const char* filter,
                     NarrowString& path);
 bool selectFolderDialog(SPBasicSuite* basic, const char* prompt, NarrowString& path);

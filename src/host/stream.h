@@ -1,9 +1,9 @@
-// A reference to a stream (one animated value of the scene, or a group of them), owned: it goes
-// back to the host with this object.
+// Owns a reference to a stream (one animated value of the scene, or a group of such values) and
+// disposes of it at the end.
 //
 // Keyframes count from 0 in the order of their times. Times are of the layer or of the composition,
 // as the mode says. New references and values that an operation gives are the caller's: a reference
-// belongs into a Stream, a value into a StreamValue.
+// is for a Stream to own, a value for a StreamValue.
 #pragma once
 
 #include "host/object_base.h"
@@ -24,12 +24,12 @@ public:
     // Takes over the reference, which may be null.
     Stream(SPBasicSuite* basic, AEGP_StreamRefH stream)
         : stream_(stream), streams_(basic), keyframes_(basic), dynamics_(basic) {}
-    // Also hands a null reference to the host, which refuses it.
+    // Passes a null reference to the host too, which refuses it.
     ~Stream() override { dispose(streams_, &AEGP_StreamSuite9::AEGP_DisposeStream, stream_); }
 
     SPBasicSuite* basic() const { return streams_.basic(); }
 
-    // The stream's type tells which member of the value counts.
+    // Which member of the value is used depends on the stream's type.
     void setValue(const AEGP_StreamVal2& value);
     void setValue(double value);
     void setValue(double x, double y, double z);
@@ -80,9 +80,9 @@ private:
     AEGP_StreamValue2 withHandle(const AEGP_StreamVal2& value) const { return {stream_, value}; }
 
     AEGP_StreamRefH stream_;
-    SuiteHolder<AEGP_StreamSuite9, Missing::Ends> streams_;
-    SuiteHolder<AEGP_KeyframeSuite4, Missing::Ends> keyframes_;
-    SuiteHolder<AEGP_DynamicStreamSuite5, Missing::Ends> dynamics_;
+    SuiteHolder<AEGP_StreamSuite9, OnRefusal::UseTable> streams_;
+    SuiteHolder<AEGP_KeyframeSuite4, OnRefusal::UseTable> keyframes_;
+    SuiteHolder<AEGP_DynamicStreamSuite5, OnRefusal::UseTable> dynamics_;
 };
 
 } // namespace AEO

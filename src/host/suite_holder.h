@@ -1,22 +1,22 @@
-// How one object keeps one suite of its own: acquired on first use, given back when the holder is
-// destroyed, if it was had at all.
+// Owns one suite for one object: acquired on first use, released when the holder is destroyed.
 //
-// A holder may stand alone, or it may fall back on the table of the running command when the host
-// refuses it the suite. Holders live on the stack of a command; the basic suite may be null, which
-// counts as a refusal with the code 516.
+// When the host refuses the suite, a holder of the kind UseTable takes the one in the table of the
+// running command. Holders live on the stack of a command. The basic suite may be null; that counts
+// as a refusal with the code 516.
 #pragma once
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "sdk/pf_types.h"
 #include "sdk/sp_basic.h"
 
-// What happens when a suite can't be had.
-enum class Missing {
-    Skips, // the call is left out, and the code tells why
-    Ends,  // the running command's table is asked; if that has no such suite, the command ends
+// What a holder does when the host refuses its suite.
+enum class OnRefusal {
+    SkipCall, // leaves the call out; refusal() gives the reason
+    UseTable, // takes the suite from the running command's table; ends the command if that fails
+              // too
 };
 
-template<class Suite, Missing missing = Missing::Skips>
+template<class Suite, OnRefusal onRefusal = OnRefusal::SkipCall>
 class SuiteHolder {
 public:
     explicit SuiteHolder(SPBasicSuite* basic) : basic_(basic) {}
@@ -27,29 +27,29 @@ public:
     SuiteHolder(const SuiteHolder&) = delete;
     SuiteHolder& operator=(const SuiteHolder&) = delete;
 
-    // The suite for one call. Missing::Skips gives null when it can't be had; Missing::Ends then
-    // throws `long` 516.
+    // The suite for one call. When there is none, SkipCall gives null and UseTable throws `long`
+    // 516.
     const Suite* suite() {
         acquire();
-        if constexpr (missing == Missing::Ends) {
+        if constexpr (onRefusal == OnRefusal::UseTable) {
             if (suite_ == nullptr)
                 return currentTable().template suite<Suite>();
         }
         return suite_;
     }
 
-    // The suite for a call in a destructor: null when it can't be had, whatever the holder's kind.
+    // The suite for a call in a destructor; null when there is none, for both kinds.
     const Suite* suiteOrNull() noexcept {
         acquire();
-        if constexpr (missing == Missing::Ends) {
+        if constexpr (onRefusal == OnRefusal::UseTable) {
             if (suite_ == nullptr && currentSuites() != nullptr)
                 return currentSuites()->template find<Suite>();
         }
         return suite_;
     }
 
-    // Why the host did not lend the suite at the last attempt; 516 when it answered success and
-    // lent nothing.
+    // The host's code for the last attempt to acquire the suite; 516 when the host reported success
+    // but gave no suite.
     PF_Err refusal() const { return code_ != 0 ? code_ : PF_Err_BAD_CALLBACK_PARAM; }
 
     SPBasicSuite* basic() const { return basic_; }
@@ -68,9 +68,9 @@ private:
             code_ = PF_Err_BAD_CALLBACK_PARAM;
             return;
         }
-        const void* lent = nullptr;
-        code_ = basic_->AcquireSuite(Suite::name, Suite::version, &lent);
-        suite_ = static_cast<const Suite*>(lent);
+        const void* acquired = nullptr;
+        code_ = basic_->AcquireSuite(Suite::name, Suite::version, &acquired);
+        suite_ = static_cast<const Suite*>(acquired);
     }
 
     SPErr code_ = 0; // of AcquireSuite
@@ -78,8 +78,8 @@ private:
     SPBasicSuite* basic_;
 };
 
-// One call of a suite that is borrowed for this call only: the host's code, also when the suite
-// can't be had.
+// Calls one function of a suite that is acquired for this call only. Gives the host's code, also
+// when the suite is refused.
 template<class Suite, class... Parameters, class... Arguments>
 PF_Err callSuite(SPBasicSuite* basic, PF_Err (*Suite::*function)(Parameters...),
                  Arguments... arguments) {

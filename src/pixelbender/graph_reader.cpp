@@ -132,10 +132,12 @@ void readGraph(const TiXmlElement& graph, pbGraphInfo& info) {
 
 int readGraphText(std::string_view text, pbGraphInfo& info) {
     TiXmlDocument document;
-    // Rows and columns are for messages, and there are none; counting them has hung on broken text.
+    // Turns off the counting of rows and columns, which are not needed: it can hang on invalid
+    // text.
     document.SetTabSize(0);
     if (isWithinXmlLimits(text)) {
-        // A sequence cut off by the end would be read past it; blanks give it something to read.
+        // TinyXML reads past the end of a text that ends inside a UTF-8 sequence; the line ends pad
+        // it.
         const std::string padded = std::string(text.substr(0, text.find('\0'))) + "\n\n\n\n";
         document.Parse(padded.c_str(), nullptr, TIXML_ENCODING_UTF8);
     }

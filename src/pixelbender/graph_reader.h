@@ -1,7 +1,8 @@
 // Reads a graph file, an XML document, into the model.
 //
-// Nothing is resolved or validated: node ids, kernel names and image names are only compared when
-// the graph is built. Nothing is reported; a document with faults is read as far as it makes sense.
+// Nothing is resolved or validated: node ids, kernel names and image names are compared when the
+// graph is built. Nothing is reported; of a document with errors, everything that can be read is
+// read.
 #pragma once
 
 #include <string_view>
@@ -10,12 +11,11 @@
 
 class TiXmlDocument;
 
-// 0 when a "graph" element was read, else 1, and `info` stays as it is. `info` must be freshly
-// constructed. A text whose elements nest deeper than any graph needs counts as one without a
-// graph.
+// 0 when a "graph" element was read, else 1, with `info` unchanged. `info` must be newly
+// constructed. A text that exceeds the limits of xml_guard.h counts as one without a graph.
 int readGraphText(std::string_view text, pbGraphInfo& info);
 int readGraphDocument(const TiXmlDocument& document, pbGraphInfo& info);
 
-// A value written as a plain list: "0.5,0.25". A scan stops at the first thing that does not fit;
-// the rest stays zero. Numbers out of range are held at the range's end.
+// Parses a value that is written as a plain list: "0.5,0.25". Stops at the first invalid component;
+// the rest is zero. Numbers are clamped to the range of their type.
 pbValue parseValueText(const char* text, pbElementType type);

@@ -1,7 +1,7 @@
-// What is known of a kernel or graph file: plain values, built by the readers, handed by reference
-// to the graph's constructor and destroyed right after it.
+// The contents of a kernel or graph file: plain values, built by the readers, passed to the
+// constructor of the graph and destroyed right after it.
 //
-// Kernels and their pieces copy deeply; a pbGraphInfo is built in place. Text lives on the host's
+// Copies of kernels and their parts are deep; a pbGraphInfo cannot be copied. Text is on the host's
 // heap, so these objects need a running command.
 #pragma once
 
@@ -16,18 +16,17 @@
 // A fixed name field: a zero-terminated text of at most 31 bytes.
 using pbName = std::array<char, 32>;
 
-// Writes the field; a longer source is cut to its first 31 bytes, a null source gives an empty
-// name.
+// Writes the field, cut at 31 bytes; null gives an empty name.
 void copyName(pbName& field, std::string_view source);
 void copyName(pbName& field, const char* source);
 
-// The view of a field's text.
+// The text of a field.
 inline std::string_view nameText(const pbName& field) {
     return field.data();
 }
 
-// An immutable text that its copies share. A declaration hands its texts on to each of its
-// declarators, so real copies would cost the length of the text times their number.
+// An immutable text that is shared by its copies. All declarators of a declaration have the texts
+// of the declaration, so deep copies would cost the length of the text times their number.
 class pbText {
 public:
     pbText& operator=(std::string_view source);
@@ -38,7 +37,7 @@ private:
     std::shared_ptr<const NarrowString> text_;
 };
 
-// Up to 16 components; the type's scalar kind tells which view holds them. Component k of a bool
+// Up to 16 components; the type's scalar kind decides which member is used. Component k of a bool
 // type is byte k. Everything past the last component is zero.
 union pbValue {
     std::array<std::int32_t, 16> ints{};
@@ -46,13 +45,13 @@ union pbValue {
     std::array<std::uint8_t, 16> bytes;
 };
 
-// A value that a file may give; all zero until it does.
+// An optional value of a file; all zero when it is not set.
 struct pbValueSlot {
     bool isSet = false;
     pbValue value;
 };
 
-// A point in parts of the layer's size: 0.5 is the middle.
+// A point as a fraction of the layer's size: 0.5 is the middle.
 struct pbPointDefault {
     bool isSet = false;
     float x = 0;
@@ -73,7 +72,7 @@ struct pbVariable {
 
     pbElementType type = pbTypeNone;
     pbName name{};
-    // The name as the file has it, for whoever must find the variable in the shader.
+    // The name without a cut, by which the variable is found in the shader.
     NarrowString wholeName;
 };
 
@@ -99,7 +98,7 @@ struct pbMetadata {
     pbMetadata& operator=(pbMetadata&&) = default;
 
     pbName name{};
-    std::int32_t languageVersion = 0; // decides nothing
+    std::int32_t languageVersion = 0; // read, but not used
     pbName namespaceName{};
     pbName vendor{};
     std::int32_t version = 0;
@@ -108,20 +107,20 @@ struct pbMetadata {
 
 struct pbKernelInfo : pbMetadata {
     HostVector<pbVariable> inputs; // in order of declaration, as the other vectors
-    pbVariable output;             // the last one declared
+    pbVariable output;             // the last one that is declared
     HostVector<pbVariable> dependents;
     HostVector<pbParameter> parameters;
-    NarrowString shaderText; // the kernel's body, ready to stand in a GLSL program
+    NarrowString shaderText; // the kernel's body, ready to be part of a GLSL program
 };
 
 struct pbGraphInfo;
 
 // A node of a graph: runs the first kernel whose name equals its own.
 struct pbgNodeInfo {
-    // Makes evaluateParametersCode of evaluateParametersText.
+    // Translates evaluateParametersText into evaluateParametersCode.
     void parse(const pbGraphInfo& graph);
 
-    pbName id{}; // by which connections and parameter texts address it
+    pbName id{}; // used by connections and parameter texts
     pbName name{};
     pbName vendor{};
     pbName namespaceName{};
@@ -151,10 +150,10 @@ struct pbGraphInfo : pbMetadata {
     pbGraphInfo(const pbGraphInfo&) = delete;
     pbGraphInfo& operator=(const pbGraphInfo&) = delete;
 
-    // Reads the kernels out of their sources and rewrites the nodes' parameter texts.
+    // Parses the kernel sources and translates the nodes' parameter texts.
     void parseContents();
 
-    // Whether the graph has a parameter of exactly that name; answers from parseContents on.
+    // Whether the graph has a parameter of exactly that name; valid after parseContents.
     bool hasParameter(std::string_view parameterName) const;
 
     HostVector<pbParameter> parameters; // the graph's own
@@ -169,6 +168,6 @@ private:
     HostVector<std::string_view> sortedParameterNames_;
 };
 
-// The name under which a graph's parameter reaches a program, apart from the kernel's own names:
+// The name of a graph's parameter in a program, which must differ from the kernel's own names:
 // `tveg_` in front, or `_tveg` in front of a name that begins with `_`.
 NarrowString graphParameterName(std::string_view name);

@@ -1,5 +1,5 @@
-// Rewrites a node's parameter expressions, which speak of the graph's parameters and of the node's
-// own, into one name space that a GLSL program can have.
+// Translates a node's parameter expressions, which refer to the graph's parameters and to the
+// node's own, to GLSL, where all of them are in one name space.
 
 #include "pixelbender/model.h"
 #include "pixelbender/shader_reader.h"

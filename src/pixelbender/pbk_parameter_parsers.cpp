@@ -33,7 +33,7 @@ bool PBKParser::ParameterParser::parse(ShaderReader& reader, std::int32_t, Token
     return false;
 }
 
-// The values behind the cleared flags and the two texts carry over to the next declarator.
+// Clears the flags only: the values and the two texts are kept for the next declarator.
 void PBKParser::ParameterParser::resetForNextDeclarator() {
     parameter_.type = elementType_;
     parameter_.setName("");

@@ -1,6 +1,6 @@
 // The parsers of a kernel's parameter declarations: name, metadata block, value lists.
 //
-// They run nested on the reader of the kernel, and leave of a declaration only its names and
+// They run nested on the reader of the kernel. Of a declaration, they keep only the names and
 // separators in the text.
 #pragma once
 
@@ -35,7 +35,8 @@ private:
     pbParameter* parameter_;
 };
 
-// One value: picks numbers and truth words out of the tokens up to ';', whatever stands round them.
+// One value: takes the numbers, `true` and `false` among the tokens up to ';' and ignores the
+// others.
 class PBKParser::ParameterMetaDataValueParser : public Parser {
 public:
     explicit ParameterMetaDataValueParser(pbElementType type) : elementType_(type) {}

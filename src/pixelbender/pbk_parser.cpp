@@ -4,7 +4,7 @@
 #include "pixelbender/pbk_parameter_parsers.h"
 #include "support/numbers.h"
 
-// Collects the future shader text; every keyword is reserved in the whole file, at any depth.
+// Collects the shader text; keywords are reserved in the whole file, at any depth.
 class PBKParser::GlobalParser : public Parser {
 public:
     bool parse(ShaderReader& reader, std::int32_t length, TokenKind kind, State state,
@@ -192,7 +192,7 @@ void PBKParser::GlobalParser::takeDependent(PBKParser& reader) {
     const pbElementType elementType = elementTypeFromName(type);
     text.append("dependent ");
     if (!isIntOrBool(elementType))
-        text.append("varying "); // it travels to the fragment stage as it is
+        text.append("varying "); // floats need no other type in between
     text.append(type);
     DependentsParser parser(elementType);
     runNested(reader, parser);

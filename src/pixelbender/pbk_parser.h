@@ -1,9 +1,9 @@
-// Reads a kernel's text into the model, and makes of its body the text that can stand in a GLSL
+// Reads a kernel's text into the model, and rewrites its body so that it can be part of a GLSL
 // program.
 //
-// This is no translator: declarations are copied into the model, and the little that GLSL cannot
-// take is cut or replaced on the way; all else passes through token by token. Whether a kernel is
-// valid is found out by the GLSL compiler. Nothing is reported: every text gives some model.
+// Declarations are copied into the model, and the few constructs that GLSL does not have are
+// removed or replaced; all other tokens are kept. Whether a kernel is valid is left to the GLSL
+// compiler. Nothing is reported: every text gives some model.
 #pragma once
 
 #include "pixelbender/model.h"
@@ -20,7 +20,7 @@ public:
     class ParameterMetaDataParser;
     class ParameterMetaDataValueParser;
 
-    // The model is filled, not owned; it should be freshly constructed, for nothing is cleared.
+    // The model is filled, not owned; it should be newly constructed, because nothing is cleared.
     PBKParser(std::string_view source, pbKernelInfo& model) : ShaderReader(source), info(&model) {}
 
     void parseKernel();

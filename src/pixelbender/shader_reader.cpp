@@ -4,7 +4,7 @@
 
 namespace {
 
-// Ends the text wherever it stands.
+// Ends the text, wherever it is.
 constexpr char endOfText = '\x03';
 
 bool isDigit(char c) {
@@ -124,7 +124,7 @@ ShaderReader::State ShaderReader::quoteKind(std::size_t at) const {
     return quote == '\'' ? SingleQuoted : DoubleQuoted;
 }
 
-// What opens at a place; Code for nothing.
+// The construct that begins at a place; Code for none.
 ShaderReader::State ShaderReader::contextAt(std::size_t at) const {
     const char current = charAt(at);
     if (current == '#')
@@ -136,7 +136,7 @@ ShaderReader::State ShaderReader::contextAt(std::size_t at) const {
     return current == endOfText ? End : quoteKind(at);
 }
 
-// What ends at a place; Code for nothing.
+// The construct that ends at a place; Code for none.
 ShaderReader::State ShaderReader::contextEndAt(std::size_t at) const {
     const char current = charAt(at);
     if (isLineEnd(current))
@@ -181,7 +181,7 @@ bool ShaderReader::advance(std::int32_t count) {
     return true;
 }
 
-// Keeps the state and the counters for one character that is stepped over.
+// Updates the state and the counters for one character.
 void ShaderReader::follow(char current, char previous, char next) {
     if (isLineEnd(current)) {
         ++line;

@@ -1,13 +1,12 @@
-// A scanner over one text in memory that knows just enough of a C-like language to find tokens, to
-// tell code from comments, strings and preprocessor lines, and to count braces and parentheses.
+// A scanner for C-like languages: it finds tokens, distinguishes code from comments, strings and
+// preprocessor lines, and counts braces and parentheses.
 //
-// It knows no grammar: it hands each token to a Parser, which may call back for the next
-// identifier, number or string, or run a nested Parser over the tokens that follow. Nothing is ever
-// reported; a text that does not fit produces less. The time is linear in the text, whatever the
-// text is.
+// It has no grammar: it passes each token to a Parser, which may call back for the next identifier,
+// number or string, or run a nested Parser over the tokens that follow. Nothing is reported;
+// invalid text only gives fewer tokens. The time is linear in the length of every text.
 //
-// A reader is used once, from front to back. Tokens are views of the reader's own copy of the text:
-// good as long as the reader is.
+// A reader is used once, from front to back. Tokens are views of the reader's own copy of the text
+// and valid as long as the reader.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +17,7 @@
 
 class ShaderReader {
 public:
-    // What the text at the reader's position is part of.
+    // What the reader's position is part of.
     enum State : std::int32_t {
         Code,
         Preprocessor, // after a '#', up to the end of that line
@@ -41,9 +40,9 @@ public:
     public:
         virtual ~Parser() = default;
 
-        // Receives one token, which the reader has already stepped over; `length` is the number of
-        // characters stepped over, -1 for "as far as the text goes", `state` the reader's state
-        // behind them. True when this parser has finished. The base class collects every token.
+        // Receives one token, behind which the reader's position already is; `length` is the number
+        // of characters skipped, -1 for "to the end of the text", `state` the reader's state after
+        // them. True when this parser has finished. The base class collects every token.
         virtual bool parse(ShaderReader& reader, std::int32_t length, TokenKind kind, State state,
                            std::string_view token);
 
@@ -55,11 +54,11 @@ public:
     ShaderReader(const ShaderReader&) = delete;
     ShaderReader& operator=(const ShaderReader&) = delete;
 
-    // Hands tokens to the parser until it says that it has finished or the text ends.
+    // Passes tokens to the parser until it has finished or the text ends.
     virtual void parse(Parser& parser);
 
     // The next identifier or number, or an empty text when the token `stop` or the text's end comes
-    // first; `stop` is used up. An empty `stop` never stops.
+    // first; `stop` is skipped. An empty `stop` matches no token.
     virtual std::string_view readIdentifier(std::string_view stop);
     virtual std::string_view readNumber(std::string_view stop);
 
@@ -67,17 +66,17 @@ public:
     // quote. Without a closing quote, the rest of the text.
     virtual std::string_view readString(std::string_view stop);
 
-    // Steps over that many characters, -1 for as far as the text goes; false when it ran into the
-    // end.
+    // Skips that many characters, -1 for all to the end of the text; false when the text ended
+    // before.
     bool advance(std::int32_t count);
 
     const char* currentText() const { return text.data() + position; }
 
-    // The characters from the position through the end of a construct that is open there; where it
-    // has no end, the whole rest of the text.
+    // The characters from the position through the end of the construct that is open there; without
+    // an end, the whole rest of the text.
     std::string_view restOf(State context) const;
 
-    std::int32_t line = 0;       // LF and CR characters stepped over
+    std::int32_t line = 0;       // LF and CR characters skipped
     std::int32_t braceDepth = 0; // '{' less '}' in code; may fall below zero
     std::int32_t parenDepth = 0; // '(' less ')' in code; may fall below zero
     std::uint32_t position = 0;

@@ -1,7 +1,7 @@
 // The type names and metadata words of kernels and graphs, one table each for the whole system.
 //
-// Lookups compare exactly and take the first match; a null name, or one in no row, gives 0. The
-// numbers are stored nowhere on disk except as names.
+// Lookups compare exactly and take the first match; a null or unknown name gives 0. On disk there
+// are only the names, never the numbers.
 #pragma once
 
 #include <array>

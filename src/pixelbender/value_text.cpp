@@ -1,4 +1,4 @@
-// Values as graph files write them: a plain list, in contrast to the kernel language.
+// Parses values in the form of graph files: a plain list, unlike in the kernel language.
 
 #include "pixelbender/graph_reader.h"
 #include "support/numbers.h"

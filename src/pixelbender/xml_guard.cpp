@@ -5,8 +5,8 @@
 
 namespace {
 
-// TinyXML gives up the whole text at an error; where the guard cannot tell that, it goes on and
-// counts what is never seen. What it must never do is pass over an element that TinyXML enters, or
+// TinyXML stops at an error; where the guard does not detect the error, it counts elements that
+// TinyXML never reads, which does no harm. But it must not miss an element that TinyXML enters, or
 // close one that TinyXML does not.
 class XmlGuard {
 public:
@@ -95,7 +95,7 @@ void XmlGuard::skipText(char end) {
     }
 }
 
-// False, somewhere in it, for one that has no name, no '=' or no value.
+// False, with the position inside the attribute, when it has no name, no '=' or no value.
 bool XmlGuard::skipAttribute() {
     skipBlanks();
     if (isAtEnd() || !isNameStart(current()))
@@ -136,7 +136,7 @@ void XmlGuard::skipDeclaration() {
     ++at_;
 }
 
-// Anything in angle brackets that is no element.
+// Skips what is in angle brackets but is no element.
 void XmlGuard::skipMarkup() {
     if (startsWithWord("<?xml")) {
         at_ += 5;

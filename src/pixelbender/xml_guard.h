@@ -1,8 +1,9 @@
-// Keeps away from the XML parser what it cannot take.
+// Rejects texts that the XML parser cannot process safely.
 //
-// TinyXML calls itself once for each level of nesting and searches an element's attributes for each
-// new one, so a hostile text could exhaust the stack or the user's patience. The guard reads a text
-// by TinyXML's own rules, in linear time and without recursion, and knows how deep it would go.
+// TinyXML recurses once for each level of nesting and compares each new attribute with all others
+// of its element, so a hostile text could overflow the stack or take very long. The guard scans a
+// text by TinyXML's own rules, in linear time and without recursion, and counts levels and
+// attributes.
 #pragma once
 
 #include <string_view>

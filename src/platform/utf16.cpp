@@ -19,7 +19,7 @@ Converted<std::basic_string<To>> convert(const char* toName, const char* fromNam
     const iconv_t converter = iconv_open(toName, fromName);
     if (converter == reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr)
         return {{}, false};
-    // One unit of UTF-16 takes up to three bytes. What is skipped below stays a "?".
+    // One unit of UTF-16 takes up to three bytes. Units that are skipped below keep the "?".
     std::basic_string<To> result(text.size() * 3, To{'?'});
     bool isExact = true;
     char* in = const_cast<char*>(reinterpret_cast<const char*>(text.data()));

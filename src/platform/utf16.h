@@ -1,7 +1,7 @@
-// Text between the system's calls, which speak UTF-16, and POSIX, which takes bytes of UTF-8.
+// Converts text between UTF-16, which the system's calls use, and UTF-8, which POSIX uses.
 //
-// Nothing is dropped in silence: half of a surrogate pair, or a byte that belongs to no character,
-// comes as "?", and the result says so.
+// Half of a surrogate pair, or a byte that belongs to no character, becomes "?", and the result is
+// then marked as not exact.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace platform {
 template<class Text>
 struct Converted {
     Text text;
-    bool isExact; // no "?" stands for something else
+    bool isExact; // nothing was replaced by "?"
 };
 
 Converted<std::string> toUtf8(std::u16string_view text);

@@ -72,7 +72,7 @@ bool isInitialised(EGLDisplay display) {
     return display != EGL_NO_DISPLAY && eglInitialize(display, nullptr, nullptr) == EGL_TRUE;
 }
 
-// Asked for anew each time: another user of the display may have terminated it in the meantime.
+// Initialised at each call: other code may have terminated the display.
 EGLDisplay initialisedDisplay() {
     if (const EGLDisplay display = surfacelessDisplay(); isInitialised(display))
         return display;
@@ -121,14 +121,14 @@ int ReleaseDC(HWND window, HDC deviceContext) {
     return 1;
 }
 
-int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wish) {
-    if (!isKnown(deviceContext) || wish == nullptr)
+int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wanted) {
+    if (!isKnown(deviceContext) || wanted == nullptr)
         return 0;
     const EGLDisplay display = deviceContext->display;
     const EGLint surfaceType = needsSurface(display) ? EGL_PBUFFER_BIT : 0;
     const auto attributes = std::to_array<EGLint>(
         {EGL_SURFACE_TYPE, surfaceType, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_BUFFER_SIZE,
-         wish->cColorBits, EGL_DEPTH_SIZE, wish->cDepthBits, EGL_NONE});
+         wanted->cColorBits, EGL_DEPTH_SIZE, wanted->cDepthBits, EGL_NONE});
     const EGLConfig config = firstConfig(display, attributes.data());
     EGLint number = 0;
     if (config != nullptr)
@@ -136,7 +136,7 @@ int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wish) {
     return number;
 }
 
-BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* /*wish*/) {
+BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* /*wanted*/) {
     if (!isKnown(deviceContext) || format <= 0)
         return FALSE;
     const EGLDisplay display = deviceContext->display;
@@ -158,8 +158,8 @@ BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* 
 HGLRC wglCreateContext(HDC deviceContext) {
     if (!isKnown(deviceContext) || deviceContext->config == nullptr)
         return nullptr;
-    // The bound API belongs to the thread, so the caller gets its own back. No attributes: asking
-    // for no version is what gives the compatibility profile.
+    // The bound API is a state of the thread and restored below. No attributes: without a version,
+    // the driver gives the compatibility profile.
     const EGLenum callersApi = eglQueryAPI();
     eglBindAPI(EGL_OPENGL_API);
     const EGLContext context =

@@ -1,9 +1,9 @@
-// WGL and the device contexts that it works on, over EGL: OpenGL without a screen.
-// An HGLRC is an EGLContext. An HDC stands for a display with a draw and a read surface; it is
-// never freed, so a kept one may always be tried. Both also describe a context that somebody else
-// made current through EGL, and wglMakeCurrent gives such a one back as it was.
-// The display is shared with the rest of the process and is never terminated here. A bad or null
-// handle makes a call fail and does no other harm. One thread.
+// WGL and its device contexts, over EGL: OpenGL without a screen.
+//
+// An HGLRC is an EGLContext. An HDC is a display with a draw and a read surface; it is never freed,
+// so an old one may still be used. Both can also stand for a context that other code made current
+// through EGL; wglMakeCurrent can restore it. The display is shared with the rest of the process
+// and never terminated here. A call with an invalid or null handle fails. One thread.
 #pragma once
 
 #include "platform/win32.h"
@@ -46,14 +46,14 @@ inline constexpr DWORD PFD_DRAW_TO_WINDOW = 0x04;
 inline constexpr DWORD PFD_SUPPORT_OPENGL = 0x20;
 inline constexpr BYTE PFD_TYPE_RGBA = 0;
 
-// Null without such a window or without a display; ReleaseDC takes the pixel format away and gives
-// 1 for success, 0 otherwise.
+// Null without such a window or without a display. ReleaseDC removes the pixel format and gives 1
+// for success, else 0.
 HDC GetDC(HWND window);
 int ReleaseDC(HWND window, HDC deviceContext);
 
-// Gives the number of a format with at least the colour and depth bits asked for; 0: there is none.
-int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wish);
-BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* wish);
+// Gives the number of a format with at least the requested colour and depth bits; 0: there is none.
+int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wanted);
+BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* wanted);
 
 // The context has the compatibility profile, in the highest version that the driver has. Null
 // without a device context whose pixel format is set.

@@ -99,8 +99,8 @@ HGDIOBJ GetStockObject(int index) {
 }
 
 void OutputDebugStringW(LPCWSTR text) {
-    const char* wish = std::getenv("TVELMARONDINE_DEBUG");
-    if (text == nullptr || wish == nullptr || *wish == '\0')
+    const char* wanted = std::getenv("TVELMARONDINE_DEBUG");
+    if (text == nullptr || wanted == nullptr || *wanted == '\0')
         return;
     const std::string narrow = platform::toUtf8(text).text;
     std::fwrite(narrow.data(), 1, narrow.size(), stderr);

@@ -1,8 +1,9 @@
-// The part of the Windows API that hosts a hidden window, over POSIX: module, window classes,
-// windows, stock objects, debug output. Names, numbers and results are the system's own, so that
-// its callers read as they would there; WCHAR is char16_t, as POSIX has no 16-bit wchar_t. Classes
-// and windows live in this module's memory; a window lasts as long as the module. Strings given in
-// are copied. One thread.
+// The part of the Windows API that a hidden window needs, over POSIX: module, window classes,
+// windows, stock objects, debug output.
+//
+// Names, numbers and results are those of Windows, so that callers need no change there; WCHAR is
+// char16_t, as POSIX has no 16-bit wchar_t. Classes and windows are kept in memory until the module
+// is unloaded. Strings that are passed in are copied. One thread.
 #pragma once
 
 #include <cstdint>
@@ -64,7 +65,7 @@ inline const LPCSTR IDC_ARROW =
 // The executable of the process for a null name; no other module is known.
 HMODULE GetModuleHandleA(LPCSTR name);
 
-// A class is known by its exact name alone, whatever the instance.
+// A class is identified by its exact name alone, whatever the instance.
 // GetClassInfoExA leaves `result` alone if there is no such class. RegisterClassExA gives 0 if the
 // name is taken. UnregisterClassA refuses a class that still has a window.
 BOOL GetClassInfoExA(HINSTANCE instance, LPCSTR className, WNDCLASSEXA* result);
@@ -78,10 +79,10 @@ HWND CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR title, DWORD 
 BOOL IsWindow(HWND window);
 LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Tokens: not null for what the system has, and without a life of their own.
+// The results are only not null for what Windows has, and must not be released.
 HCURSOR LoadCursorA(HINSTANCE instance, LPCSTR name);
 HGDIOBJ GetStockObject(int index);
 
-// Writes the text as UTF-8 to standard error if the environment variable TVELMARONDINE_DEBUG is
-// set and not empty: that stands for an attached debugger. What is no character comes as "?".
+// Writes the text as UTF-8 to standard error if the environment variable TVELMARONDINE_DEBUG is set
+// and not empty, as if a debugger were attached. Invalid UTF-16 becomes "?".
 void OutputDebugStringW(LPCWSTR text);

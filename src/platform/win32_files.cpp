@@ -28,8 +28,8 @@ std::size_t endOfName(const std::string& path, std::size_t start) {
     return first == slash || isThere(path.substr(0, slash)) ? slash : first;
 }
 
-// The bytes under which POSIX knows a path; empty, which names nothing, when it is not exact text
-// or longer than any path may be.
+// A path as POSIX takes it; empty, which names no file, when it is not exact text or longer than
+// any path may be.
 std::string posixPath(std::u16string_view wide) {
     auto [path, isExact] = platform::toUtf8(wide);
     if (!isExact || path.size() >= PATH_MAX)
@@ -46,7 +46,7 @@ bool isFolder(DIR* parent, const dirent& entry) {
     return fstatat(dirfd(parent), entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
 }
 
-// Gives false for a name that can't be told.
+// False for a name that is not UTF-8 or too long.
 bool describe(DIR* parent, const dirent& entry, WIN32_FIND_DATAW& data) {
     const auto [name, isExact] = platform::toUtf16(entry.d_name);
     if (!isExact || name.size() >= std::size(data.cFileName))
@@ -67,7 +67,8 @@ HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) {
     folder.remove_suffix(mask.size());
     if (!folder.empty() && folder.back() != u'/' && folder.back() != u'\\')
         return INVALID_HANDLE_VALUE;
-    // The separator goes too: a name that ends in a backslash could be meant. The root keeps its.
+    // The separator is removed too, since a name may end in a backslash. The root keeps its
+    // separator.
     if (folder.size() > 1)
         folder.remove_suffix(1);
     DIR* search = opendir(folder.empty() ? "." : posixPath(folder).c_str());

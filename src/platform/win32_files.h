@@ -1,9 +1,9 @@
-// The part of the Windows API and of its C runtime that reaches files by a wide path, over POSIX:
-// names, numbers and results are the system's own.
+// The part of the Windows API and of its C runtime that opens files by a wide path, over POSIX.
+// Names, numbers and results are those of Windows.
 //
-// Both "/" and "\" separate the names in a path. POSIX allows a backslash inside a name, so what
-// stands between two "/" is one name if it exists just as it is written. A path that is not
-// well-formed UTF-16 names nothing. Links are followed.
+// Both "/" and "\" separate the names in a path. POSIX allows a backslash inside a name, so the
+// text between two "/" is one name if a file or folder of that name exists. A path that is not
+// well-formed UTF-16 names no file. Links are followed.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@
 
 #include "platform/win32.h"
 
-// What is to be put between the path of a folder and a name in it, where that is not a backslash. A
-// macro, so that its absence can be asked for: the system's own headers have no such name.
+// The separator between the path of a folder and a name in it, where that is not a backslash. A
+// macro, so that #ifndef can find it missing: the system's own headers have no such name.
 #define PATH_SEPARATOR u'/'
 
 using HANDLE = void*;
@@ -24,30 +24,29 @@ inline constexpr std::size_t MAX_PATH = 260;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 
-struct WIN32_FIND_DATAW { // less what nobody asks for here
+struct WIN32_FIND_DATAW { // only the members that are used here
     DWORD dwFileAttributes;
     WCHAR cFileName[MAX_PATH]; // without the folder; zero-terminated
 };
 
 // The pattern is a folder's path with the mask "*.*" behind its separator: it matches every entry,
 // "." and "..", hidden ones and names without a dot too, in no particular order. An entry whose
-// name is not UTF-8 has no name here and is left out. INVALID_HANDLE_VALUE when the folder can't be
-// read, and for every other mask. The caller owes FindClose for a handle, not for that value.
+// name is not UTF-8 is left out. INVALID_HANDLE_VALUE when the folder can't be read, and for every
+// other mask. The caller must close any other handle by FindClose.
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data);
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data);
 BOOL FindClose(HANDLE search);
 
-// FALSE when nothing was done: DeleteFileW wants a file, RemoveDirectoryW an empty folder, and
-// CreateDirectoryW an existing parent. The security attributes are ignored.
+// FALSE for a failure: DeleteFileW needs a file, RemoveDirectoryW an empty folder, CreateDirectoryW
+// an existing parent. The security attributes are ignored.
 BOOL DeleteFileW(LPCWSTR path);
 BOOL CreateDirectoryW(LPCWSTR path, LPVOID securityAttributes);
 BOOL RemoveDirectoryW(LPCWSTR path);
 
-// As fopen, but only for what can be read and written as a file: null for a folder, and for a pipe,
-// whose opening would wait for its other end.
+// As fopen, but null for a folder, and for a pipe, whose opening would wait for its other end.
 std::FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
-struct _stat64 {          // less what nobody asks for here
+struct _stat64 {          // only the members that are used here
     std::int64_t st_size; // bytes; 0 for a device
 };
 
@@ -56,7 +55,7 @@ int _wstat64(LPCWSTR path, struct _stat64* status);
 
 namespace platform {
 
-// The name in the form of the module's wide text; the record must live on.
+// The name as the module's wide text; valid as long as the record.
 inline const char16_t* nameOf(const WIN32_FIND_DATAW& entry) {
     return entry.cFileName;
 }

@@ -51,8 +51,8 @@ struct AEGP_UtilitySuite11 {
     A_Err (*AEGP_RegisterWithAEGP)(void* refcon, const char* plugin_name, AEGP_PluginID* id);
     A_Err (*AEGP_StartUndoGroup)(const char* group_name);
     A_Err (*AEGP_EndUndoGroup)();
-    // The script is UTF-8 unless platform_encoding is set. result and error may be null; what comes
-    // in them is the caller's to free, null where there is nothing.
+    // The script is UTF-8 unless platform_encoding is set. result and error may be null; the caller
+    // frees the handles that they receive, which may be null.
     A_Err (*AEGP_ExecuteScript)(AEGP_PluginID plugin, const char* script,
                                 A_Boolean platform_encoding, AEGP_MemHandle* result,
                                 AEGP_MemHandle* error);

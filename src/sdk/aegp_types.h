@@ -1,4 +1,4 @@
-// What the host's scene suites deal in: opaque handles, stream values, times.
+// The types of the host's scene suites: opaque handles, stream values, times.
 //
 // A handle that a call named "New" gives belongs to the caller, who disposes of it through its
 // suite; every other handle is the host's and good for the running command.
@@ -68,8 +68,8 @@ struct AEGP_ColorVal { // 0 to 1
     A_FpLong alphaF, redF, greenF, blueF;
 };
 
-// 32 bytes; the stream's type tells which member holds. A popup is one-dimensional and counts from
-// 1, a point is in pixels of the layer, an angle in degrees.
+// 32 bytes; which member is valid depends on the stream's type. A popup is one-dimensional and
+// counts from 1, a point is in pixels of the layer, an angle in degrees.
 union AEGP_StreamVal2 {
     A_FpLong four_d[4]; // first, so that an empty initializer clears all
     A_FpLong one_d;

@@ -1,6 +1,6 @@
 // Pictures in the host's memory and the definitions of effect parameters.
 //
-// A definition is one record for all kinds; param_type tells which member of `u` holds.
+// A definition is one record for all kinds; which member of `u` is valid depends on param_type.
 #pragma once
 
 #include "sdk/pf_types.h"
@@ -117,7 +117,7 @@ inline constexpr A_long PF_MAX_EFFECT_PARAM_NAME_LEN = 31; // bytes without the 
 
 struct PF_ParamDef {
     union {
-        A_long id; // by which projects know the parameter
+        A_long id; // identifies the parameter in projects
     } uu;
     PF_ParamType param_type;
     char name[PF_MAX_EFFECT_PARAM_NAME_LEN + 1];

@@ -1,5 +1,5 @@
-// The records behind `extra` of the two commands of a frame: first the effect says which pixels it
-// needs, then it takes them and writes the output.
+// The records behind `extra` of the two commands of a frame: the first command requests the pixels
+// that the effect needs, the second checks them out and writes the output.
 #pragma once
 
 #include "sdk/pf_params.h"
@@ -24,8 +24,8 @@ struct PF_PreRenderOutput {
 };
 
 struct PF_PreRenderCallbacks {
-    // Announces that the pixels of a layer parameter (0: the effect's own layer) will be taken at
-    // the render under checkout_id.
+    // Requests the pixels of a layer parameter (0: the effect's own layer); the render command
+    // checks them out under checkout_id.
     PF_Err (*checkout_layer)(PF_ProgPtr effect, A_long index, A_long checkout_id,
                              const PF_RenderRequest* request, A_long what_time, A_long time_step,
                              A_u_long time_scale, PF_CheckoutResult* result);

@@ -7,8 +7,8 @@ struct PF_ParamUtilsSuite1 {
     static constexpr const char* name = "PF Param Utils Suite";
     static constexpr A_long version = 1;
 
-    // Takes over the looks: name, flags, ranges, defaults, choices. Values are the streams' matter.
-    // The texts that the definition points at stay the effect's.
+    // Updates how a control is shown: name, flags, ranges, defaults, choices; not its value, which
+    // is set through its stream. The texts that the definition points at stay the effect's.
     PF_Err (*PF_UpdateParamUI)(PF_ProgPtr effect, A_long index, const PF_ParamDef* definition);
 };
 

@@ -1,4 +1,4 @@
-// The host's basic records: what it hands to the module with every command, and what it takes back.
+// The host's basic records: the input and output of every command.
 //
 // Only the members that the system uses are declared. The host owns every record here and every
 // table behind it; a pointer taken from one is good for the running command and no longer.
@@ -75,9 +75,9 @@ struct PF_UtilCallbacks {
     A_u_longlong (*host_get_handle_size)(PF_Handle handle);
 };
 
-// Callbacks that speak of the effect's own parameters. Times are in units of 1/time_scale seconds.
+// Callbacks for the effect's own parameters. Times are in units of 1/time_scale seconds.
 struct PF_InteractCallbacks {
-    // Lends the definition with its value at that time, until it is checked in.
+    // Fills in the definition with its value at that time; valid until it is checked in.
     PF_Err (*checkout_param)(PF_ProgPtr effect, A_long index, A_long what_time, A_long time_step,
                              A_u_long time_scale, PF_ParamDef* param);
     PF_Err (*checkin_param)(PF_ProgPtr effect, PF_ParamDef* param);
@@ -87,7 +87,7 @@ struct PF_InteractCallbacks {
 
 struct SPBasicSuite;
 
-// What the host tells the module at each command.
+// The input of each command.
 struct PF_InData {
     PF_InteractCallbacks inter;
     PF_UtilCallbacks* utils;
@@ -105,8 +105,8 @@ struct PF_InData {
     SPBasicSuite* pica_basicP;
 };
 
-// What the module answers. The host fills in the handles that it holds before each command, and
-// takes over what it finds behind it.
+// The output of each command. The host fills in its handles before the command, and takes over the
+// contents after it.
 struct PF_OutData {
     A_u_long my_version;
     PF_Handle global_data;

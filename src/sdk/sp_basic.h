@@ -1,7 +1,7 @@
-// The host's basic suite: the one table through which all other suites are lent.
+// The host's basic suite, through which all other suites are acquired and released.
 //
-// A suite is lent under an exact name and version and must be given back under the same pair. The
-// host counts what it lends.
+// A suite is acquired under an exact name and version and must be released under the same pair. The
+// host counts both.
 #pragma once
 
 #include <cstdint>

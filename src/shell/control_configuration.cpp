@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "host/suite_table.h"
+#include "command/suite_table.h"
 #include "sdk/pf_suites.h"
 #include "shell/control_layout.h"
 #include "support/utf.h"
@@ -23,7 +23,7 @@ void writeName(PF_ParamDef& definition, std::string_view name) {
                 definition.name);
 }
 
-// "[k]" behind the label, which makes room for it.
+// The label, cut where necessary, and "[k]".
 void writeNumberedName(PF_ParamDef& definition, std::string_view label, std::int32_t k,
                        std::int32_t count) {
     std::string name(utf8Prefix(label, count < 10 ? 28 : 27));
@@ -31,7 +31,7 @@ void writeNumberedName(PF_ParamDef& definition, std::string_view label, std::int
     writeName(definition, name);
 }
 
-// Hands definitions to the host, up to its first error.
+// Passes definitions to the host, up to its first error.
 class Configurator {
 public:
     Configurator(const PF_InData& inData, PF_ParamDef** params)

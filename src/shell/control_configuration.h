@@ -5,7 +5,7 @@
 
 class pbGraph;
 
-// Writes the definitions into params and hands each to the host. The first error of the host ends
-// the handing out and is the result. The texts of choices that the definitions then point at are
-// the graph's: they stay as long as it is loaded.
+// Writes the definitions into params and passes each to the host. The result is the host's first
+// error; after an error nothing more is passed. The texts of choices belong to the graph and are
+// valid as long as it is loaded.
 PF_Err configureControls(const PF_InData& inData, const pbGraph& graph, PF_ParamDef** params);

@@ -1,9 +1,9 @@
-// How a parameter is shown to the user: one row for each way, with all that depends on the way.
+// How a parameter is shown to the user: a table with one row for each form of control.
 //
-// A parameter's hint for the control goes before its parameter type, and that before its plain
-// components. To add a kind of control, add a row here and, for a new type of the host's control, a
-// pool in control_layout; projects store values by the place of a control, so pools only ever grow
-// at the end of the list.
+// A parameter's hint for the control takes precedence over its parameter type, and that over its
+// element type. To add a form, add a row here and one in engine/graph_parameter, which decides how
+// the value is sent to OpenGL; for a new type of the host's control, also a pool in control_layout.
+// Projects store values by a control's index, so a new pool must be the last of the list.
 #pragma once
 
 #include <cstddef>
@@ -12,34 +12,34 @@
 #include "sdk/aegp_types.h"
 #include "sdk/pf_params.h"
 
-// What a control is configured from: component k of a parameter, for a layer of in_data's size.
+// What a control shows: component k of a parameter, on a layer of the size in inData.
 struct ControlSource {
     const PF_InData& inData;
     const pbParameter& parameter;
     std::size_t k;
 };
 
-// Full resolution over the frame's: 1/2 for a frame half as wide.
+// The frame's size divided by the full size: 1/2 for a frame half as wide.
 struct Downsampling {
     float x;
     float y;
 };
 
 struct ControlForm {
-    // What a parameter must have to be shown so. The "none" of an enumeration accepts everything.
+    // The parameters that the row applies to. The "none" of an enumeration accepts all values.
     pbUIControl hint;
     pbParameterType parameterType;
     pbScalarKind scalarKind;
 
     PF_ParamType pool;
-    bool isPerComponent; // a control for each component, next to each other; or one for all
+    bool isPerComponent; // adjacent controls, one for each component; otherwise one control for all
 
-    // Writes what the form gives of a definition: range, default, choices; not the name.
+    // Fills in a definition: range, default, choices; not the name.
     void (*configure)(PF_ParamDef& definition, const ControlSource& source);
     // The kernel's default, as the stored value of the control.
     AEGP_StreamVal2 (*defaultValue)(const ControlSource& source);
-    // Writes the value of a control into component k, or into all components where it serves all.
-    // Points come scaled by the frame's downsampling, which is undone.
+    // Writes the value of a control into component k, or into all components if not isPerComponent.
+    // The host scales points by the frame's downsampling; this is undone.
     void (*read)(const PF_ParamDefUnion& control, std::size_t k, const Downsampling& downsampling,
                  pbValue& value);
 };

@@ -55,11 +55,11 @@ void defineColor(PF_ParamDef& definition) {
     definition.u.cd.value = definition.u.cd.dephault = red;
 }
 
-// Hands out the controls of each pool from its start on.
+// Assigns the controls of each pool, from its first one.
 class FreeControls {
 public:
-    // The first of `count` neighbours, or -1 if there are not that many left: a later and smaller
-    // parameter may still fit.
+    // The first of `count` adjacent controls, or -1 if too few are left; a later parameter may need
+    // fewer.
     std::int32_t take(PF_ParamType type, std::int32_t count) {
         for (std::size_t i = 0; i < controlPools.size(); ++i) {
             if (controlPools[i].type != type)

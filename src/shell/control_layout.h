@@ -1,7 +1,7 @@
 // The fixed list of 124 effect controls, and which of them a graph's images and parameters get.
 //
-// Projects store values by the place of a control in the list, so neither the list nor the rules by
-// which parameters are laid onto it may ever change.
+// Projects store values by a control's index in the list, so neither the list nor the rules by
+// which parameters are assigned to it may change.
 #pragma once
 
 #include <array>
@@ -14,12 +14,12 @@
 inline constexpr std::int32_t controlCount = 124;    // index 0 is the host's own input layer
 inline constexpr std::int32_t layerControlCount = 3; // from index 1 on
 
-// Controls of one kind, next to each other.
+// Adjacent controls of one type.
 struct ControlPool {
     PF_ParamType type;
     std::int32_t first;
     std::int32_t count;
-    const char* name;                        // until a kernel gives its own
+    const char* name;                        // until a kernel is loaded
     void (*define)(PF_ParamDef& definition); // fills in what differs from a record of zeros
 
     constexpr std::int32_t end() const { return first + count; }
@@ -28,7 +28,7 @@ struct ControlPool {
 // In the order of the list.
 extern const std::array<ControlPool, 8> controlPools;
 
-// The controls that the parameter takes, next to each other: one for each component, or one alone.
+// The number of adjacent controls that the parameter takes: one for each component, or one for all.
 std::int32_t controlsOf(const pbParameter& parameter);
 
 // Calls work(image) for each image that has a layer control, in the images' order.
@@ -39,8 +39,8 @@ void forEachLayerImage(const pbGraph& graph, Work work) {
             work(image);
 }
 
-// Calls work(parameter, k, index) for each control of each parameter that has controls: k is its
-// place among those of the parameter, index that in the list.
+// Calls work(parameter, k, index) for each control of each parameter that has controls: k counts
+// the controls of the parameter from 0, index is the control's place in the list.
 template<class Work>
 void forEachControl(const pbGraph& graph, Work work) {
     for (const auto& parameter : graph.parameters)
@@ -48,5 +48,5 @@ void forEachControl(const pbGraph& graph, Work work) {
             work(parameter->parameter, k, parameter->slot + k);
 }
 
-// Gives each image and each parameter its slot; -1 where the controls of its kind have run out.
+// Sets the slot of each image and each parameter; -1 where too few controls of its type are left.
 void assignSlots(pbGraph& graph);

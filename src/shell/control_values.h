@@ -1,4 +1,4 @@
-// Numbers on their way between a kernel's values and the host's controls.
+// Conversions between a kernel's values and those of the host's controls.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include "pixelbender/model.h"
 #include "sdk/pf_fixed.h"
 
-// The number that a control in fixed point stands for.
+// The number for a control's value in fixed point.
 inline float fromFixed(PF_Fixed fixed) {
     return static_cast<float>(fixed * 1.52587890625e-05);
 }

@@ -1,4 +1,5 @@
-// The commands that meet the user directly: the options button, the about box, a changed control.
+// The commands that show dialogs or follow an action of the user: options button, about box, a
+// changed control.
 #include <algorithm>
 
 #include "host/host_services.h"
@@ -23,7 +24,7 @@ NarrowString promptFor(const SequenceData& sequence) {
     return prompt.append("?");
 }
 
-// Every instance that lost the same file gets the new path.
+// Every instance with the same missing file gets the new path.
 void repair(const GlobalData& globalData, const NarrowString& oldPath,
             const NarrowString& newPath) {
     for (const PF_Handle handle : globalData.liveSequences) {
@@ -40,7 +41,7 @@ void showInformation(const PF_InData& inData, const pbGraph& graph) {
     alertBox(inData.pica_basicP, text.c_str(), informationTitle, false);
 }
 
-// Gives the instance a new file, and with it all that had lost the same one.
+// Gives the new file to the instance and to all others with the same missing file.
 void adopt(const GlobalData& globalData, SequenceData& sequence, const NarrowString& path) {
     const NarrowString oldPath = sequence.filePath;
     sequence.setPath(path);
@@ -51,8 +52,8 @@ void adopt(const GlobalData& globalData, SequenceData& sequence, const NarrowStr
     sequence.controlsBuilt = false;
 }
 
-// Whether the user named a file and it could be loaded. The instance may end while the user
-// chooses: the host goes on living behind its dialogs.
+// Whether the user named a file and it could be loaded. The instance may be destroyed during the
+// dialog, because the host can send further commands meanwhile.
 bool askForFile(const PF_InData& inData, GlobalData& globalData, PF_Handle handle,
                 const SequenceData& asking) {
     NarrowString path;

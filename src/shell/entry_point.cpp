@@ -1,8 +1,8 @@
-// The module's one exported function: the only way in, and the boundary that no exception crosses.
+// The module's one exported function. No exception leaves it.
 #include <new>
 
-#include "host/command_scope.h"
-#include "sdk/record_layout.h" // the boundary has no other form
+#include "command/command_scope.h"
+#include "sdk/record_layout.h" // checks the records at compile time
 #include "shell/commands.h"
 #include "shell/global_data.h"
 
@@ -81,7 +81,7 @@ extern "C" [[gnu::visibility("default")]] PF_Err EntryPointFunc(PF_Cmd cmd, PF_I
             return PF_Err_BAD_CALLBACK_PARAM;
         const GlobalData* globalData = objectIn<GlobalData>(in_data->global_data);
         const CommandScope scope(cmd, globalData != nullptr ? globalData->pluginId : 0, in_data);
-        // Without a context there is no heap, and no handler can keep what it promises.
+        // Without a context there is no heap, which every handler needs.
         if (scope.context == nullptr && doesWork(cmd))
             return PF_Err_OUT_OF_MEMORY;
         return dispatch(cmd, in_data, out_data, params, output, extra);

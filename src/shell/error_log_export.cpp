@@ -43,7 +43,7 @@ void offerErrorLog(const PF_InData& inData) {
     GlobalData& globalData = globalDataOf(inData);
     SPBasicSuite* basic = inData.pica_basicP;
     if (!isWanted(basic, globalData)) {
-        // The first line must not be missing.
+        // The host needs a first line that is not null.
         const char* version = globalData.glVersion != nullptr ? globalData.glVersion : "";
         infoPanel3(basic, version, globalData.glslVersion, noErrorLog);
         return;
@@ -64,6 +64,6 @@ void offerErrorLog(const PF_InData& inData) {
              "Log file has been exported. (Tvelmarondine_log.txt) \n"
              "Please send it, with the Pixel Bender file, to support@holmvarden.example",
              exportedTitle, false);
-    // What came while the user read that is not in the file.
+    // Messages that arrived during the dialog are not in the file and stay.
     globalData.errorLog.erase(0, exported);
 }

@@ -3,5 +3,6 @@
 
 #include "sdk/pf_types.h"
 
-// Asks the user if there is a log, and where it shall go; a good export clears it.
+// If there is a log, asks the user whether and where to write it. A successful export clears the
+// log.
 void offerErrorLog(const PF_InData& inData);

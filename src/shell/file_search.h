@@ -4,8 +4,8 @@
 #include "support/files.h"
 #include "support/heap.h"
 
-// The first file of exactly that name in the folder or up to two levels of folders under it: at
-// each level the files go first, in the order of the system's listing. `depth` is that of the
-// folder, 0 at the root. True, with the path in `result`, if there is one.
+// Finds the first file of exactly that name in the folder or up to two levels of folders below: the
+// files of a folder are searched before its folders, both in the order of the system's listing.
+// Pass 0 for `depth`, the level of the folder. True, with the path in `result`, if there is one.
 bool searchFile(const _JST::Folder<aeAllocator>& folder, const _JST::String<aeAllocator>& name,
                 int depth, _JST::String<aeAllocator>& result);

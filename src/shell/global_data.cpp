@@ -2,7 +2,7 @@
 
 #include <GL/glew.h>
 
-#include "host/suite_table.h"
+#include "command/suite_table.h"
 #include "sdk/aegp_suites.h"
 #include "shell/commands.h"
 #include "shell/report_handlers.h"

@@ -1,7 +1,7 @@
-// What the effect keeps for as long as it is loaded: the OpenGL device, the graphs that were
-// loaded, the list of live instances, the error log. There is one; the host holds its handle.
+// The effect's data between global setup and global setdown: the OpenGL device, the loaded graphs,
+// the list of live instances, the error log. There is one object; the host holds its handle.
 //
-// Lives on the host's heap: every operation needs a running command.
+// It is on the host's heap: every operation needs a running command.
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@
 #include "shell/plugin_facts.h"
 #include "support/text.h"
 
-// The object that lies in a locked handle of the host's heap; null for a null handle.
+// The object in a handle of the host's heap, which stays locked; null for a null handle.
 template<class T>
 T* objectIn(PF_Handle handle) {
     return handle == nullptr ? nullptr : static_cast<T*>(payloadOf(handle));
@@ -21,10 +21,11 @@ T* objectIn(PF_Handle handle) {
 
 struct GraphCacheEntry {
     NarrowString path;
-    std::unique_ptr<pbGraph> graph; // never null; dies with the device's context current
+    std::unique_ptr<pbGraph>
+        graph; // never null; its destruction needs the device's context current
 };
 
-// The members go in the reverse of their order, the device after all that could need it.
+// The graphs are destroyed with the device's context current, before the device.
 class GlobalData : public aeBase {
 public:
     // Throws `long` 516 when the host cannot register the effect.
@@ -32,26 +33,27 @@ public:
     ~GlobalData() override;
 
     // True if a graph for the path is in the cache afterwards. The key is the path's text: a file
-    // is read once, for all instances that name it alike. What went wrong is told on the Info
-    // panel, by the engine in any case, by the loading itself if verbose.
+    // is read once for all instances with the same path. Errors are shown on the Info panel: those
+    // of the engine always, those of loading if verbose.
     bool loadGraph(const PF_InData& inData, std::string_view path, bool verbose);
 
     // Null: no graph was loaded from that path.
     pbGraph* findGraph(std::string_view path) const;
 
     HostVector<GraphCacheEntry> graphCache; // grows only
-    A_long pluginId = 0;                    // under which the host knows the effect
+    A_long pluginId = 0;                    // that the host has given to the effect
     OwnDevice device{pluginName};
-    const char* glVendor = nullptr; // texts of the driver's, null without a context
+    const char* glVendor = nullptr; // the driver's texts; null without a context
     const char* glVersion = nullptr;
     const char* glslVersion = nullptr;
-    NarrowString errorLog;               // what shaders failed of, until it is exported
+    NarrowString errorLog;               // the reasons of failed shaders, until exported
     HostVector<PF_Handle> liveSequences; // the handles of all SequenceData objects, in no order
 
 private:
-    // False, and the graph is gone, for a null graph and for a path that is there already.
+    // False, with the graph destroyed, for a null graph and for a path that is in the cache
+    // already.
     bool addGraph(std::string_view path, std::unique_ptr<pbGraph>&& graph);
 };
 
-// The object that the host hands in. Throws `long` 512 when the host has none.
+// The object behind the handle in the input record. Throws `long` 512 when the handle is null.
 GlobalData& globalDataOf(const PF_InData& inData);

@@ -17,12 +17,12 @@
 
 namespace {
 
-// Speaks to the user about one load, if it is asked to speak at all.
-class Speaker {
+// Shows messages about one load on the Info panel, if it is verbose.
+class LoadReporter {
 public:
-    Speaker(const PF_InData& inData, bool verbose) : inData_(inData), isVerbose_(verbose) {}
+    LoadReporter(const PF_InData& inData, bool verbose) : inData_(inData), isVerbose_(verbose) {}
 
-    void say(std::string_view line1, std::string_view line2) const {
+    void report(std::string_view line1, std::string_view line2) const {
         if (isVerbose_)
             infoPanel2(inData_.pica_basicP, NarrowString(line1).c_str(),
                        NarrowString(line2).c_str());
@@ -33,11 +33,11 @@ private:
     bool isVerbose_;
 };
 
-// Null when the graph that came of the model cannot be run. A host that renders many frames of few
-// graphs may set the variable: a frame is quicker, and each graph holds graphics memory.
+// Null when the graph cannot be rendered. A host that renders many frames of few graphs may set the
+// variable: a frame is quicker, and each graph holds graphics memory.
 template<class Model>
 std::unique_ptr<pbGraph> buildGraph(const Model& model) {
-    auto graph = makeObject<pbGraph>(model, hostChannelOrder);
+    auto graph = makeObject<pbGraph>(model, hostSwizzle);
     graph->keepsTextures = std::getenv("TVELMARONDINE_KEEP_TEXTURES") != nullptr;
     if (!isRunnable(*graph))
         graph.reset();
@@ -58,7 +58,7 @@ std::unique_ptr<pbGraph> kernelFromText(const Device& device, std::string_view t
     return buildGraph(info);
 }
 
-// What the device cannot do; null: nothing. Building a graph would call what is not there.
+// The first OpenGL feature that the device lacks; null: none. Building a graph would call it.
 const char* missingOf(const Device& device) {
     const ContextSwitch inContext(device);
     return missingFeature();
@@ -67,44 +67,44 @@ const char* missingOf(const Device& device) {
 } // namespace
 
 bool GlobalData::loadGraph(const PF_InData& inData, std::string_view path, bool verbose) {
-    const Speaker speaker(inData, verbose);
+    const LoadReporter reporter(inData, verbose);
     const bool isGraph = endsLikeGraph(path);
     const LoadTexts& texts = isGraph ? graphLoadTexts : kernelLoadTexts;
     if (const pbGraph* known = findGraph(path)) {
-        speaker.say(texts.fromMemory, known->name);
+        reporter.report(texts.fromMemory, known->name);
         return true;
     }
     if (!isGraph && !endsLikeKernel(path)) {
-        speaker.say("Unknown file extention:", path);
+        reporter.report("Unknown file extention:", path);
         return false;
     }
     _JST::File<aeAllocator> file{_JST::String<aeAllocator>(path)};
     if (!file.open('r')) {
-        speaker.say(texts.cannotOpen, path);
+        reporter.report(texts.cannotOpen, path);
         return false;
     }
     if (const char* missing = missingOf(device)) {
-        speaker.say(openGlLacks, missing);
+        reporter.report(openGlLacks, missing);
         return false;
     }
     const _JST::String<aeAllocator> text = file.read(0);
     if (!file.wasReadWhole()) { // a part of a kernel may be another kernel
-        speaker.say(texts.cannotOpen, path);
+        reporter.report(texts.cannotOpen, path);
         return false;
     }
     file.close();
-    const std::uint64_t saidBefore = infoMessageCount();
+    const std::uint64_t reportsBefore = infoMessageCount();
     std::unique_ptr<pbGraph> graph =
         isGraph ? graphFromText(device, text.text()) : kernelFromText(device, text.text());
     if (graph == nullptr) {
-        if (infoMessageCount() == saidBefore)
-            speaker.say(texts.cannotRun, path);
+        if (infoMessageCount() == reportsBefore)
+            reporter.report(texts.cannotRun, path);
         return false;
     }
     assignSlots(*graph);
     addGraph(path, std::move(graph));
     const pbGraph& loaded = *findGraph(path);
-    speaker.say(texts.fromFile, loaded.name);
+    reporter.report(texts.fromFile, loaded.name);
     loaded.reportGraph();
     return true;
 }
@@ -116,7 +116,7 @@ pbGraph* GlobalData::findGraph(std::string_view path) const {
 }
 
 bool GlobalData::addGraph(std::string_view path, std::unique_ptr<pbGraph>&& graph) {
-    const ContextSwitch inContext(device); // a graph that the cache does not take dies here
+    const ContextSwitch inContext(device); // a graph that is not added is destroyed here
     std::unique_ptr<pbGraph> taken = std::move(graph);
     if (taken == nullptr || findGraph(path) != nullptr)
         return false;

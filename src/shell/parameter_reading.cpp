@@ -5,7 +5,7 @@
 
 namespace {
 
-// The value that the controls of a parameter, which lie next to each other, hold.
+// The value of a parameter by its controls, which are adjacent.
 pbValue readValue(const GraphParameter& parameter, ParamCheckout& controls,
                   const Downsampling& downsampling) {
     if (parameter.slot < 0)
@@ -21,8 +21,8 @@ pbValue readValue(const GraphParameter& parameter, ParamCheckout& controls,
 } // namespace
 
 void readParameters(pbGraph& graph, ParamCheckout& controls, const Downsampling& downsampling) {
-    // All are read before the first is set: the graph serves every instance of its file, and the
-    // host may render another one while it answers.
+    // All are read before the first is set: instances with the same file share the graph, and the
+    // host may render another instance during a checkout.
     HostVector<pbValue> values;
     values.reserve(graph.parameters.size());
     for (const auto& parameter : graph.parameters)

@@ -1,4 +1,4 @@
-// What the effect's controls hold at the time of the command, for the parameters of a graph.
+// Reads the values of the effect's controls at the time of the command into a graph's parameters.
 #pragma once
 
 #include "host/param_checkout.h"
@@ -6,7 +6,6 @@
 
 class pbGraph;
 
-// Copies the controls' values into the graph's parameters. A parameter without a control keeps the
-// value that it has. Points come in pixels of the full resolution: the host scales them by the
-// frame's downsampling, and that is undone.
+// A parameter without a control keeps its value. Points become pixels of the full resolution: the
+// host scales them by the frame's downsampling, and this is undone.
 void readParameters(pbGraph& graph, ParamCheckout& controls, const Downsampling& downsampling);

@@ -1,5 +1,5 @@
-// What the host is told of the module: once by the resource, before it loads the code, and again by
-// global setup. Both come from here.
+// The name, version and flags of the module. The host reads them from the resource before it loads
+// the module, and gets them again from global setup; both are made from this file.
 #pragma once
 
 #include <array>
@@ -17,7 +17,7 @@ inline constexpr A_long pluginOutFlags =
 inline constexpr A_long pluginOutFlags2 =
     PF_OutFlag2_SUPPORTS_SMART_RENDER | PF_OutFlag2_FLOAT_COLOR_AWARE;
 static_assert(pluginOutFlags == 0x6000031 && pluginOutFlags2 == 0x1400,
-              "projects know the module by these numbers");
+              "the numbers that the resource has always had");
 
 // One property of the resource: a text or, where text is null, a number.
 struct PiplEntry {

@@ -1,5 +1,5 @@
-// Tells the host which pixels a frame needs: the whole of the effect's own layer, whatever part of
-// the output is asked for, since a kernel may read anywhere.
+// Requests the pixels that a frame needs: the whole of the effect's own layer, whatever part of the
+// output is requested, since a kernel may read anywhere.
 #include <algorithm>
 
 #include "shell/commands.h"

@@ -1,6 +1,6 @@
 #include "shell/report_handlers.h"
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "host/info_print.h"
 #include "shell/global_data.h"
 #include "support/report.h"

@@ -1,12 +1,13 @@
-// Where the engine's messages end: nowhere, on the host's Info panel, in the error log.
+// The handlers of the engine's report channels: the trace is dropped, information goes to the
+// host's Info panel, errors to the error log.
 #pragma once
 
 #include <cstdint>
 
-// Installs the three handlers. Outside a command, and before there is a GlobalData, they do
-// nothing.
+// Installs the three handlers. Outside a command they do nothing; nor does that of the error log
+// before there is a GlobalData.
 void installReportHandlers();
 
-// How many messages went to the Info panel so far: whoever must say why something failed can tell
-// whether the engine has said it.
+// The number of messages on the Info panel so far. After a failure it shows whether the engine has
+// reported a reason.
 std::uint64_t infoMessageCount();

@@ -1,4 +1,4 @@
-// The commands of an instance's life: made, taken out of a project, flattened for one, ended.
+// The sequence commands: setup, resetup, flatten, setdown.
 #include <algorithm>
 
 #include "host/interface.h"
@@ -34,8 +34,8 @@ NarrowString markerComment(const PF_InData& inData) {
     return toNarrow(all.substr(0, all.find(u'\0')));
 }
 
-// A project on another machine: the file may lie under the folder that the user keeps such files
-// in.
+// On another machine the project's file may be in another place: looks for it under the folder that
+// the preferences name.
 void findMovedFile(const PF_InData& inData, SequenceData& sequence) {
     using File = _JST::File<aeAllocator>;
     const File file{_JST::String<aeAllocator>(sequence.filePath)};
@@ -53,7 +53,7 @@ PF_Handle release(std::unique_ptr<SequenceData>& sequence) {
     return handleOf(sequence.release());
 }
 
-// Whatever stands behind a handle that the host holds: a live object or a flat block.
+// Destroys the live object or the flat block behind a handle of the host.
 void destroySequence(const GlobalData& globalData, PF_Handle handle) {
     if (SequenceData* live = liveSequence(globalData, handle))
         delete live;

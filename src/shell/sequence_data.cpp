@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "support/flat_block.h"
 
 namespace {
 
-// A locked handle's bytes, for as long as this stands.
+// The bytes of a handle, which is locked as long as this object exists.
 class LockedBytes {
 public:
     // Throws `long` 4 when the host cannot lock the handle.

@@ -1,8 +1,8 @@
-// What one instance of the effect knows: its file and two flags. All else comes from the file and
-// from the controls.
+// The data of one instance of the effect: its file and two flags. Everything else comes from the
+// file and from the controls.
 //
-// A live object is listed by its handle in GlobalData; a handle of the host's that is not listed is
-// a flat block out of a project. Needs a running command, and GlobalData.
+// The handles of live objects are listed in GlobalData; any other sequence handle of the host is a
+// flat block from a project. Needs a running command, and GlobalData.
 #pragma once
 
 #include <string_view>

@@ -32,7 +32,7 @@ std::uint32_t componentBytesOf(PF_PixelFormat format) {
     }
 }
 
-// What the host lends for a frame.
+// The worlds that are checked out for a frame.
 struct Worlds {
     const PF_EffectWorld* input = nullptr;
     const PF_EffectWorld* output = nullptr;
@@ -91,7 +91,7 @@ float pixelAspectOf(SPBasicSuite* basic, AEGP_LayerH chosen) {
     return item.err() != 0 ? 1.0F : ratio(aspect);
 }
 
-// The slot of a layer control that nothing is chosen in: transparent black over the whole frame.
+// For a layer control without a layer: transparent black over the whole frame.
 void describeNoLayer(ImageSlot& slot) {
     slot.componentBytes = 1;
     slot.channels = 3;
@@ -112,7 +112,7 @@ void describeLayer(const PF_InData& inData, const PF_LayerDef& world, ImageSlot&
     slot.pixelAspect = pixelAspectOf(inData.pica_basicP, static_cast<AEGP_LayerH>(world.reserved0));
 }
 
-// The worlds of the layer controls, checked out side by side for as long as this stands.
+// The worlds of the layer controls, all checked out as long as this object exists.
 class LayerImages {
 public:
     LayerImages(PF_InData& inData, const pbGraph& graph, FrameDescription& frame) {

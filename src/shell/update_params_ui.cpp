@@ -1,6 +1,6 @@
-// The command that makes the effect's controls those of its kernel: title, definitions, visibility
-// and, once, the kernel's defaults. The host sends it often; two flags of the instance keep it from
-// doing anything twice.
+// The command that adapts the effect's controls to its kernel: title, definitions, visibility and,
+// once, the kernel's defaults. The host sends it often; two flags of the instance show what is
+// done.
 #include <bitset>
 
 #include "host/effect.h"
@@ -18,7 +18,7 @@ namespace {
 
 using ControlSet = std::bitset<controlCount>;
 
-// One step of the host's undo history, for as long as this stands.
+// Groups changes into one step of the host's undo history, as long as this object exists.
 class UndoGroup {
 public:
     explicit UndoGroup(SPBasicSuite* basic)

@@ -1,8 +1,8 @@
 // Files and folders by their path: small value classes that live on the stack of a command.
 //
-// A path is UTF-8 text and stays as it was given; it becomes UTF-16 only for a call to the system.
-// A File owns its stream. Nothing is reported: a failure is false, an empty text or an empty list.
-// Only a lack of memory leaves as the allocator throws it; the stream is closed even then.
+// A path is UTF-8 text and kept as it was given; it is converted to UTF-16 only for a call to the
+// system. A File owns its stream. Nothing is reported: a failure is false, an empty text or an
+// empty list. Only a lack of memory throws, as the allocator does; the stream is closed even then.
 #pragma once
 
 #include <cstdint>
@@ -33,8 +33,8 @@ StreamMode streamModeOf(char character);
 // Null when the file can't be opened; the mode is not StreamClosed.
 std::FILE* openStream(std::string_view path, StreamMode mode);
 
-// The bytes between the stream's position and the end that the file's status tells, as far as 32
-// bits can count them. An endless device has none.
+// The bytes between the stream's position and the end of the file by its status, at most 2^32 - 1.
+// A device counts as empty.
 std::uint32_t bytesLeft(std::FILE* stream, std::string_view path);
 
 // Calls `take` with the whole path of each file, or of each folder, that lies in the folder itself,
@@ -54,7 +54,7 @@ public:
 
     String<Allocator> path() const { return String<Allocator>(std::string_view(path_)); }
 
-    // What stands behind the last "/" or "\", or the whole path.
+    // The text after the last "/" or "\", or the whole path.
     String<Allocator> name() const {
         const std::string_view path = path_;
         return String<Allocator>(path.substr(path.find_last_of("/\\") + 1));
@@ -89,7 +89,7 @@ public:
         return stream_ != nullptr;
     }
 
-    // False when the system could not write all that it had taken; closed it is in any case.
+    // False when buffered data could not be written; the stream is closed in any case.
     bool close() {
         if (stream_ == nullptr)
             return true;
@@ -112,8 +112,8 @@ public:
         return String<Allocator>(buffer.c_str());
     }
 
-    // Whether the last read met as many bytes as it was to, those behind a zero byte included:
-    // false when the file is shorter than its status tells or can't be read to its end.
+    // Whether the last read got all the bytes that it was to read, those behind a zero byte
+    // included: false when the file is shorter than its status says or can't be read to its end.
     bool wasReadWhole() const { return wasReadWhole_; }
 
     // False for an empty text too: nothing was written.

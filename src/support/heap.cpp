@@ -1,6 +1,6 @@
 #include "support/heap.h"
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ std::int64_t handleSize(PF_Handle handle) {
 }
 
 void* allocateAligned(std::size_t size, std::size_t alignment) {
-    // Room for the word that remembers the raw block, and for moving up to the next boundary.
+    // For the word that holds the raw block, and for moving up to the next boundary.
     const std::size_t slack = alignment + wordSize - 1;
     if (size > SIZE_MAX - slack)
         return nullptr;

@@ -1,10 +1,9 @@
-// The host's heap: everything that lives longer than a command lies in memory that the host gives
-// out as handles.
+// The host's heap: all memory that is kept longer than a command is allocated from the host, as
+// handles.
 //
 // One block is one host handle, locked from allocation to release, so its address never changes.
-// The word in front of the payload holds the handle; that is all the record there is of a block.
-// The heap reaches the host through the running command: outside a command it gives nothing and
-// takes nothing back.
+// The word in front of the payload holds the handle; nothing else is recorded of a block. The heap
+// calls the host through the running command: outside a command it neither allocates nor releases.
 #pragma once
 
 #include <cstddef>
@@ -18,15 +17,14 @@
 // or when the host has no memory.
 void* allocate(std::size_t size);
 
-// Returns the block to the host; null is accepted. Does nothing when no command runs: the block
-// then stays with the host.
+// Releases the block; null is accepted. Does nothing when no command runs: the block is then not
+// released.
 void release(void* payload);
 
 // The handle that owns a payload, or an aeBase object that lies in one. Does not call the host.
 PF_Handle handleOf(const void* payload);
 
-// The payload behind a handle that `allocate` made; the handle is locked, so the host is not
-// called.
+// The payload of a handle that `allocate` made. Does not call the host: the handle is locked.
 void* payloadOf(PF_Handle handle);
 
 // The host's size of a handle, in bytes: that of the payload and of the word in front of it.
@@ -36,8 +34,8 @@ std::int64_t handleSize(PF_Handle handle);
 void* allocateAligned(std::size_t size, std::size_t alignment);
 void releaseAligned(void* payload);
 
-// Root of the long-lived classes: their objects lie on the host's heap. A new-expression gives null
-// when there is no memory and skips the constructor.
+// Base class of the objects on the host's heap. A new-expression gives null when there is no memory
+// and skips the constructor.
 class aeBase {
 public:
     aeBase() = default;
@@ -52,7 +50,7 @@ public:
 // Ends the running command with the host's code for a lack of memory: throws the `long` 4.
 [[noreturn]] void OutOfMemoryError();
 
-// The allocator of strings and vectors on the same heap; it has no state. Throws the `long` 4 where
+// The allocator of strings and vectors on the same heap; stateless. Throws the `long` 4 where
 // `allocate` gives null, so that the command ends in an orderly way.
 template<class T>
 class aeAllocator {

@@ -10,7 +10,7 @@
 
 namespace _JST {
 
-// Root of the library; `type` tells what an object is: 1 an Array, 3 a String, 4 a File, 5 a
+// Base class of the library; `type` is 1 for an Array, 3 for a String, 4 for a File, 5 for a
 // Folder.
 class Object {
 public:

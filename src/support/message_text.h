@@ -1,4 +1,4 @@
-// The bounded expansion of a message, shared by all that print in printf's way.
+// The bounded expansion of a message, shared by the functions that print in printf's way.
 #pragma once
 
 #include <array>
@@ -6,7 +6,7 @@
 
 using MessageText = std::array<char, 1024>; // with the final zero
 
-// Expands as far as there is room. False, and no text, when the format itself has 1024 bytes or
+// Cuts the expansion at 1023 bytes. False, and no text, when the format itself has 1024 bytes or
 // more.
 [[gnu::format(printf, 2, 0)]] bool expandMessage(MessageText& text, const char* format,
                                                  std::va_list arguments);

@@ -10,7 +10,7 @@
 
 namespace {
 
-std::int32_t heldInRange(std::int64_t value) {
+std::int32_t clamped(std::int64_t value) {
     using Limits = std::numeric_limits<std::int32_t>;
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
 }
@@ -23,19 +23,19 @@ constexpr bool isBlank(char c) {
 struct Notation {
     std::chars_format format;
     const char* exponentMarks;
-    const char* countingDigits; // all but zero
-    std::int64_t digitWeight;   // how far a digit moves the exponent
+    const char* nonZeroDigits;
+    std::int64_t digitWeight; // how far a digit moves the exponent
 };
 constexpr Notation decimal = {std::chars_format::general, "eE", "123456789", 1};
 constexpr Notation hexadecimal = {std::chars_format::hex, "pP", "123456789abcdefABCDEF", 4};
 
-// Whether a number that no float can hold is too large, not too small: tells the place of its first
-// digit that counts.
+// Whether a number that no float can hold is too large, not too small: decided by the place of its
+// first digit that is not zero.
 bool isTooLarge(std::string_view number, const Notation& notation) {
     const std::size_t mark = std::min(number.find_first_of(notation.exponentMarks), number.size());
     const std::string_view digits = number.substr(0, mark);
     const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
-    const auto first = static_cast<std::int64_t>(digits.find_first_of(notation.countingDigits));
+    const auto first = static_cast<std::int64_t>(digits.find_first_of(notation.nonZeroDigits));
     std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
     const bool isNegated = exponent.starts_with('-');
     if (exponent.starts_with('+') || isNegated)
@@ -45,8 +45,8 @@ bool isTooLarge(std::string_view number, const Notation& notation) {
 
 constexpr float largestFloat = std::numeric_limits<float>::max();
 
-// The characters that a number may be made of, at the start of a zero-terminated text: what stands
-// behind them must not cost time.
+// The characters that a number may be made of, at the start of a zero-terminated text: the time
+// must not depend on what follows them.
 std::string_view numberLike(const char* text) {
     const char* end = text;
     while (std::isalnum(static_cast<unsigned char>(*end)) != 0 ||
@@ -55,7 +55,7 @@ std::string_view numberLike(const char* text) {
     return {text, static_cast<std::size_t>(end - text)};
 }
 
-// Whether a digit stands behind the prefix of a hexadecimal number.
+// Whether the text begins with the prefix of a hexadecimal number and a digit.
 bool isHexadecimal(const char* text) {
     const auto isDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
     return text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
@@ -89,7 +89,7 @@ std::int32_t leadingInteger(std::string_view text, bool isNegated) {
         value = std::numeric_limits<std::int64_t>::max();
     if (isNegated)
         value = -value;
-    return heldInRange(value);
+    return clamped(value);
 }
 
 float leadingFloat(std::string_view text) {
@@ -107,7 +107,7 @@ bool scanInteger(const char*& text, std::int32_t& value) {
     const long long number = std::strtoll(text, &end, 10);
     if (end == text)
         return false;
-    value = heldInRange(number);
+    value = clamped(number);
     text = end;
     return true;
 }

@@ -1,5 +1,5 @@
-// Numbers in text, read with `.` as the decimal point whatever the user's locale, and held at the
-// end of their range instead of overflowing.
+// Numbers in text, read with `.` as the decimal point whatever the user's locale, and clamped to
+// their range instead of overflowing.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// The two ways in which the module tells what it does: the debug output, for a developer, and three
-// report channels, through which the engine speaks without knowing the host.
+// The module's messages: the debug output, for a developer, and three report channels, through
+// which the engine reports without depending on the host.
 #pragma once
 
 // Writes to the debugger; the expanded text is cut at 1023 bytes. Needs no command and uses the
@@ -10,7 +10,7 @@ inline constexpr int ChannelTrace = 0;    // what a developer may want to see
 inline constexpr int ChannelInfo = 1;     // what the user sees at once, in the host's Info panel
 inline constexpr int ChannelErrorLog = 2; // what the user may export when something went wrong
 
-// Takes a zero-terminated text that is good for the length of the call.
+// Receives a zero-terminated text that is valid during the call.
 using ReportHandler = void (*)(const char* text);
 
 // The slot of a channel is empty at the start; null empties it again. Another channel is ignored.

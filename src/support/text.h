@@ -1,5 +1,5 @@
-// The string and vector types of everything that the module keeps: on the host's heap, so each
-// needs a running command to grow or to go.
+// The string and vector types of everything that the module keeps. They are on the host's heap, so
+// growing and destroying one needs a running command.
 //
 // Narrow text is UTF-8, wide text UTF-16.
 #pragma once

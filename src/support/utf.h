@@ -1,8 +1,8 @@
-// UTF-8 to UTF-16 and back, for the two borders of the system that speak UTF-16: the operating
-// system's calls and some of the host's.
+// UTF-8 to UTF-16 and back, for the interfaces that use UTF-16: the operating system's calls and
+// some of the host's.
 //
-// The conversions never fail: bytes that begin no sequence vanish, and the second half of a pair is
-// taken as it comes. No reading goes past the end of a text.
+// The conversions never fail: bytes that begin no sequence are left out, and the second half of a
+// surrogate pair is not checked. Nothing past the end of a text is read.
 #pragma once
 
 #include <cstddef>

@@ -33,8 +33,8 @@ Frame frameOf(SPBasicSuite* basic, AEGP_ItemH handle) {
 
 using Projection = decltype(&glFrustum); // with the calling convention of OpenGL
 
-// Bottom and top change places: the eye's y points up, a row of the host's down. False, and the
-// matrix as it was, for a window that is none.
+// Bottom and top are exchanged: the eye's y points up, the host's rows go down. False, with the
+// matrix unchanged, for a window without an extent.
 bool project(Projection projection, double halfWidth, double halfHeight) {
     if (!std::isfinite(halfWidth) || !std::isfinite(halfHeight) || halfWidth == 0 ||
         halfHeight == 0)
@@ -82,8 +82,8 @@ void loadCameraView(const Frame& frame, AEO::CameraLayer& camera, const A_Time& 
         return;
     if (!(isPerspective ? projectPerspective(frame, zoom) : projectOrthographic(frame)))
         return;
-    // Without a parent nothing scales a camera. The pixel aspect does not count as a scale: turned
-    // around like a rotation, it stretches the view as it has stretched the frame.
+    // Only a parent can scale a camera. The pixel aspect is no scale here: inverted like a
+    // rotation, it stretches the view by the same factor as the frame.
     const bool isRigid = isPerspective && camera.parent() == nullptr;
     const auto view = std::bit_cast<std::array<double, 16>>(viewOf(toWorld, frame, isRigid));
     glMultMatrixd(view.data()); // OpenGL's order: its points are columns, the host's are rows

@@ -4,7 +4,7 @@ namespace view {
 
 namespace {
 
-// What is left without one row and one column.
+// The minor: the matrix without one row and one column.
 template<std::size_t N>
 Matrix<N - 1> minorOf(const Matrix<N>& a, std::size_t row, std::size_t column) {
     Matrix<N - 1> result;

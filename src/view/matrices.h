@@ -1,6 +1,6 @@
-// Square matrices of three and four doubles, laid out as the host gives them: in row order, for row
-// vectors from the left, the translation in the last row. The same doubles, read in column order,
-// are what OpenGL takes. Plain values: no state, no running command.
+// 3x3 and 4x4 matrices of doubles in the host's layout: row-major, for row vectors on the left, the
+// translation in the last row. OpenGL takes the same doubles as column-major. Plain values: no
+// state, no running command.
 #pragma once
 
 #include "view/vectors.h"
@@ -54,12 +54,12 @@ constexpr Matrix<N> transpose(const Matrix<N>& a) {
 double determinant(const Matrix3& a);
 double determinant(const Matrix4& a);
 
-// The zero matrix, which is no matrix's inverse, when the determinant is 0 or the inverse is beyond
-// what a double holds: nothing that follows meets a NaN, and what is drawn through it is nowhere.
+// The zero matrix when the determinant is 0 or the inverse is out of a double's range, so that no
+// NaN arises later; nothing is visible through it.
 Matrix3 inverse(const Matrix3& a);
 Matrix4 inverse(const Matrix4& a);
 
-// Of a rotation with a translation, without a division. Of another matrix it is not the inverse.
+// The inverse of a rotation with a translation, without a division; wrong for any other matrix.
 Matrix4 rigidInverse(const Matrix4& a);
 
 } // namespace view

@@ -1,5 +1,5 @@
-// Vectors of three and four doubles, as the host counts in composition space. Plain values: no
-// state, no running command.
+// Vectors of three and four doubles for coordinates of composition space. Plain values: no state,
+// no running command.
 #pragma once
 
 #include <array>

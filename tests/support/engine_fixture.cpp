@@ -121,13 +121,13 @@ EngineTest::~EngineTest() {
 std::unique_ptr<pbGraph> EngineTest::kernelGraph(const std::string& text) {
     pbKernelInfo kernel;
     PBKParser(text, kernel).parseKernel();
-    return makeObject<pbGraph>(kernel, hostChannelOrder);
+    return makeObject<pbGraph>(kernel, hostSwizzle);
 }
 
 std::unique_ptr<pbGraph> EngineTest::fileGraph(const std::string& text) {
     pbGraphInfo info;
     readGraphText(text, info);
-    return makeObject<pbGraph>(info, hostChannelOrder);
+    return makeObject<pbGraph>(info, hostSwizzle);
 }
 
 std::string kernelText(const std::string& declarations, const std::string& body,

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 #include "hostkit/host.h"
 #include "hostkit/memory.h"
 

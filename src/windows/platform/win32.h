@@ -1,7 +1,7 @@
 // The system's own declarations, where src/platform has its own.
 //
-// The module's wide text is made of char16_t on every platform; the system's WCHAR is a type of its
-// own with the same values. The overloads here are the one place where they meet.
+// The module's wide text consists of char16_t on every platform; the system's WCHAR is another type
+// with the same values. Only the overloads here convert between them.
 #pragma once
 
 #include <windows.h>

@@ -1,6 +1,6 @@
 // The system's calls on files by a wide path, for paths of char16_t: see platform/win32.h.
 //
-// A path that is too long for the system's plain form is handed on in its long one.
+// A path that is too long for the system's plain form is passed on in its long form.
 #pragma once
 
 #include <sys/stat.h>
@@ -12,12 +12,12 @@
 
 #include "platform/win32.h"
 
-// What is to be put between the path of a folder and a name in it.
+// The separator between the path of a folder and a name in it.
 inline constexpr char16_t PATH_SEPARATOR = u'\\';
 
 namespace platform {
 
-// The path as the system takes it. The limit is that of a folder that is to be made.
+// The path as the system takes it. The limit is that for creating a folder.
 inline std::wstring systemPath(const char16_t* path) {
     constexpr std::size_t longest = 247;
     std::wstring plain = systemText(path);
@@ -53,7 +53,8 @@ inline std::FILE* _wfopen(const char16_t* path, const char16_t* mode) {
     return _wfopen(platform::systemPath(path).c_str(), platform::systemText(mode));
 }
 
-// The runtime's own knows no folder whose path ends in a separator, and no path in the long form.
+// The runtime's own function fails for a folder's path that ends in a separator and for the long
+// form.
 inline int _wstat64(const char16_t* path, struct _stat64* status) {
     WIN32_FILE_ATTRIBUTE_DATA found;
     if (!GetFileAttributesExW(platform::systemPath(path).c_str(), GetFileExInfoStandard, &found))

@@ -1,4 +1,4 @@
-#include "host/suite_table.h"
+#include "command/suite_table.h"
 
 #include "sdk/pf_types.h"
 

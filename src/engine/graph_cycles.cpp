@@ -1,4 +1,4 @@
-#include "engine/cycle_test.h"
+#include "engine/graph_cycles.h"
 
 #include <unordered_map>
 

@@ -1,4 +1,4 @@
-#include "host/command_scope.h"
+#include "command/command_scope.h"
 
 #include <new>
 

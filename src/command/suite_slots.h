@@ -1,6 +1,6 @@
-// The fixed table of host suites: one slot for each pair of name and version that any object of the
-// system was ever built on. The same name stands several times, because nothing falls back from one
-// version to another. The order is the table's identity; slots without a name are never filled.
+// The fixed list of host suites: one slot for each pair of name and version. A name occurs once for
+// each of its versions, because no version is a fallback for another. The order is fixed; slots
+// without a name are never filled.
 #pragma once
 
 #include <array>

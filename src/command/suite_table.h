@@ -1,14 +1,14 @@
-// The suites that a stretch of code has borrowed from the host, each under the slot of its name and
-// version: acquired on first use, all given back when the table is destroyed.
+// A table of host suites, one slot for each name and version. A suite is acquired on first use; all
+// are released when the table is destroyed.
 //
 // Every command has one table; code that needs several suites for a short time makes one on its
-// stack. No suite pointer may outlive the table that lent it.
+// stack. A suite pointer is valid as long as its table.
 #pragma once
 
-#include "host/suite_slots.h"
+#include "command/suite_slots.h"
 #include "sdk/sp_basic.h"
 
-// Ends the running command: throws the `long` 516, which the entry point gives back to the host.
+// Ends the running command: throws the `long` 516, which the entry point returns to the host.
 [[noreturn]] void MissingSuiteError();
 
 class SuiteTable {

@@ -1,4 +1,4 @@
-// Whether a graph can be run depth first from a node.
+// Finds the cycles that would keep a graph from being rendered depth first.
 #pragma once
 
 class NodeBase;

@@ -1,12 +1,12 @@
-// The frame of one host command: while a CommandScope stands, the command's input record, its table
-// of suites and with them the host's heap can be reached from anywhere.
+// The frame of a running command. While a CommandScope exists, any code can reach the command's
+// input record and its table of suites, and through them the host's heap.
 //
-// The entry point makes one on its stack before it looks at the command and destroys it last. A
-// command that the host sends while another one runs pushes a scope of its own; the newest scope is
-// the one that all code sees. One thread only.
+// The entry point makes a scope on its stack before it dispatches the command and destroys it last.
+// A command that the host sends while another one runs pushes a scope of its own; currentScope is
+// the newest. One thread only.
 #pragma once
 
-#include "host/suite_table.h"
+#include "command/suite_table.h"
 #include "sdk/pf_types.h"
 
 // What a running command owns; lives in a locked host handle of its own.
@@ -18,8 +18,8 @@ struct CommandContext {
 
 class CommandScope {
 public:
-    // inData may be null, and the host may have no memory: the scope then stands without a context
-    // and the command runs without a heap. Throws `long` 516 when inData has no basic suite.
+    // When inData is null or the host has no memory, the scope has no context, and the command runs
+    // without a heap. Throws `long` 516 when inData has no basic suite.
     CommandScope(A_long selector, A_long pluginId, PF_InData* inData);
     ~CommandScope();
     CommandScope(const CommandScope&) = delete;
@@ -34,7 +34,8 @@ public:
 // The newest scope, or null between two commands.
 extern CommandScope* currentScope;
 
-// The id under which the running command speaks to the host; stays behind when the command ends.
+// The plug-in id that the running command passes to the host; keeps its value when the command
+// ends.
 extern A_long currentPluginId;
 
 // The input record and the suites of the newest scope; null when there is no scope, or when the
