@@ -43,7 +43,7 @@ void store(Picture& picture, std::size_t index, Value value) {
 }
 
 void describe(ImageSlot& slot, Picture& picture) {
-    slot.componentBytes = pbhost::bytesPerChannel(picture.depth);
+    slot.componentBytes = pbhost::componentBytesOf(picture.depth);
     slot.channels = pbhost::channelsPerPixel;
     slot.width = picture.width;
     slot.height = picture.height;
@@ -89,7 +89,7 @@ std::vector<PassTexts> passTexts(std::size_t passCount) {
 Picture makeNoise(const ChainSize& size) {
     Picture picture = pbhost::makePicture(size.width, size.height, size.depth);
     std::minstd_rand random;
-    for (std::size_t i = 0; i < picture.pixels.size() / pbhost::bytesPerChannel(size.depth); ++i) {
+    for (std::size_t i = 0; i < picture.pixels.size() / pbhost::componentBytesOf(size.depth); ++i) {
         const unsigned value = random() % 32769;
         if (size.depth == Depth::Bits8)
             store(picture, i, static_cast<std::uint8_t>(value));

@@ -11,7 +11,7 @@
 
 #include "bench/frame_peers.h"
 #include "bench/paired_timing.h"
-#include "pbhost/picture.h"
+#include "pbhost/pictures/picture.h"
 
 namespace bench {
 

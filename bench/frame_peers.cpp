@@ -18,7 +18,7 @@ using pbhost::Depth;
 using pbhost::Picture;
 
 const DepthFormat& formatOf(const Picture& picture) {
-    return depthFormat(pbhost::bytesPerChannel(picture.depth));
+    return depthFormat(pbhost::componentBytesOf(picture.depth));
 }
 
 void scaleChannels(const Picture& picture, float scale) {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "engine/render_texture.h"
-#include "pbhost/picture.h"
+#include "pbhost/pictures/picture.h"
 #include "support/text.h"
 
 namespace bench {

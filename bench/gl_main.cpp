@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "bench/engine_session.h"
-#include "pbhost/large_blocks.h"
+#include "pbhost/process/large_blocks.h"
 
 namespace bench {
 

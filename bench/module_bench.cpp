@@ -9,10 +9,10 @@
 
 #include "bench/chain.h"
 #include "bench/gl_main.h"
-#include "hostkit/effect.h"
-#include "hostkit/frames.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/effect/effect.h"
+#include "hostkit/effect/frames.h"
 #include "hostkit/host.h"
-#include "hostkit/ledger.h"
 #include "platform/wgl.h"
 
 namespace {
@@ -32,8 +32,8 @@ public:
         const HGLRC context = wglGetCurrentContext();
         require(plugin_.setUp() == 0, "the module cannot be set up");
         wglMakeCurrent(deviceContext, context);
-        hostkit::Host::current().project.channelBytes =
-            static_cast<int>(pbhost::bytesPerChannel(input.depth));
+        hostkit::Host::current().project.componentBytes =
+            static_cast<int>(pbhost::componentBytesOf(input.depth));
         hostkit::Layer& layer = addLayer(input);
         effect_ = &addEffect(layer, "module_bench.pbg");
         setenv("TVELMARONDINE_KEEP_TEXTURES", "1", 1);
@@ -68,7 +68,7 @@ private:
         const int width = static_cast<int>(input.width);
         const int height = static_cast<int>(input.height);
         hostkit::Project& project = hostkit::Host::current().project;
-        hostkit::World pixels = hostkit::makeWorld(width, height, project.channelBytes);
+        hostkit::World pixels = hostkit::makeWorld(width, height, project.componentBytes);
         pixels.data = input.pixels;
         return project.addComposition("bench", width, height)
             .addLayer("layer", hostkit::makeFootage("noise", std::move(pixels)));
@@ -88,7 +88,7 @@ void frame(benchmark::State& state) {
     const bench::BestPeer best(texts, bench::gain, input);
     hostkit::World moduleOutput = // without padding, as the peers have it
         hostkit::makeWorld(static_cast<int>(size.width), static_cast<int>(size.height),
-                           static_cast<int>(pbhost::bytesPerChannel(size.depth)));
+                           static_cast<int>(pbhost::componentBytesOf(size.depth)));
     hostkit::World keepingOutput = moduleOutput;
     std::vector<pbhost::Picture> outputs(2,
                                          pbhost::makePicture(size.width, size.height, size.depth));
@@ -122,7 +122,7 @@ void halfFrame(benchmark::State& state) {
     ModuleFrame module(input);
     hostkit::World layer =
         hostkit::makeWorld(static_cast<int>(input.width), static_cast<int>(input.height),
-                           static_cast<int>(pbhost::bytesPerChannel(input.depth)));
+                           static_cast<int>(pbhost::componentBytesOf(input.depth)));
     layer.data = input.pixels;
     hostkit::World half;
     hostkit::World full;

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "fuzz/fuzz_support.h"
-#include "hostkit/memory.h"
-#include "pbhost/scene.h"
-#include "pbhost/temporary_files.h"
+#include "hostkit/services/memory.h"
+#include "pbhost/process/temporary_files.h"
+#include "pbhost/session/scene.h"
 
 namespace fuzz {
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "hostkit/ledger.h"
-#include "hostkit/memory.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/services/memory.h"
 
 namespace fuzz {
 

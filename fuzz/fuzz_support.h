@@ -10,9 +10,9 @@
 #include <string_view>
 
 #include "command/command_scope.h"
-#include "hostkit/effect.h"
+#include "hostkit/effect/effect.h"
 #include "hostkit/host.h"
-#include "hostkit/plugin.h"
+#include "hostkit/module/plugin.h"
 
 // The entry that libFuzzer calls for each input; it must return 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

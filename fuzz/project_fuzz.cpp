@@ -5,8 +5,8 @@
 #include <fstream>
 
 #include "fuzz/control_kinds.h"
-#include "pbhost/failure.h"
-#include "pbhost/project_file.h"
+#include "pbhost/process/failure.h"
+#include "pbhost/session/project_file.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static fuzz::SceneOfAllKinds& all = *new fuzz::SceneOfAllKinds;

@@ -1,7 +1,7 @@
 // The one persistent setting: the folder under which the module looks for a file that has moved.
 // The input is the text of the preference.
 #include "fuzz/fuzz_support.h"
-#include "pbhost/temporary_files.h"
+#include "pbhost/process/temporary_files.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // The setting lies under a folder of the target's own: the search must not walk the machine.

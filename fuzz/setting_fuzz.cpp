@@ -1,7 +1,7 @@
 // A text of --set, put into the controls of an instance that shows every kind of them.
 #include "fuzz/control_kinds.h"
-#include "pbhost/control_setting.h"
-#include "pbhost/failure.h"
+#include "pbhost/process/failure.h"
+#include "pbhost/session/control_setting.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static fuzz::SceneOfAllKinds& all = *new fuzz::SceneOfAllKinds;

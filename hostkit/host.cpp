@@ -2,13 +2,13 @@
 
 #include <stdexcept>
 
-#include "hostkit/calls.h"
-#include "hostkit/ledger.h"
-#include "hostkit/memory.h"
-#include "hostkit/memory_handles.h"
-#include "hostkit/references.h"
-#include "hostkit/suite_tables.h"
-#include "hostkit/suites.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/calls/memory_handles.h"
+#include "hostkit/calls/references.h"
+#include "hostkit/services/memory.h"
+#include "hostkit/suites/basic_suite.h"
+#include "hostkit/suites/tables.h"
 
 namespace hostkit {
 

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "hostkit/info_panel.h"
-#include "hostkit/preferences.h"
-#include "hostkit/project.h"
-#include "hostkit/scripts.h"
+#include "hostkit/project/project.h"
+#include "hostkit/services/info_panel.h"
+#include "hostkit/services/preferences.h"
+#include "hostkit/services/scripts.h"
 #include "sdk/aegp_types.h"
 #include "sdk/sp_basic.h"
 

@@ -8,18 +8,18 @@
 #include <memory>
 
 #include "command/command_scope.h"
-#include "hostkit/suites.h"
-#include "pbhost/camera_verb.h"
-#include "pbhost/child_process.h"
-#include "pbhost/controls_verb.h"
-#include "pbhost/failure.h"
-#include "pbhost/info_verb.h"
-#include "pbhost/large_blocks.h"
-#include "pbhost/model_verb.h"
-#include "pbhost/prefs_verb.h"
-#include "pbhost/render_verb.h"
-#include "pbhost/temporary_files.h"
-#include "pbhost/translate_verb.h"
+#include "hostkit/suites/basic_suite.h"
+#include "pbhost/commands/camera_command.h"
+#include "pbhost/commands/controls_command.h"
+#include "pbhost/commands/info_command.h"
+#include "pbhost/commands/model_command.h"
+#include "pbhost/commands/prefs_command.h"
+#include "pbhost/commands/render_command.h"
+#include "pbhost/commands/translate_command.h"
+#include "pbhost/process/child_process.h"
+#include "pbhost/process/failure.h"
+#include "pbhost/process/large_blocks.h"
+#include "pbhost/process/temporary_files.h"
 
 namespace {
 
@@ -43,74 +43,82 @@ CLI::Validator notEmpty() {
     return {[](std::string& text) { return std::string(text.empty() ? "it is empty" : ""); }, ""};
 }
 
-void addPreferences(CLI::App& verb, std::string& file) {
-    verb.add_option("--prefs", file, "The preferences' file (default: the user's own)");
+void addPreferences(CLI::App& command, std::string& file) {
+    command.add_option("--prefs", file, "The preferences' file (default: the user's own)");
 }
 
-std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& verb) {
+std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
     auto options = std::make_shared<pbhost::SessionOptions>();
-    verb.add_option("--module", options->module,
-                    "The effect module (default: TVELMARONDINE_MODULE of the environment, or the "
-                    "one beside the program)");
-    addPreferences(verb, options->preferences);
-    verb.add_option("--answer", options->answers,
+    command.add_option(
+        "--module", options->module,
+        "The effect module (default: TVELMARONDINE_MODULE of the environment, or the "
+        "one beside the program)");
+    addPreferences(command, options->preferences);
+    command
+        .add_option("--answer", options->answers,
                     "The answer to the effect's next question: yes, no or a path; an empty one "
                     "cancels (default: a person at the terminal is asked)")
         ->allow_extra_args(false);
-    verb.add_flag("--verbose", options->isVerbose, "Show all that the module says, and its faults");
+    command.add_flag("--verbose", options->isVerbose,
+                     "Show all that the module says, and its faults");
     return options;
 }
 
-void addStrict(CLI::App& verb, bool& isStrict) {
-    verb.add_flag("--strict", isStrict,
-                  "Fail over what is otherwise a warning: a graph's connection that leads nowhere, "
-                  "an input that nothing feeds");
+void addStrict(CLI::App& command, bool& isStrict) {
+    command.add_flag(
+        "--strict", isStrict,
+        "Fail over what is otherwise a warning: a graph's connection that leads nowhere, "
+        "an input that nothing feeds");
 }
 
-void addPictures(CLI::App& verb, pbhost::RenderRequest& request) {
-    verb.add_option("-i,--input", request.inputs,
+void addPictures(CLI::App& command, pbhost::RenderRequest& request) {
+    command
+        .add_option("-i,--input", request.inputs,
                     "A picture: the first for the layer, the others for layer controls 1 to 3")
         ->allow_extra_args(false)
         ->check(notEmpty());
-    verb.add_option("-o,--output", request.output, "The picture to write")
+    command.add_option("-o,--output", request.output, "The picture to write")
         ->required()
         ->check(notEmpty());
-    verb.add_option("--layer", request.layers,
+    command
+        .add_option("--layer", request.layers,
                     "A layer control's picture: N=PICTURE, by the control's number or name")
         ->allow_extra_args(false);
-    verb.add_option("--size", request.size,
-                    "Size of the layer without a picture, WIDTHxHEIGHT (default: 640x360)");
+    command.add_option("--size", request.size,
+                       "Size of the layer without a picture, WIDTHxHEIGHT (default: 640x360)");
 }
 
-void addFrame(CLI::App& verb, pbhost::RenderRequest& request, int& bits) {
-    verb.add_option("--set", request.settings,
+void addFrame(CLI::App& command, pbhost::RenderRequest& request, int& bits) {
+    command
+        .add_option("--set", request.settings,
                     "A control's value: CONTROL=V, or CONTROL=V,V,V for a point, a color (red, "
                     "green, blue and alpha, 0 to 1) or all of CONTROL[0], CONTROL[1] ...; a popup "
                     "by its number, counted from 1, or its text; an angle in degrees; a checkbox "
                     "by true or false")
         ->allow_extra_args(false);
-    verb.add_option("--depth", bits, "Bits per channel: 8, 16 or 32 (default: the picture's)")
+    command.add_option("--depth", bits, "Bits per channel: 8, 16 or 32 (default: the picture's)")
         ->check(CLI::IsMember({8, 16, 32}));
-    verb.add_option("--downsample", request.downsample,
+    command
+        .add_option("--downsample", request.downsample,
                     "A part of the resolution, X or X,Y: 2 for a half")
         ->capture_default_str();
-    verb.add_option("--time", request.time, "The time to render, in seconds (default: 0)")
+    command.add_option("--time", request.time, "The time to render, in seconds (default: 0)")
         ->check(notEmpty());
-    verb.add_option("--project", request.project, "The project to open instead of a file")
+    command.add_option("--project", request.project, "The project to open instead of a file")
         ->check(notEmpty());
-    verb.add_option("--save", request.save, "The project to write")->check(notEmpty());
+    command.add_option("--save", request.save, "The project to write")->check(notEmpty());
 }
 
 void addRender(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("render", "Apply a kernel or graph to pictures");
+    auto* command = app.add_subcommand("render", "Apply a kernel or graph to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
     auto bits = std::make_shared<int>(0);
-    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
-    addPictures(*verb, *request);
-    addFrame(*verb, *request, *bits);
-    addStrict(*verb, request->isStrict);
-    const auto options = addSession(*verb);
-    verb->callback([&job, request, bits, options] {
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
+    addPictures(*command, *request);
+    addFrame(*command, *request, *bits);
+    addStrict(*command, request->isStrict);
+    const auto options = addSession(*command);
+    command->callback([&job, request, bits, options] {
         request->depth = pbhost::depthOfBits(*bits);
         for (const std::string& file : {request->output, request->save})
             job.folders.push_back(pbhost::folderOf(pbhost::placeOf(file)));
@@ -118,7 +126,7 @@ void addRender(CLI::App& app, Job& job) {
         job.work = [request, options] {
             pbhost::checkOutputs(*request);
             const pbhost::QuietOutput quiet(options->isVerbose); // for what reads ahead, too
-            std::future<pbhost::Source> ahead = pbhost::readAhead(*request);
+            std::future<pbhost::LayerSource> ahead = pbhost::readAhead(*request);
             pbhost::Session session(*options);
             pbhost::render(session, *request, std::move(ahead));
             return session.finish("");
@@ -127,14 +135,15 @@ void addRender(CLI::App& app, Job& job) {
 }
 
 void addControls(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("controls", "Show the effect's controls for a kernel or graph");
+    auto* command =
+        app.add_subcommand("controls", "Show the effect's controls for a kernel or graph");
     auto request = std::make_shared<pbhost::ControlsRequest>();
-    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->add_flag("--json", request->asJson, "As one JSON object");
-    verb->add_flag("--all", request->all, "Hidden controls, too");
-    addStrict(*verb, request->isStrict);
-    const auto options = addSession(*verb);
-    verb->callback([&job, request, options] {
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
+    command->add_flag("--json", request->asJson, "As one JSON object");
+    command->add_flag("--all", request->all, "Hidden controls, too");
+    addStrict(*command, request->isStrict);
+    const auto options = addSession(*command);
+    command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
             pbhost::Session session(*options);
@@ -144,14 +153,14 @@ void addControls(CLI::App& app, Job& job) {
 }
 
 void addInfo(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("info", "Press the effect's options button");
+    auto* command = app.add_subcommand("info", "Press the effect's options button");
     auto request = std::make_shared<pbhost::InfoRequest>();
-    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->add_option("--export-log", request->exportFolder,
-                     "Let the effect write its error log into this folder");
-    addStrict(*verb, request->isStrict);
-    const auto options = addSession(*verb);
-    verb->callback([&job, request, options] {
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
+    command->add_option("--export-log", request->exportFolder,
+                        "Let the effect write its error log into this folder");
+    addStrict(*command, request->isStrict);
+    const auto options = addSession(*command);
+    command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
             std::string text;
@@ -168,9 +177,9 @@ void addInfo(CLI::App& app, Job& job) {
 }
 
 void addAbout(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("about", "Show what the effect tells of OpenGL");
-    const auto options = addSession(*verb);
-    verb->callback([&job, options] {
+    auto* command = app.add_subcommand("about", "Show what the effect tells of OpenGL");
+    const auto options = addSession(*command);
+    command->callback([&job, options] {
         job.work = [options] {
             pbhost::Session session(*options);
             return session.finish(pbhost::about(session));
@@ -179,8 +188,8 @@ void addAbout(CLI::App& app, Job& job) {
 }
 
 void addHost(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("host", "List the suites that the substitute host offers");
-    verb->callback([&job] {
+    auto* command = app.add_subcommand("host", "List the suites that the substitute host offers");
+    command->callback([&job] {
         job.work = [] {
             const hostkit::Host host;
             std::string text;
@@ -191,87 +200,89 @@ void addHost(CLI::App& app, Job& job) {
     });
 }
 
-// One of the verb's own verbs, over its key and value. They share the request, since --prefs may
+// One of the subcommands, over its key and value. They share the request, since --prefs may
 // stand in front of them, too.
 void addPref(CLI::App& prefs, Job& job, const std::shared_ptr<pbhost::PrefsRequest>& request,
              const char* name, const char* help, const std::vector<const char*>& texts,
              const std::function<std::string(const pbhost::PrefsRequest&)>& work) {
-    auto* verb = prefs.add_subcommand(name, help);
+    auto* command = prefs.add_subcommand(name, help);
     for (const char* text : texts)
-        verb->add_option(text, *text == 'K' ? request->key : request->value)->required();
+        command->add_option(text, *text == 'K' ? request->key : request->value)->required();
     if (!texts.empty())
-        verb->add_option("--section", request->section, "The section of the preferences")
+        command->add_option("--section", request->section, "The section of the preferences")
             ->capture_default_str();
-    addPreferences(*verb, request->file);
-    verb->callback(
+    addPreferences(*command, request->file);
+    command->callback(
         [&job, request, work] { job.work = [request, work] { return work(*request); }; });
 }
 
 void addPrefs(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("prefs", "Show or change the host's preferences");
+    auto* command = app.add_subcommand("prefs", "Show or change the host's preferences");
     auto request = std::make_shared<pbhost::PrefsRequest>();
-    addPreferences(*verb, request->file);
-    verb->require_subcommand(0, 1);
-    addPref(*verb, job, request, "list", "All of them", {}, pbhost::listPrefs);
-    addPref(*verb, job, request, "get", "One value", {"KEY"}, pbhost::getPref);
-    addPref(*verb, job, request, "set",
+    addPreferences(*command, request->file);
+    command->require_subcommand(0, 1);
+    addPref(*command, job, request, "list", "All of them", {}, pbhost::listPrefs);
+    addPref(*command, job, request, "get", "One value", {"KEY"}, pbhost::getPref);
+    addPref(*command, job, request, "set",
             "Keep a value; rootFolder is where moved files are looked for", {"KEY", "VALUE"},
             [](const pbhost::PrefsRequest& asked) {
                 pbhost::setPref(asked);
                 return std::string();
             });
-    addPref(*verb, job, request, "unset", "Forget a value", {"KEY"},
+    addPref(*command, job, request, "unset", "Forget a value", {"KEY"},
             [](const pbhost::PrefsRequest& asked) {
                 pbhost::unsetPref(asked);
                 return std::string();
             });
-    verb->callback([&job, verb, request] {
-        if (verb->get_subcommands().empty())
+    command->callback([&job, command, request] {
+        if (command->get_subcommands().empty())
             job.work = [request] { return pbhost::listPrefs(*request); };
     });
 }
 
 void addTranslate(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("translate", "Show the GLSL programs made of a kernel or node");
+    auto* command =
+        app.add_subcommand("translate", "Show the GLSL programs made of a kernel or node");
     auto request = std::make_shared<pbhost::TranslateRequest>();
     request->order = 18;
-    verb->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->add_option("--node", request->node, "The id of a graph's node");
-    verb->add_option("--stage", request->stage, "Write exactly this text: vertex or fragment")
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
+    command->add_option("--node", request->node, "The id of a graph's node");
+    command->add_option("--stage", request->stage, "Write exactly this text: vertex or fragment")
         ->check(CLI::IsMember({"vertex", "fragment"}));
-    verb->add_option("--order", request->order,
+    command
+        ->add_option("--order", request->order,
                      "Index of the channel order of the textures, 0 to 23; 18 is alpha, "
                      "red, green, blue")
         ->capture_default_str()
         ->check(CLI::Range(0, 23));
-    verb->callback(
+    command->callback(
         [&job, request] { job.work = [request] { return pbhost::translate(*request); }; });
 }
 
 void addModel(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("model", "Write what is read out of a file, as JSON");
+    auto* command = app.add_subcommand("model", "Write what is read out of a file, as JSON");
     auto file = std::make_shared<std::string>();
-    verb->add_option("file", *file, "The kernel (.pbk) or graph (.pbg)")->required();
-    verb->callback([&job, file] { job.work = [file] { return pbhost::modelAsJson(*file); }; });
+    command->add_option("file", *file, "The kernel (.pbk) or graph (.pbg)")->required();
+    command->callback([&job, file] { job.work = [file] { return pbhost::modelAsJson(*file); }; });
 }
 
 void addCamera(CLI::App& app, Job& job) {
-    auto* verb = app.add_subcommand("camera", "Show the projection of a composition's camera");
+    auto* command = app.add_subcommand("camera", "Show the projection of a composition's camera");
     auto request = std::make_shared<pbhost::CameraRequest>();
-    verb->add_option("--module", request->module, "The effect module, as for render");
-    verb->add_option("--width", request->width, "Of the composition")->capture_default_str();
-    verb->add_option("--height", request->height, "Of the composition")->capture_default_str();
-    verb->add_option("--pixel-aspect", request->pixelAspect, "Width of a pixel over its height")
+    command->add_option("--module", request->module, "The effect module, as for render");
+    command->add_option("--width", request->width, "Of the composition")->capture_default_str();
+    command->add_option("--height", request->height, "Of the composition")->capture_default_str();
+    command->add_option("--pixel-aspect", request->pixelAspect, "Width of a pixel over its height")
         ->capture_default_str();
-    verb->add_option("--type", request->kind, "default, perspective or orthographic")
+    command->add_option("--type", request->kind, "default, perspective or orthographic")
         ->transform(CLI::CheckedTransformer(pbhost::cameraKinds));
-    verb->add_option("--zoom", request->zoom,
-                     "From the eye to the image plane, pixels (default: a lens of 50 mm)");
-    verb->add_option("--position", request->position,
-                     "X Y Z of the eye (default: before the middle, as far as the zoom)");
-    verb->add_option("--rotation", request->rotation, "Degrees about X Y Z");
-    verb->add_flag("--json", request->isJson, "As one JSON object");
-    verb->callback(
+    command->add_option("--zoom", request->zoom,
+                        "From the eye to the image plane, pixels (default: a lens of 50 mm)");
+    command->add_option("--position", request->position,
+                        "X Y Z of the eye (default: before the middle, as far as the zoom)");
+    command->add_option("--rotation", request->rotation, "Degrees about X Y Z");
+    command->add_flag("--json", request->isJson, "As one JSON object");
+    command->callback(
         [&job, request] { job.work = [request] { return pbhost::cameraProjection(*request); }; });
 }
 
@@ -285,13 +296,14 @@ int runJob(const Job& job, bool isForked) {
     return isForked ? pbhost::runInChild(work, job.subject, job.folders) : work();
 }
 
-constexpr const char* helpHint = "To see what is understood: pbhost --help, pbhost VERB --help\n";
+constexpr const char* helpHint =
+    "To see what is understood: pbhost --help, pbhost COMMAND --help\n";
 
-void requireVerb(const CLI::App& app, int argc, char** argv) {
-    const auto isMeant = [&](const CLI::App* verb) { return verb->get_name() == argv[1]; };
+void requireCommand(const CLI::App& app, int argc, char** argv) {
+    const auto isMeant = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argc > 1 && *argv[1] != '-' && app.get_subcommands(isMeant).empty())
         throw Failure(ExitCode::Usage,
-                      "there is no verb '" + std::string(argv[1]) + "'\n" + helpHint);
+                      "there is no command '" + std::string(argv[1]) + "'\n" + helpHint);
 }
 
 int run(int argc, char** argv) {
@@ -308,7 +320,7 @@ int run(int argc, char** argv) {
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})
         add(app, job);
-    requireVerb(app, argc, argv);
+    requireCommand(app, argc, argv);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& asked) { // for a help text

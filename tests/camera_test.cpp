@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "gpu/kgl_framebuffer.h"
-#include "hostkit/effect.h"
-#include "pbhost/camera_verb.h"
+#include "hostkit/effect/effect.h"
+#include "pbhost/commands/camera_command.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/engine_fixture.h"
 #include "view/composition_camera.h"
@@ -193,7 +193,7 @@ TEST_F(CameraTest, WhatCannotBeSeenThroughLeavesTheIdentity) {
     }
 }
 
-TEST(CameraVerb, WritesTheMatrixWithPointsInEveryLocale) {
+TEST(CameraCommand, WritesTheMatrixWithPointsInEveryLocale) {
     const CommaLocale comma;
     pbhost::CameraRequest request;
     request.module = TVM_MODULE_PATH;

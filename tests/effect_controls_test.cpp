@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "hostkit/calls.h"
-#include "hostkit/suite_tables.h"
-#include "hostkit/suites.h"
-#include "hostkit/undo.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/project/undo.h"
+#include "hostkit/suites/basic_suite.h"
+#include "hostkit/suites/tables.h"
 #include "tests/support/module_fixture.h"
 
 using namespace hostkit;
@@ -127,7 +127,7 @@ protected:
 void EffectControls::expectRead(const std::string& declarations, const std::string& result,
                                 const Values& values, const Pixel& expected) {
     for (Layer* place : small) {
-        const int depth = host.project.channelBytes = place->source->pixels.channelBytes;
+        const int depth = host.project.componentBytes = place->source->pixels.componentBytes;
         SCOPED_TRACE(result + " of " + declarations + " at depth " + std::to_string(depth));
         Effect& effect = applyKernel(*place, kernelText(declarations, "dst = " + result + ";"));
         for (const auto& [index, value] : values)

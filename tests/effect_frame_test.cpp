@@ -7,8 +7,8 @@
 #include <functional>
 #include <vector>
 
-#include "hostkit/calls.h"
-#include "hostkit/suites.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/suites/basic_suite.h"
 #include "tests/support/module_fixture.h"
 
 using namespace hostkit;
@@ -37,7 +37,7 @@ protected:
         ASSERT_EQ(result.error, 0);
         ASSERT_EQ(result.output.width, source.width);
         ASSERT_EQ(result.output.height, source.height);
-        const double error = source.channelBytes == 1 ? 0.51 / 255 : 1.01 / 32768;
+        const double error = source.componentBytes == 1 ? 0.51 / 255 : 1.01 / 32768;
         for (int y = 0; y < source.height; ++y)
             for (int x = 0; x < source.width; ++x)
                 for (std::size_t k = 0; k < 4; ++k)

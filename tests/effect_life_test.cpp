@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "hostkit/calls.h"
-#include "hostkit/memory.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/services/memory.h"
 #include "tests/support/module_fixture.h"
 
 using namespace hostkit;

@@ -8,8 +8,8 @@
 #include "host/info_print.h"
 #include "host/persistent_data.h"
 #include "host/script_bridge.h"
-#include "hostkit/calls.h"
-#include "hostkit/suites.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/suites/basic_suite.h"
 #include "tests/support/running_command.h"
 
 namespace calls = hostkit::calls;

@@ -6,12 +6,12 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "hostkit/calls.h"
-#include "hostkit/effect.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/effect/effect.h"
 #include "hostkit/host.h"
-#include "hostkit/ledger.h"
-#include "hostkit/library.h"
-#include "hostkit/memory.h"
+#include "hostkit/module/library.h"
+#include "hostkit/services/memory.h"
 #include "sdk/pf_suites.h"
 #include "tests/modules/recording_resource.h"
 
@@ -139,16 +139,16 @@ using Depths = testing::Types<std::uint8_t, std::uint16_t, float>;
 TYPED_TEST_SUITE(HostkitFrames, Depths);
 
 TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
-    this->host.project.channelBytes = sizeof(TypeParam);
+    this->host.project.componentBytes = sizeof(TypeParam);
     this->layer.source = footageOf<TypeParam>();
     World& source = this->layer.source->pixels;
     this->effect().apply();
     PF_ParamDef point{};
-    PF_ParamDef lent{};
+    PF_ParamDef layer{};
     const void* smaller = nullptr;
     PF_PixelFormat format = 0;
     this->module->behind[PF_Cmd_SMART_RENDER] = [&](const Sent& sent) {
-        EXPECT_EQ(sent.checkout(0, lent) | sent.checkin(lent), 0);
+        EXPECT_EQ(sent.checkout(0, layer) | sent.checkin(layer), 0);
         smaller = static_cast<const std::byte*>(this->module->input.data) -
                   this->module->input.origin_x * 4 * sizeof(TypeParam);
         EXPECT_EQ(sent.checkout(7, point) | sent.checkin(point), 0);
@@ -157,12 +157,12 @@ TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
         });
     };
     EXPECT_EQ(this->effect().render({}).output.width, width);
-    EXPECT_EQ(this->module->input.data, source.data.data()); // lent, not copied
+    EXPECT_EQ(this->module->input.data, source.data.data()); // shared, not copied
 
     RenderResult result = this->effect().render({0, {1, 2}, {1, 3}, PF_LRect{1, 0, 9, 9}});
     ASSERT_EQ(result.output.width, 3); // of a frame of 4 by 2
     ASSERT_EQ(result.output.height, 2);
-    EXPECT_EQ(lent.u.ld.data, smaller); // made once in a frame
+    EXPECT_EQ(layer.u.ld.data, smaller); // made once in a frame
     EXPECT_EQ(point.u.td.x_value, width << 14);
     const PF_PixelFormat formats[] = {0x62677261, 0x36316561, 0, 0x32336561};
     EXPECT_EQ(format, formats[sizeof(TypeParam) - 1]);
@@ -211,7 +211,7 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
     const auto setUp = PF_Cmd_PARAMS_SETUP;
     const auto dialog = PF_Cmd_DO_DIALOG;
     const std::tuple<PF_Cmd, const char*, RecordingModule::Handler> cases[] = {
-        {dialog, "did not give back: parameter", [&](auto& sent) { sent.checkout(2, lost); }},
+        {dialog, "did not release: parameter", [&](auto& sent) { sent.checkout(2, lost); }},
         {dialog, "was not checked out", [&](auto& sent) { sent.checkin(lost); }},
         {dialog, "there is no control 99", [&](auto& sent) { sent.checkout(99, lost); }},
         {dialog, "add_param: not during", [&](auto& sent) { sent.add(-1, lost); }},
@@ -231,7 +231,7 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
         {PF_Cmd_UPDATE_PARAMS_UI, "there is no control 0", update(0)},
         {PF_Cmd_UPDATE_PARAMS_UI, "one of another kind", update(3)},
         {PF_Cmd_SMART_RENDER, "id 5 was not announced", takeUnannounced},
-        {PF_Cmd_SMART_RENDER, "not lent to the running command", askForeignFormat},
+        {PF_Cmd_SMART_RENDER, "does not belong to the running command", askForeignFormat},
         {PF_Cmd_SEQUENCE_SETDOWN, "left the handle",
          [](auto& sent) { sent.out->sequence_data = sent.in->utils->host_new_handle(1); }},
     };
@@ -254,7 +254,7 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
     EXPECT_THAT(ledger::takeFaults(), ElementsAre(HasSubstr("eGL2")));
 }
 
-TEST_F(HostkitEffect, LendsNoMoreThanThePartThatIsAskedFor) {
+TEST_F(HostkitEffect, ChecksOutNoMoreThanThePartThatIsAskedFor) {
     World& source = layer.source->pixels;
     channelAt<std::uint8_t>(source, 3, 2, 0) = 0; // a transparent pixel with colours
     layer.contents = PF_LRect{2, 1, 6, 4};
@@ -306,15 +306,15 @@ TEST_F(HostkitEffect, SendsWhatTheModuleAskedForAndNoMore) {
     EXPECT_THROW(effect().doDialog(), std::logic_error);
     EXPECT_THROW(effect().updateParamsUi(), std::logic_error);
     EXPECT_THROW(effect().flattenSequence(), std::logic_error);
-    host.project.channelBytes = 2;
+    host.project.componentBytes = 2;
     layer.source = footageOf<std::uint16_t>();
     EXPECT_THROW(effect().render({}), std::logic_error);
-    host.project.channelBytes = 4;
+    host.project.componentBytes = 4;
     layer.source = footageOf<float>();
     EXPECT_THROW(effect().render({}), std::logic_error);
 }
 
-TEST_F(HostkitEffect, CommandsNestAndKeepTheirLoansApart) {
+TEST_F(HostkitEffect, CommandsNestAndKeepTheirCheckoutsApart) {
     ASSERT_EQ(effect().apply(), 0);
     PF_ParamDef held{};
     module->behind[PF_Cmd_DO_DIALOG] = [&](const Sent& sent) {

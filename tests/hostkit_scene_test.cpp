@@ -1,14 +1,14 @@
 // The substitute host's scene as a module reaches it: through the tables of the suites. Positions
-// and values are worked out by hand; every test ends with nothing lent and no fault.
+// and values are worked out by hand; every test ends with nothing acquired and no fault.
 #include <functional>
 #include <optional>
 #include <tuple>
 
 #include <gtest/gtest.h>
 
+#include "hostkit/calls/ledger.h"
 #include "hostkit/host.h"
-#include "hostkit/ledger.h"
-#include "hostkit/suite_tables.h"
+#include "hostkit/suites/tables.h"
 #include "tests/support/acquired_suites.h"
 
 namespace {
@@ -44,7 +44,7 @@ protected:
         EXPECT_TRUE(ledger::takeFaults().empty() && ledger::outstanding().empty());
     }
 
-    AEGP_StreamRefH lend(AEGP_LayerStream which) {
+    AEGP_StreamRefH acquire(AEGP_LayerStream which) {
         return ask(streams.AEGP_GetNewLayerStream, plugin, layerH, which);
     }
     Stream& stream(AEGP_LayerStream which) { return *layer.stream(which); }
@@ -119,9 +119,9 @@ TEST_F(Scene, LayersLieWhereTheirStreamsPutThem) {
 }
 
 TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
-    const AEGP_StreamRefH gone = lend(AEGP_LayerStream_OPACITY);
+    const AEGP_StreamRefH gone = acquire(AEGP_LayerStream_OPACITY);
     EXPECT_EQ(streams.AEGP_DisposeStream(gone), 0);
-    const AEGP_StreamRefH opacity = lend(AEGP_LayerStream_OPACITY);
+    const AEGP_StreamRefH opacity = acquire(AEGP_LayerStream_OPACITY);
     const auto dead = reinterpret_cast<AEGP_LayerH>(&comp.addCamera("", 1));
     comp.layers.pop_back();
     const A_Time noScale{1, 0};

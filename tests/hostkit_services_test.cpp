@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "hostkit/calls.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/calls/ledger.h"
 #include "hostkit/host.h"
-#include "hostkit/ledger.h"
-#include "hostkit/suite_tables.h"
+#include "hostkit/suites/tables.h"
 #include "tests/support/acquired_suites.h"
 
 using namespace hostkit;
@@ -138,9 +138,9 @@ TEST_F(HostServices, MisusedMemoryHandlesAreFaults) {
     EXPECT_EQ(ledger::takeFaults(),
               (Texts{"AEGP_UnlockMemHandle: a handle that is not locked",
                      "AEGP_ResizeMemHandle: a handle that is locked",
-                     "AEGP_FreeMemHandle: memory handle \"m\" is not lent any more",
-                     "AEGP_LockMemHandle: memory handle \"m\" is not lent any more",
-                     "AEGP_UnlockMemHandle: a memory handle that was never lent"}));
+                     "AEGP_FreeMemHandle: memory handle \"m\" was already released",
+                     "AEGP_LockMemHandle: memory handle \"m\" was already released",
+                     "AEGP_UnlockMemHandle: a memory handle that was never acquired"}));
 }
 
 TEST_F(HostServices, MemoryMovesUnlessItIsLocked) {
@@ -177,8 +177,8 @@ TEST_F(HostServices, SuitesAreTakenBackOnlyOnce) {
     EXPECT_NE(release("AEGP Stream Suite", 8), 0);
     EXPECT_EQ(ledger::outstanding(), Texts{"suite \"AEGP Stream Suite 9\""});
     EXPECT_TRUE(release("AEGP Stream Suite", 9) == 0 && release("AEGP Stream Suite", 9) != 0);
-    EXPECT_EQ(ledger::takeFaults(), (Texts{"ReleaseSuite: AEGP Stream Suite 8 is not lent",
-                                           "ReleaseSuite: AEGP Stream Suite 9 is not lent"}));
+    EXPECT_EQ(ledger::takeFaults(), (Texts{"ReleaseSuite: AEGP Stream Suite 8 is not acquired",
+                                           "ReleaseSuite: AEGP Stream Suite 9 is not acquired"}));
     EXPECT_THROW(Host(), std::logic_error) << "one at a time";
 }
 

@@ -8,10 +8,10 @@
 #include <map>
 #include <vector>
 
-#include "hostkit/calls.h"
-#include "hostkit/ledger.h"
-#include "hostkit/memory.h"
-#include "hostkit/suites.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/services/memory.h"
+#include "hostkit/suites/basic_suite.h"
 #include "tests/support/host_context.h"
 #include "tests/support/module_fixture.h"
 
@@ -23,11 +23,11 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr std::array nullHandles = {"never lent", "a handle of no ", ": no item",
+constexpr std::array nullHandles = {"never acquired", "a handle of no ", ": no item",
                                     "a marker of which no value"};
 
 // The calls and the suites without which something cannot go back, and what that is.
-const std::map<std::string, std::string> giveBacks = {
+const std::map<std::string, std::string> releases = {
     {"ReleaseSuite", "suite"},
     {"AEGP_DisposeStream", "stream "},
     {"AEGP_DisposeEffect", "effect"},
@@ -142,9 +142,9 @@ void Life::expectOrder(const Step& step, PF_Err error, const std::string& failed
             nullHandles, [&](const char* words) { return fault.find(words) != std::string::npos; });
     });
     // What the host does not take back stays with the effect; nothing else may.
-    const auto cannotEnd = giveBacks.find(failed);
-    if (cannotEnd != giveBacks.end())
-        EXPECT_THAT(kept, Each(AnyOf(HasSubstr("did not give back: " + cannotEnd->second),
+    const auto cannotEnd = releases.find(failed);
+    if (cannotEnd != releases.end())
+        EXPECT_THAT(kept, Each(AnyOf(HasSubstr("did not release: " + cannotEnd->second),
                                      HasSubstr("a value is still out"))));
     else
         EXPECT_THAT(kept, IsEmpty());

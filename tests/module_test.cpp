@@ -8,8 +8,8 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "hostkit/calls.h"
-#include "hostkit/library.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/module/library.h"
 #include "platform/win32.h"
 #include "tests/modules/recording_resource.h"
 #include "tests/support/debug_output.h"

@@ -9,11 +9,11 @@
 #include <sstream>
 #include <tuple>
 
-#include "hostkit/frames.h"
-#include "pbhost/frame_fill.h"
-#include "pbhost/render_verb.h"
-#include "pbhost/temporary_files.h"
-#include "pbhost/wiring.h"
+#include "hostkit/effect/frames.h"
+#include "pbhost/commands/render_command.h"
+#include "pbhost/diagnostics/frame_fill.h"
+#include "pbhost/diagnostics/wiring.h"
+#include "pbhost/process/temporary_files.h"
 #include "pixelbender/graph_reader.h"
 #include "tests/modules/recording_resource.h"
 #include "tests/support/running_command.h"
@@ -128,8 +128,8 @@ TEST_F(Wiring, ManyFaultsAndLongChainsEnd) {
 }
 
 TEST(FrameFill, TellsEachRowThatWasNotWritten) {
-    for (const int channelBytes : {1, 2, 4}) {
-        hostkit::World world = hostkit::makeOutput(5, 3, channelBytes);
+    for (const int componentBytes : {1, 2, 4}) {
+        hostkit::World world = hostkit::makeOutput(5, 3, componentBytes);
         pbhost::fillUnwritten(world);
         EXPECT_EQ(pbhost::unwrittenRow(world), 0);
         const hostkit::World filled = world;

@@ -17,8 +17,8 @@
 #include <thread>
 #include <vector>
 
-#include "pbhost/picture.h"
-#include "pbhost/temporary_files.h"
+#include "pbhost/pictures/picture.h"
+#include "pbhost/process/temporary_files.h"
 #include "tests/support/temporary_folder.h"
 
 namespace fs = std::filesystem;
@@ -75,7 +75,7 @@ std::string graphText(const std::string& kernel, const std::string& kernelOfB = 
 // Another value in each channel of each pixel, colours without alpha among them.
 Picture paint(Depth depth) {
     Picture picture = pbhost::makePicture(9, 6, depth);
-    const unsigned bytes = pbhost::bytesPerChannel(depth);
+    const unsigned bytes = pbhost::componentBytesOf(depth);
     for (unsigned i = 0; i < 9 * 6 * 4; ++i) {
         const unsigned whole = i % 16 == 0 ? 0 : bytes == 1 ? i * 37 % 256 : i * 151;
         const float real = static_cast<float>(whole) / 9999.0F - 0.5F;
@@ -246,7 +246,7 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render --project half.json -o old.png", 2, {"half.json", "odd number of digits"}},
         {"controls copy.pbk --module no.so", 2, {"no.so"}},
         {"prefs get rootFolder", 2, {"rootFolder"}},
-        {"frobnicate", 2, {"there is no verb 'frobnicate'", "--help"}},
+        {"frobnicate", 2, {"there is no command 'frobnicate'", "--help"}},
         {"render in.png -o old.png", 3, {"in.png", "neither a kernel (.pbk) nor a graph"}},
         {"render \xff.pbk -o old.png", 3, {"the name is not UTF-8"}},
         {"render copy.pbk -o ''", 2, {"--output", "empty"}},

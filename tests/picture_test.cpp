@@ -1,5 +1,5 @@
-#include "pbhost/failure.h"
-#include "pbhost/picture.h"
+#include "pbhost/pictures/picture.h"
+#include "pbhost/process/failure.h"
 
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ protected:
 std::vector<double> valuesOf(const Picture& picture) {
     std::vector<double> values;
     for (unsigned i = 0; i < picture.width * picture.height * 4; ++i) {
-        const unsigned bytes = pbhost::bytesPerChannel(picture.depth), row = picture.width * 4;
+        const unsigned bytes = pbhost::componentBytesOf(picture.depth), row = picture.width * 4;
         std::uint16_t whole = 0;
         float real = 0;
         std::memcpy(bytes == 4 ? static_cast<void*>(&real) : &whole,
@@ -60,7 +60,7 @@ std::vector<double> valuesOf(const Picture& picture) {
 // Another slope in each channel, alpha 0 over a colour included, and rows of an odd length.
 Picture slopes(unsigned width, unsigned height, Depth depth) {
     Picture picture = pbhost::makePicture(width, height, depth);
-    const unsigned bytes = pbhost::bytesPerChannel(depth);
+    const unsigned bytes = pbhost::componentBytesOf(depth);
     picture.rowBytes += 3;
     picture.pixels.resize(std::size_t{picture.rowBytes} * height);
     for (unsigned i = 0; i < width * height * 4; ++i) {

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "hostkit/ledger.h"
+#include "hostkit/calls/ledger.h"
 #include "support/jst.h"
 #include "support/numbers.h"
 #include "support/report.h"

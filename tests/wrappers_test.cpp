@@ -15,11 +15,11 @@
 #include "host/layer.h"
 #include "host/marker.h"
 #include "host/memory.h"
-#include "hostkit/calls.h"
-#include "hostkit/ledger.h"
-#include "hostkit/references.h"
-#include "hostkit/suite_tables.h"
-#include "hostkit/suites.h"
+#include "hostkit/calls/calls.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/calls/references.h"
+#include "hostkit/suites/basic_suite.h"
+#include "hostkit/suites/tables.h"
 #include "tests/support/running_command.h"
 
 namespace calls = hostkit::calls;
@@ -57,7 +57,7 @@ protected:
 } // namespace
 
 TEST_F(Scene, AWrapperWithoutASuiteOfItsOwnAsksTheTableOrTellsWhy) {
-    suites::offer("AEGP Item Suite", 13, nullptr); // lent with success, but there is none
+    suites::offer("AEGP Item Suite", 13, nullptr); // acquired with success, but there is none
     suites::refuse("AEGP Comp Suite", 11);
     {
         const CommandScope command(PF_Cmd_RENDER, pluginId, host.inData());
@@ -117,7 +117,7 @@ TEST_F(Scene, LayersTellWhatTheyAre) {
 }
 
 TEST_F(Scene, StreamsTakeKeyframesExpressionsAndNames) {
-    AEO::Stream parent(basic, hostkit::references::lendStream(group, "the group"));
+    AEO::Stream parent(basic, hostkit::references::newStreamRef(group, "the group"));
     AEO::Stream stream(basic, parent.newChild("control"));
     EXPECT_FALSE(stream.isModified());
     stream.setValue(2.5);
@@ -172,10 +172,10 @@ TEST_F(Scene, ArgumentsReachTheHostAsTheyAreGiven) {
         return tables::effectSuite().AEGP_GetLayerEffectByIndex(plugin, layer, 0, applied);
     };
     suites::offer(effects.name, effects.version, &effects);
-    AEO::Stream parent(basic, hostkit::references::lendStream(group, "the group"));
+    AEO::Stream parent(basic, hostkit::references::newStreamRef(group, "the group"));
     EXPECT_TRUE(parent.canAdd("new"));
     EXPECT_FALSE(parent.canAdd("control"));
-    const A_long key = plugin.living.number();
+    const A_long key = plugin.live.number();
     AEO::Layer onLayer(basic, handle);
     AEO::Effect applied(basic, onLayer.applyEffect(key));
     EXPECT_EQ(heard, std::to_string(pluginId) + " applies " + std::to_string(key));
@@ -204,13 +204,13 @@ TEST_F(Scene, EffectsAreFoundByIndexAndKey) {
     EXPECT_EQ(AEO::Stream(basic, found.newParamStream(1)).name(), u"Other");
     EXPECT_EQ(onLayer.newEffect(2), nullptr);
     EXPECT_NE(onLayer.err(), 0);
-    const A_long key = plugin.living.number();
+    const A_long key = plugin.live.number();
     EXPECT_EQ(std::pair(found.installedKey(), found.flags()), std::pair(key, A_long{1}));
     const hostkit::Plugin other{TVM_MODULE_PATH};
     AEO::Effect all(basic);
     const std::array keys{all.nextInstalledEffect(0), all.nextInstalledEffect(key),
-                          all.nextInstalledEffect(other.living.number())};
-    EXPECT_EQ(keys, (std::array{key, other.living.number(), 0}));
+                          all.nextInstalledEffect(other.live.number())};
+    EXPECT_EQ(keys, (std::array{key, other.live.number(), 0}));
     EXPECT_EQ(std::string(all.matchName(key)), plugin.pipl().text("eMNA"));
     EXPECT_EQ(all.err() + all.numInstalledEffects(), 2);
     EXPECT_EQ(std::string(all.matchName(key + 100)), "");
@@ -256,7 +256,7 @@ TEST_F(Scene, MasksLightsAndTextsAreReadAndChanged) {
     source.constant.document = std::make_shared<hostkit::TextDocument>();
     source.constant.document->text = u"\xd83d\xde00";
     {
-        AEO::Stream texts(basic, hostkit::references::lendStream(source, "text"));
+        AEO::Stream texts(basic, hostkit::references::newStreamRef(source, "text"));
         AEO::TextDocument document(texts, AEGP_LTimeMode_LayerTime, start);
         EXPECT_EQ(document.text(), u"\xd83d\xde00");
         document.setText(u"n\xe9w");

@@ -16,7 +16,7 @@
 #include <system_error>
 #include <vector>
 
-#include "pbhost/picture_formats.h"
+#include "pbhost/pictures/picture_formats.h"
 
 namespace pbhost {
 
@@ -218,7 +218,7 @@ std::string encode(const std::string& name, OIIO::ImageOutput& output, const Pic
     if (output.format_name() == std::string_view("webp"))
         spec.attribute("Compression", "lossless");
     const auto bytes = std::make_unique_for_overwrite<std::byte[]>(
-        std::size_t{picture.width} * picture.height * channels * bytesPerChannel(picture.depth));
+        std::size_t{picture.width} * picture.height * channels * componentBytesOf(picture.depth));
     withChannel(picture.depth,
                 [&](auto channel) { takePixels(channel, picture, channels, bytes.get()); });
     std::string reason;
@@ -250,7 +250,7 @@ std::string readFile(const fs::path& path, std::optional<Depth> wanted, Picture&
     const std::uint64_t channels = std::max(unsigned(selection.count()), channelsPerPixel);
     for (const Window& window : {data, display})
         if (const std::string fault =
-                sizeFault(window.width, window.height, channels * bytesPerChannel(depth));
+                sizeFault(window.width, window.height, channels * componentBytesOf(depth));
             !fault.empty())
             return fault;
     picture = emptyPicture(unsigned(display.width), unsigned(display.height), depth);

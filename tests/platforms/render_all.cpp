@@ -17,10 +17,10 @@
 #include <string>
 #include <vector>
 
-#include "hostkit/effect.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/effect/effect.h"
 #include "hostkit/host.h"
-#include "hostkit/ledger.h"
-#include "hostkit/plugin.h"
+#include "hostkit/module/plugin.h"
 
 namespace fs = std::filesystem;
 using namespace hostkit;
@@ -47,9 +47,9 @@ std::vector<std::byte> readFile(const fs::path& path) {
 }
 
 void setChannel(World& world, std::size_t at, int value) {
-    if (world.channelBytes == 1)
+    if (world.componentBytes == 1)
         world.data[at] = static_cast<std::byte>(value);
-    else if (world.channelBytes == 2)
+    else if (world.componentBytes == 2)
         reinterpret_cast<std::uint16_t*>(world.data.data())[at] =
             static_cast<std::uint16_t>(value * 32768 / 255);
     else
@@ -57,8 +57,8 @@ void setChannel(World& world, std::size_t at, int value) {
 }
 
 // Smooth in places and rough in others; opaque on the left, fading out to the right.
-World picture(int channelBytes, int seed) {
-    World world = makeWorld(width, height, channelBytes);
+World picture(int componentBytes, int seed) {
+    World world = makeWorld(width, height, componentBytes);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             for (int k = 0; k < 4; ++k) {
@@ -110,12 +110,12 @@ void start(Effect& effect, const fs::path& file, const std::string& blocks) {
 
 void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
                const std::string& blocks) {
-    for (const int channelBytes : {1, 2, 4}) {
+    for (const int componentBytes : {1, 2, 4}) {
         Project& project = Host::current().project;
-        project.channelBytes = channelBytes;
+        project.componentBytes = componentBytes;
         Composition& comp = project.addComposition("comp", width, height);
-        Layer& other = comp.addLayer("other", makeFootage("other", picture(channelBytes, 1)));
-        Layer& layer = comp.addLayer("layer", makeFootage("picture", picture(channelBytes, 0)));
+        Layer& other = comp.addLayer("other", makeFootage("other", picture(componentBytes, 1)));
+        Layer& layer = comp.addLayer("layer", makeFootage("picture", picture(componentBytes, 0)));
         Effect& effect = addEffect(plugin, layer);
         start(effect, file, blocks);
         if (effect.title() == "TVM:(Invalid PB)")
@@ -129,7 +129,7 @@ void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
             throw std::runtime_error(file.string() + ": error " + std::to_string(result.error));
         const std::vector<std::byte> pixels = pixelsOf(result.output);
         const std::string name = (out / file.filename()).string();
-        writeFile(name + "." + std::to_string(8 * channelBytes), pixels.data(), pixels.size());
+        writeFile(name + "." + std::to_string(8 * componentBytes), pixels.data(), pixels.size());
         const std::vector<std::byte> block = effect.save();
         writeFile(name + ".block", block.data(), block.size());
         const std::vector<AEGP_StreamVal2> values = valuesOf(effect);

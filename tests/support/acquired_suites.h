@@ -2,7 +2,7 @@
 // tables of the suites themselves.
 #pragma once
 
-#include "hostkit/suites.h"
+#include "hostkit/suites/basic_suite.h"
 
 class AcquiredSuites {
 public:

@@ -35,7 +35,7 @@ std::size_t offset(const hostkit::World& world, int x, int y) {
 } // namespace
 
 Pixel pixelAt(const hostkit::World& world, int x, int y) {
-    const auto bytes = static_cast<std::size_t>(world.channelBytes);
+    const auto bytes = static_cast<std::size_t>(world.componentBytes);
     Pixel pixel{};
     for (std::size_t k = 0; k < 4; ++k) {
         const std::byte* channel = &world.data.at(offset(world, x, y)) + channelPlaces[k] * bytes;
@@ -48,7 +48,7 @@ Pixel pixelAt(const hostkit::World& world, int x, int y) {
 }
 
 void setPixel(hostkit::World& world, int x, int y, const Pixel& pixel) {
-    const auto bytes = static_cast<std::size_t>(world.channelBytes);
+    const auto bytes = static_cast<std::size_t>(world.componentBytes);
     for (std::size_t k = 0; k < 4; ++k) {
         const auto whole =
             static_cast<std::uint16_t>(bytes == 4 ? 0 : std::lround(pixel[k] * white(bytes)));

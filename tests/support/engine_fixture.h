@@ -11,7 +11,7 @@
 #include "engine/image_node.h"
 #include "engine/pb_graph.h"
 #include "gpu/device.h"
-#include "hostkit/project.h"
+#include "hostkit/project/project.h"
 #include "tests/support/running_command.h"
 
 using Pixel = std::array<float, 4>; // red, green, blue, alpha; 1.0 is white at every depth

@@ -4,8 +4,8 @@
 
 #include <fstream>
 
-#include "hostkit/ledger.h"
-#include "hostkit/memory.h"
+#include "hostkit/calls/ledger.h"
+#include "hostkit/services/memory.h"
 
 using namespace hostkit;
 
@@ -36,9 +36,9 @@ std::string ModuleTest::write(const std::string& name, const std::string& bytes)
     return textOf(path);
 }
 
-Layer& ModuleTest::addPicture(int width, int height, int channelBytes) {
-    host.project.channelBytes = channelBytes;
-    World pixels = makeWorld(width, height, channelBytes, paddingPixels);
+Layer& ModuleTest::addPicture(int width, int height, int componentBytes) {
+    host.project.componentBytes = componentBytes;
+    World pixels = makeWorld(width, height, componentBytes, paddingPixels);
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             setPixel(pixels, x, y, testPattern(static_cast<unsigned>(x), static_cast<unsigned>(y)));

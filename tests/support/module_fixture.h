@@ -1,7 +1,7 @@
 // A test of the effect's module as a host loads it: by its file, through its one function.
 //
 // There is a host with one composition of 4 by 4 pixels, and global setup is over when the test
-// begins. When it has ended and the plug-in is gone, everything that the host lent must be back,
+// begins. When it has ended and the plug-in is gone, everything that was acquired must be released,
 // and the host must have seen no misuse; otherwise the test fails.
 #pragma once
 
@@ -11,9 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include "hostkit/effect.h"
+#include "hostkit/effect/effect.h"
 #include "hostkit/host.h"
-#include "hostkit/plugin.h"
+#include "hostkit/module/plugin.h"
 #include "tests/support/engine_fixture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -27,7 +27,7 @@ protected:
     std::string write(const std::string& name, const std::string& bytes);
 
     // A layer with a picture of this depth, painted with testPattern; the project renders at it.
-    hostkit::Layer& addPicture(int width = 4, int height = 4, int channelBytes = 1);
+    hostkit::Layer& addPicture(int width = 4, int height = 4, int componentBytes = 1);
 
     // A new effect on top of the layer, to which no command was sent yet.
     hostkit::Effect& addEffect(hostkit::Layer& layer);

@@ -1,6 +1,6 @@
 #include "tests/support/running_command.h"
 
-#include "hostkit/ledger.h"
+#include "hostkit/calls/ledger.h"
 
 RunningCommand::RunningCommand() : handlesBefore_(hostkit::memory::liveHandles()) {
     host.registeredPlugins.assign(pluginId, "test");

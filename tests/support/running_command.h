@@ -14,7 +14,7 @@
 
 #include "command/command_scope.h"
 #include "hostkit/host.h"
-#include "hostkit/memory.h"
+#include "hostkit/services/memory.h"
 
 class RunningCommand : public testing::Test {
 protected:

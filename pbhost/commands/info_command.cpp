@@ -1,0 +1,77 @@
+#include "pbhost/commands/info_command.h"
+
+#include <iostream>
+
+#include "pbhost/files/printable.h"
+#include "pbhost/process/failure.h"
+#include "pbhost/session/scene.h"
+#include "support/outcome_texts.h"
+
+namespace pbhost {
+
+namespace {
+
+// Keeps the effect's own words for the program's output; all other dialogs go to the person.
+class Listener {
+public:
+    explicit Listener(Session& owner) : session_(owner) {
+        session_.host.scripts.person = [this](const hostkit::Question& question) {
+            const bool isAlert = question.kind == hostkit::Question::Kind::Alert;
+            if (!isAlert || question.title != informationTitle)
+                return session_.dialogs.answer(question);
+            text = question.message;
+            return std::optional<std::string>();
+        };
+    }
+    ~Listener() { session_.host.scripts.person = nullptr; }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    std::string text;
+
+private:
+    Session& session_;
+};
+
+bool wasAsked(const Session& session, const char* title) {
+    for (const hostkit::Question& question : session.host.scripts.asked())
+        if (question.title == title)
+            return true;
+    return false;
+}
+
+} // namespace
+
+void info(Session& session, const InfoRequest& request, std::string& text) {
+    Scene scene(session, transparentSource(16, 16, Depth::Bits8));
+    scene.apply(request.file);
+    Listener listener(session);
+    if (!request.exportFolder.empty())
+        session.dialogs.prepare({"yes", request.exportFolder});
+    session.require(scene.effect.doDialog());
+    if (wasAsked(session, exportFailedTitle))
+        throw Failure(ExitCode::RenderFailed,
+                      request.exportFolder + ": the error log could not be written there");
+    text = listener.text + "\n";
+    if (request.exportFolder.empty()) {
+        scene.checkPrograms();
+        scene.checkWiring(request.isStrict);
+        return;
+    }
+    for (const std::string& message : scene.messages)
+        if (!message.empty())
+            std::cerr << printable(message) << "\n";
+    if (!wasAsked(session, exportedTitle))
+        std::cerr << "pbhost: note: there is no error log\n";
+    scene.checkWiring(request.isStrict);
+}
+
+std::string about(Session& session) {
+    session.require(session.plugin->about());
+    std::string text;
+    for (const std::string& line : session.takeMessages())
+        text.append(line).append("\n");
+    return text;
+}
+
+} // namespace pbhost

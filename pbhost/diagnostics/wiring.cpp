@@ -1,0 +1,254 @@
+#include "pbhost/diagnostics/wiring.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+#include "engine/glsl_generator.h"
+
+namespace pbhost {
+
+namespace {
+
+using Names = std::vector<std::string_view>;
+
+constexpr std::size_t mostNames = 6; // in one message
+constexpr std::size_t mostMessages = 20;
+
+std::string quoted(std::string_view name) {
+    return "\"" + std::string(name) + "\"";
+}
+
+// How many characters must be put in, taken out or exchanged.
+std::size_t editDistance(std::string_view from, std::string_view to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+Names namesOf(const auto& named) {
+    Names names;
+    for (const auto& each : named)
+        names.push_back(nameText(each.name));
+    return names;
+}
+
+// The nodes and the sources of their inputs, resolved as the engine does it.
+class Wiring {
+public:
+    explicit Wiring(const pbGraphInfo& graph) : graph_(graph) {
+        for (const pbVariable& image : graph.inputs)
+            byName_.emplace(nameText(image.name), std::nullopt);
+        for (const pbgNodeInfo& node : graph.nodes)
+            addNode(node);
+        const pbConnection* output = nullptr; // the last one decides
+        for (const pbConnection& connection : graph.connections)
+            if (connection.kind == ToOutputImage)
+                output = &connection;
+            else
+                connect(connection);
+        addUnfedInputs();
+        if (output != nullptr)
+            addOutput(*output);
+        addCycles(found.warnings);
+    }
+
+    WiringFaults found;
+
+private:
+    enum class Feed { Nothing, Broken, Image, Node };
+
+    struct Input {
+        Feed feed = Feed::Nothing;
+        std::size_t node = 0; // with Feed::Node
+    };
+
+    struct Node {
+        enum State { New, Open, Closed };
+
+        std::string_view id;
+        const pbKernelInfo* kernel;
+        std::vector<Input> inputs; // as the kernel's; none without a kernel
+        State state = New;         // of the search for cycles
+    };
+
+    // A file may be full of faults; the texts are made for those that are shown alone.
+    static void tell(std::vector<std::string>& list, const auto& makeText) {
+        if (list.size() < mostMessages)
+            list.push_back(makeText());
+        else if (list.size() == mostMessages)
+            list.emplace_back("and more of the kind");
+    }
+
+    void addNode(const pbgNodeInfo& node) {
+        const std::string_view id = nameText(node.id), name = nameText(node.name);
+        const pbKernelInfo* kernel = kernelOfNode(graph_, node);
+        byName_.emplace(id, nodes_.size());
+        nodes_.push_back({id, kernel, {}});
+        if (kernel != nullptr) {
+            nodes_.back().inputs.resize(kernel->inputs.size());
+            return;
+        }
+        tell(found.errors, [&] {
+            return "node " + quoted(id) + ": the graph has no kernel " + quoted(name) + "; " +
+                   namesLike(name, namesOf(graph_.kernels));
+        });
+    }
+
+    void connect(const pbConnection& connection) {
+        const std::string_view id = nameText(connection.to), input = nameText(connection.toInput);
+        const auto warn = [&](const auto& makeReason) {
+            tell(found.warnings, [&] {
+                return "the connection from " + quoted(nameText(connection.from)) + " to input " +
+                       quoted(input) + " of node " + quoted(id) + " leads nowhere: " + makeReason();
+            });
+        };
+        const auto target = byName_.find(id);
+        if (target == byName_.end() || !target->second)
+            return warn([&] {
+                return (target == byName_.end() ? "there is no such node; "
+                                                : "that is an input image; ") +
+                       namesLike(id, nodeIds());
+            });
+        Node& node = nodes_[*target->second];
+        if (node.kernel == nullptr)
+            return; // that is said of the node
+        const Names inputs = namesOf(node.kernel->inputs);
+        const auto place = std::find(inputs.begin(), inputs.end(), input);
+        if (place == inputs.end())
+            return warn([&] {
+                return "kernel " + quoted(nameText(node.kernel->name)) + " has no such input; " +
+                       namesLike(input, inputs);
+            });
+        Input& fed = node.inputs[static_cast<std::size_t>(place - inputs.begin())];
+        const auto source = byName_.find(nameText(connection.from));
+        if (source != byName_.end()) {
+            fed = {source->second ? Feed::Node : Feed::Image, source->second.value_or(0)};
+            return;
+        }
+        warn([&] {
+            return "it comes from no node or input image; " + sourcesLike(connection.from);
+        });
+        if (fed.feed == Feed::Nothing)
+            fed.feed = Feed::Broken;
+    }
+
+    void addUnfedInputs() {
+        for (const Node& node : nodes_)
+            for (std::size_t i = 0; i < node.inputs.size(); ++i)
+                if (node.inputs[i].feed == Feed::Nothing)
+                    tell(found.warnings, [&] {
+                        const pbName& input = node.kernel->inputs[i].name;
+                        return "nothing feeds input " + quoted(nameText(input)) + " of node " +
+                               quoted(node.id) + " (kernel " + quoted(nameText(node.kernel->name)) +
+                               "), so it is transparent; to feed it " + sourcesLike(input, node.id);
+                    });
+    }
+
+    void addOutput(const pbConnection& connection) {
+        const auto source = byName_.find(nameText(connection.from));
+        if (source == byName_.end())
+            tell(found.errors, [&] {
+                return "the output image is fed from " + quoted(nameText(connection.from)) +
+                       ", which is neither a node nor an input image; " +
+                       sourcesLike(connection.from);
+            });
+        else if (source->second)
+            searchFrom(*source->second, found.errors);
+    }
+
+    Names nodeIds() const {
+        Names ids;
+        for (const Node& node : nodes_)
+            ids.push_back(node.id);
+        return ids;
+    }
+
+    // What can feed an input of that node, or the output.
+    std::string sourcesLike(const pbName& wanted, std::string_view ownId = {}) const {
+        Names names = namesOf(graph_.inputs);
+        for (const Node& node : nodes_)
+            if (ownId.empty() || node.id != ownId)
+                names.push_back(node.id);
+        return namesLike(nameText(wanted), std::move(names));
+    }
+
+    // Those that are left when the output has been followed.
+    void addCycles(std::vector<std::string>& messages) {
+        for (std::size_t i = 0; i < nodes_.size(); ++i)
+            if (nodes_[i].state == Node::New)
+                searchFrom(i, messages);
+    }
+
+    // Depth first, towards the sources; an open node that is met again closes a cycle. Without
+    // recursion, since a file may hold a chain of any length.
+    void searchFrom(std::size_t start, std::vector<std::string>& messages) {
+        std::vector<std::pair<std::size_t, std::size_t>> path = {{start, 0}}; // node, next input
+        nodes_[start].state = Node::Open;
+        while (!path.empty()) {
+            Node& node = nodes_[path.back().first];
+            if (path.back().second == node.inputs.size()) {
+                node.state = Node::Closed;
+                path.pop_back();
+                continue;
+            }
+            const Input& input = node.inputs[path.back().second++];
+            if (input.feed != Feed::Node)
+                continue;
+            Node& source = nodes_[input.node];
+            if (source.state == Node::Open)
+                tell(messages, [&] { return cycleText(path, input.node); });
+            if (source.state != Node::New)
+                continue;
+            source.state = Node::Open;
+            path.emplace_back(input.node, 0);
+        }
+    }
+
+    // In the order in which the nodes feed one another, which is the path's backwards.
+    std::string cycleText(const std::vector<std::pair<std::size_t, std::size_t>>& path,
+                          std::size_t first) const {
+        std::string text = "these nodes feed one another in a cycle: " + quoted(nodes_[first].id);
+        for (auto step = path.rbegin(); step->first != first; ++step)
+            text += " -> " + quoted(nodes_[step->first].id);
+        return text + " -> " + quoted(nodes_[first].id);
+    }
+
+    const pbGraphInfo& graph_;
+    std::vector<Node> nodes_; // in the order of the graph's
+    // What a connection can name: a node's index, nothing for an image. The first of a name counts,
+    // and images go before nodes.
+    std::unordered_map<std::string_view, std::optional<std::size_t>> byName_;
+};
+
+} // namespace
+
+std::string namesLike(std::string_view wanted, std::vector<std::string_view> known) {
+    if (known.empty())
+        return "there are none";
+    std::vector<std::pair<std::size_t, std::string_view>> byDistance;
+    for (const std::string_view name : known)
+        byDistance.emplace_back(editDistance(wanted, name), name);
+    std::stable_sort(byDistance.begin(), byDistance.end(),
+                     [](const auto& one, const auto& other) { return one.first < other.first; });
+    std::string text = known.size() == 1 ? "there is " : "there are ";
+    for (std::size_t i = 0; i < std::min(known.size(), mostNames); ++i)
+        text += (i == 0 ? "" : ", ") + quoted(byDistance[i].second);
+    return text + (known.size() > mostNames ? " and others" : "");
+}
+
+WiringFaults checkWiring(const pbGraphInfo& graph) {
+    return Wiring(graph).found;
+}
+
+} // namespace pbhost

@@ -1,0 +1,65 @@
+#include "pbhost/files/effect_file.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "pbhost/files/printable.h"
+#include "pbhost/files/read_file.h"
+#include "pbhost/process/failure.h"
+#include "pixelbender/graph_reader.h"
+#include "pixelbender/pbk_parser.h"
+
+namespace pbhost {
+
+namespace {
+
+std::string lowerEnding(const std::string& path) {
+    std::string ending = path.substr(path.size() - std::min<std::size_t>(path.size(), 4));
+    for (char& c : ending)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ending;
+}
+
+Failure unreadable(const std::string& path, const std::string& reason) {
+    return {ExitCode::BadKernel, path + ": cannot be read: " + reason};
+}
+
+std::string readWhole(const std::string& path) {
+    std::error_code ignored;
+    // A pipe would hold up whoever opens it, the effect among them.
+    if (std::filesystem::is_other(path, ignored))
+        throw unreadable(path, "it is not a regular file");
+    return readWholeFile(path, ExitCode::BadKernel);
+}
+
+} // namespace
+
+bool namesEffectFile(const std::string& path) {
+    const std::string ending = lowerEnding(path);
+    return ending == ".pbk" || ending == ".pbg";
+}
+
+bool isGraphFile(const std::string& path) {
+    if (!namesEffectFile(path))
+        throw Failure(ExitCode::BadKernel,
+                      path + ": neither a kernel (.pbk) nor a graph (.pbg) by its name");
+    return lowerEnding(path) == ".pbg";
+}
+
+void requireReadable(const std::string& path) {
+    isGraphFile(path);
+    if (!isUtf8(std::filesystem::absolute(path).string()))
+        throw unreadable(path, "the name is not UTF-8");
+    readWhole(path);
+}
+
+EffectFile::EffectFile(hostkit::Host& host, const std::string& path)
+    : isGraph(isGraphFile(path)), command_(0, 0, host.inData()) {
+    if (isGraph)
+        readGraphText(readWhole(path), graph);
+    else
+        PBKParser(readWhole(path), kernel).parseKernel();
+}
+
+} // namespace pbhost

@@ -1,0 +1,106 @@
+#include "pbhost/process/child_process.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "pbhost/process/failure.h"
+#include "pbhost/process/temporary_files.h"
+
+namespace pbhost {
+
+namespace {
+
+constexpr int signalledCode = 128; // and the signal's number, as shells have it
+constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP}; // end a program at somebody's wish
+
+// Whatever thread a library has started may be the one that hears a signal.
+std::atomic<int> caughtSignal = 0;
+std::atomic<pid_t> worker = 0;
+
+void endWorker(int number) {
+    caughtSignal = number;
+    if (worker != 0)
+        kill(worker, SIGKILL);
+}
+
+// Those that are to be ignored stay so.
+void catchInterrupts() {
+    for (const int number : interrupts) {
+        struct sigaction action {};
+        sigaction(number, nullptr, &action);
+        if (action.sa_handler != SIG_IGN)
+            std::signal(number, endWorker);
+    }
+    std::signal(SIGCHLD, SIG_DFL); // ignored, it would take the child's answer away
+}
+
+bool isCaught(int number) {
+    struct sigaction action {};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler == endWorker;
+}
+
+// Of a child that a signal has ended.
+int codeOfSignal(int number, const std::string& subject) {
+    const std::string who = "the process that did the work";
+    const std::string over = subject.empty() ? "" : " over " + subject;
+    switch (number) {
+    case SIGINT: // the terminal sends these to both
+    case SIGTERM:
+    case SIGHUP:
+    case SIGPIPE: // whoever reads the output has had enough
+        return signalledCode + number;
+    case SIGKILL:
+        throw Failure(ExitCode::Crashed, who + over + " was killed; nothing was written");
+    default:
+        throw Failure(ExitCode::Crashed, who + " crashed (" + strsignal(number) +
+                                             "), most likely in the OpenGL driver" + over +
+                                             "; nothing was written");
+    }
+}
+
+[[noreturn]] void becomeWorker(pid_t parent, const std::function<int()>& work) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) // it is gone already
+        _exit(static_cast<int>(ExitCode::Crashed));
+    for (const int number : interrupts)
+        if (isCaught(number))
+            std::signal(number, SIG_DFL);
+    const int code = exitCodeOf(work);
+    std::fflush(nullptr);
+    _exit(code);
+}
+
+} // namespace
+
+int runInChild(const std::function<int()>& work, const std::string& subject,
+               const std::vector<std::filesystem::path>& folders) {
+    catchInterrupts();
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child < 0)
+        throw Failure(ExitCode::RenderFailed,
+                      std::string("no process can be started: ") + std::strerror(errno));
+    if (child == 0)
+        becomeWorker(parent, work);
+    worker = child;
+    if (caughtSignal != 0)
+        kill(child, SIGKILL);
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    worker = 0;
+    removeTemporaries(folders, child);
+    if (caughtSignal != 0)
+        return signalledCode + caughtSignal;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : codeOfSignal(WTERMSIG(status), subject);
+}
+
+} // namespace pbhost

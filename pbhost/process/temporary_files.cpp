@@ -1,0 +1,154 @@
+#include "pbhost/process/temporary_files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+
+#include "hostkit/services/complete_file.h"
+#include "pbhost/process/failure.h"
+
+namespace pbhost {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string prefixOf(pid_t process) {
+    return ".pbhost-" + std::to_string(process) + "-";
+}
+
+// So that nobody can put a file of his own in the way.
+std::string randomDigits() {
+    std::array<char, 8> digits{};
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), std::random_device()(), 16);
+    return {digits.data(), end.ptr};
+}
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+void removeFrom(const fs::path& folder, const std::string& prefix) {
+    std::error_code ignored;
+    for (fs::directory_iterator entry(folder, ignored), end; entry != end;
+         entry.increment(ignored)) {
+        if (entry->path().filename().string().starts_with(prefix))
+            fs::remove_all(entry->path(), ignored);
+    }
+}
+
+const char* kindName(fs::file_type type) {
+    return type == fs::file_type::character || type == fs::file_type::block ? "a device"
+           : type == fs::file_type::fifo                                    ? "a pipe"
+           : type == fs::file_type::socket                                  ? "a socket"
+                                                                            : "something else";
+}
+
+// /dev/stdout and its like: links into /proc, wherever that leads.
+bool isOpenFile(fs::path path) {
+    constexpr int mostLinks = 40; // as the system has it
+    std::error_code ignored;
+    for (int i = 0; i < mostLinks; ++i) {
+        const fs::path folder = fs::weakly_canonical(folderOf(path), ignored);
+        if (folder.string().starts_with("/proc/"))
+            return true;
+        if (!fs::is_symlink(path, ignored))
+            return false;
+        path = folder / fs::read_symlink(path, ignored);
+    }
+    return false;
+}
+
+} // namespace
+
+fs::path folderOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+fs::path placeOf(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_symlink(path, ignored) ? fs::weakly_canonical(path, ignored) : path;
+}
+
+std::string obstacleAt(const fs::path& target) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(target, ignored);
+    if (isOpenFile(target))
+        return "it is what a process has open, and no file of its own";
+    if (fs::is_directory(status))
+        return "it is a folder";
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        return std::string("it is ") + kindName(status.type()) + ", and no regular file";
+    if (fs::is_symlink(target, ignored) && !fs::exists(status))
+        return "it is a link that leads to no file";
+    const fs::path folder = folderOf(placeOf(target));
+    if (!fs::is_directory(folder, ignored))
+        return "there is no folder '" + folder.string() + "'";
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        return "no permission to write into '" + folder.string() + "'";
+    if (const std::error_code error = TemporaryFile(target).create())
+        return "no file can be made in '" + folder.string() + "': " + error.message();
+    return "";
+}
+
+TemporaryFile::TemporaryFile(const fs::path& target)
+    : path(folderOf(placeOf(target)) /
+           (prefixOf(::getpid()) + randomDigits() + target.extension().string())),
+      place_(placeOf(target)) {}
+
+TemporaryFile::~TemporaryFile() {
+    std::error_code ignored;
+    fs::remove(path, ignored);
+}
+
+std::error_code TemporaryFile::create() const {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0)
+        return lastError();
+    ::close(file);
+    return {};
+}
+
+std::error_code TemporaryFile::moveToPlace() const {
+    return hostkit::moveToPlace(path, place_);
+}
+
+void writeTextFile(const fs::path& target, const std::string& text) {
+    const TemporaryFile temporary(target);
+    std::error_code error = temporary.create();
+    if (!error)
+        error = hostkit::writeWhole(temporary.path, text);
+    if (!error)
+        error = temporary.moveToPlace();
+    if (error)
+        throw Failure(ExitCode::RenderFailed,
+                      "cannot write '" + target.string() + "': " + error.message());
+}
+
+TemporaryFolder::TemporaryFolder()
+    : path((fs::temp_directory_path() / (prefixOf(::getpid()) + "XXXXXX")).string()) {
+    if (::mkdtemp(path.data()) == nullptr)
+        throw Failure(ExitCode::RenderFailed,
+                      path + ": no temporary folder can be made: " + std::strerror(errno));
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(path, ignored);
+}
+
+void removeTemporaries(const std::vector<fs::path>& folders, pid_t process) {
+    std::error_code ignored;
+    removeFrom(fs::temp_directory_path(ignored), prefixOf(process));
+    for (const fs::path& folder : folders)
+        removeFrom(folder, prefixOf(process));
+}
+
+} // namespace pbhost

@@ -1,0 +1,199 @@
+#include "pbhost/session/project_file.h"
+
+#include <cmath>
+#include <stdexcept>
+
+#include "pbhost/files/read_file.h"
+#include "pbhost/process/failure.h"
+#include "pbhost/process/temporary_files.h"
+#include "pbhost/session/control_list.h"
+
+namespace pbhost {
+
+namespace {
+
+using hostkit::ControlKind;
+using nlohmann::ordered_json;
+
+constexpr int version = 1;
+constexpr char notAProject[] = ": no project that can be read: ";
+
+std::string toHex(const std::vector<std::byte>& bytes) {
+    constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (const std::byte byte : bytes) {
+        text += digits[std::to_integer<unsigned>(byte >> 4)];
+        text += digits[std::to_integer<unsigned>(byte & std::byte{15})];
+    }
+    return text;
+}
+
+unsigned digitOf(char digit) {
+    const std::size_t value = std::string_view("0123456789abcdef").find(digit);
+    if (value == std::string_view::npos)
+        throw std::invalid_argument("\"data\" is not made of hexadecimal digits");
+    return static_cast<unsigned>(value);
+}
+
+std::vector<std::byte> fromHex(const std::string& text) {
+    if (text.size() % 2 != 0)
+        throw std::invalid_argument("\"data\" has an odd number of digits");
+    std::vector<std::byte> bytes;
+    for (std::size_t i = 0; i < text.size(); i += 2)
+        bytes.push_back(std::byte(digitOf(text[i]) * 16 + digitOf(text[i + 1])));
+    return bytes;
+}
+
+ProjectFile parse(const ordered_json& json) {
+    if (json.at("version") != version)
+        throw std::invalid_argument("version " + json.at("version").dump() + " is unknown");
+    ProjectFile project;
+    const auto depth = depthOfBits(json.at("depth").get<int>());
+    if (!depth)
+        throw std::invalid_argument("\"depth\" is neither 8, 16 nor 32");
+    project.depth = *depth;
+    project.seconds = json.at("time").get<double>();
+    if (!isTime(project.seconds))
+        throw std::invalid_argument("\"time\" is no time: " + json.at("time").dump());
+    const ordered_json& layer = json.at("layer");
+    if (layer.contains("picture")) {
+        project.picture = layer.at("picture").get<std::string>();
+    } else {
+        project.width = layer.at("width").get<unsigned>();
+        project.height = layer.at("height").get<unsigned>();
+    }
+    project.flatBlock = fromHex(json.at("effect").at("data").get<std::string>());
+    project.controls = json.at("effect").at("controls");
+    return project;
+}
+
+// A stream's value as the project has it, and back. In full, so that a picture comes out the same.
+ordered_json storedValue(const Scene& scene, const ControlKind& kind,
+                         const hostkit::StreamValue& held) {
+    if (kind.numbers == 1)
+        return held.value.one_d;
+    if (kind.numbers > 1)
+        return hostkit::numbersOf(kind, held.value);
+    const std::string file = scene.fileOf(held.value.layer_id);
+    return file.empty() ? ordered_json() : ordered_json(file);
+}
+
+hostkit::StreamValue heldValue(Scene& scene, const ControlKind& kind, const ordered_json& stored) {
+    hostkit::StreamValue held;
+    if (kind.numbers > 0) {
+        std::vector<double> numbers(kind.numbers);
+        for (std::size_t k = 0; k < kind.numbers; ++k) {
+            const std::size_t at = kind.order[k];
+            numbers[at] = (kind.numbers == 1 ? stored : stored.at(at)).get<double>();
+        }
+        held.value = hostkit::valueOf(kind, numbers);
+    } else if (!stored.is_null()) {
+        const int bytes = scene.effect.componentBytes();
+        held.value.layer_id =
+            scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
+    }
+    return held;
+}
+
+// As for --set, but a default fits.
+void requireFit(const Scene& scene, std::size_t index, const ordered_json& number) {
+    const PF_ParamDef& definition = scene.effect.definitions[index];
+    const std::string fault = faultOfNumber(definition, number.get<double>());
+    if (!fault.empty() && !mayBeDefault(definition, number.get<double>(), scene.layer))
+        throw std::invalid_argument("control " + std::to_string(index) + ", " +
+                                    nameOf(scene.effect, index) + ": " + number.dump() + " " +
+                                    fault);
+}
+
+hostkit::StreamValue fittingValue(Scene& scene, std::size_t index, const ordered_json& stored) {
+    const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
+    const hostkit::StreamValue value = heldValue(scene, kind, stored);
+    if (kind.numbers > 0)
+        for (const ordered_json& number :
+             stored.is_array() ? stored : ordered_json::array({stored}))
+            requireFit(scene, index, number);
+    return value;
+}
+
+const char* interpolationName(AEGP_KeyframeInterpolationType type) {
+    return type == AEGP_KeyInterp_HOLD ? "hold" : "linear";
+}
+
+AEGP_KeyframeInterpolationType interpolationOf(const ordered_json& json, const char* side) {
+    return json.value(side, "linear") == "hold" ? AEGP_KeyInterp_HOLD : AEGP_KeyInterp_LINEAR;
+}
+
+ordered_json storedControl(Scene& scene, std::size_t index) {
+    const hostkit::Stream& stream = scene.effect.control(index);
+    const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
+    ordered_json json = {{"index", index},
+                         {"name", nameOf(scene.effect, index)},
+                         {"kind", kind.name},
+                         {"value", storedValue(scene, kind, stream.constant)}};
+    for (const hostkit::Keyframe& keyframe : stream.keyframes)
+        json["keyframes"].push_back({{"time", keyframe.seconds},
+                                     {"value", storedValue(scene, kind, keyframe.value)},
+                                     {"in", interpolationName(keyframe.in)},
+                                     {"out", interpolationName(keyframe.out)}});
+    return json;
+}
+
+void fillControl(Scene& scene, const ordered_json& stored) {
+    const auto index = stored.at("index").get<std::size_t>();
+    if (index == 0 || index >= scene.effect.definitions.size())
+        throw std::invalid_argument("there is no control " + std::to_string(index));
+    const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
+    if (stored.at("kind") != kind.name)
+        throw std::invalid_argument("control " + std::to_string(index) + " is a " + kind.name);
+    hostkit::Stream& stream = scene.effect.control(index);
+    stream.keyframes.clear();
+    stream.set(fittingValue(scene, index, stored.at("value")), 0);
+    for (const ordered_json& each : stored.value("keyframes", ordered_json::array())) {
+        const auto seconds = each.at("time").get<double>();
+        if (!isTime(std::abs(seconds))) // of the layer, which may begin later
+            throw std::invalid_argument("control " + std::to_string(index) +
+                                        ": a keyframe's \"time\" is no time");
+        const std::size_t at = stream.addKeyframe(seconds);
+        stream.setKeyframe(at, fittingValue(scene, index, each.at("value")));
+        stream.keyframes[at].in = interpolationOf(each, "in");
+        stream.keyframes[at].out = interpolationOf(each, "out");
+    }
+}
+
+ordered_json layerAsJson(const hostkit::Footage& source) {
+    if (source.name.empty())
+        return {{"width", source.width}, {"height", source.height}};
+    return {{"picture", source.name}};
+}
+
+} // namespace
+
+ProjectFile readProject(const std::string& path) {
+    const std::string text = readWholeFile(path, ExitCode::Usage);
+    return orFail(ExitCode::Usage, path + notAProject,
+                  [&] { return parse(ordered_json::parse(text)); });
+}
+
+void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {
+    orFail(ExitCode::Usage, path + notAProject, [&] {
+        for (const ordered_json& stored : project.controls)
+            fillControl(scene, stored);
+    });
+}
+
+void writeProject(const std::string& path, Scene& scene, double seconds) {
+    ordered_json controls = ordered_json::array();
+    for (const std::size_t index : listedControls(scene.effect))
+        controls.push_back(storedControl(scene, index));
+    const ordered_json json = {{"version", version},
+                               {"depth", scene.effect.componentBytes() * 8},
+                               {"time", seconds},
+                               {"layer", layerAsJson(*scene.layer.source)},
+                               {"effect",
+                                {{"title", scene.effect.title()},
+                                 {"data", toHex(scene.effect.save())},
+                                 {"controls", controls}}}};
+    writeTextFile(path, jsonText(json));
+}
+
+} // namespace pbhost
