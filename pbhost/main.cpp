@@ -124,7 +124,7 @@ void addRender(CLI::App& app, Job& job) {
             job.folders.push_back(pbhost::folderOf(pbhost::placeOf(file)));
         job.subject = request->file.empty() ? request->project : request->file;
         job.work = [request, options] {
-            pbhost::checkOutputs(*request);
+            pbhost::checkOutputPlaces(*request);
             const pbhost::QuietOutput quiet(options->isVerbose); // for what reads ahead, too
             std::future<pbhost::LayerSource> ahead = pbhost::readAhead(*request);
             pbhost::Session session(*options);

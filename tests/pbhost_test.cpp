@@ -427,7 +427,7 @@ TEST_F(Pbhost, ShowsTextsAndModels) {
     fs::copy(PBHOST_PATH, "alone");
     EXPECT_EQ(run("--version", "", "./alone").out, "pbhost " PBHOST_VERSION "\n");
     run("model copy.pbk", "", "./alone").expectSuccess();
-    run("render copy.pbk -o old.png", "", "./alone")
+    run("render copy.pbk -o old.png --module '" TVM_MODULE_PATH "'", "", "./alone")
         .expectFailure(1, {"libpbhost_pictures.so: the picture library is missing"});
     const std::string text = run("translate " + tint + " --stage fragment --order 9").out;
     EXPECT_NE(text.find("parameter float3 shadows;"), std::string::npos) << text;

@@ -246,11 +246,10 @@ void load(Scene& scene, const Plan& plan) {
 
 } // namespace
 
-void checkOutputs(const RenderRequest& request) {
-    requireWritable(request.output);
-    const std::string obstacle = request.save.empty() ? "" : obstacleAt(request.save);
-    if (!obstacle.empty())
-        throw Failure(ExitCode::RenderFailed, "cannot write '" + request.save + "': " + obstacle);
+void checkOutputPlaces(const RenderRequest& request) {
+    requirePlace(request.output);
+    if (!request.save.empty())
+        requirePlace(request.save);
 }
 
 std::future<LayerSource> readAhead(const RenderRequest& request) {
@@ -261,6 +260,7 @@ std::future<LayerSource> readAhead(const RenderRequest& request) {
 }
 
 void render(Session& session, const RenderRequest& request, std::future<LayerSource> ahead) {
+    requireFormat(request.output);
     const Plan plan(request);
     LayerSource source = plan.layerSource(std::move(ahead));
     const Depth depth = source.picture.depth;

@@ -27,9 +27,8 @@ struct RenderRequest {
     bool isStrict = false;             // about a graph's wiring
 };
 
-// Throws Failure (RenderFailed) for an output that cannot be written, so that the work need not be
-// done in vain.
-void checkOutputs(const RenderRequest& request);
+// Throws Failure (RenderFailed) for an output whose place cannot be written to, before any work.
+void checkOutputPlaces(const RenderRequest& request);
 
 // Starts to read the layer's picture on a thread of its own, so that the session can begin
 // meanwhile. Nothing, where there is none or a project is needed to tell which. The request must

@@ -157,18 +157,45 @@ void placePixels(ChannelOf, const typename ChannelOf::Type* source, const Select
     }
 }
 
-// Gives the reason of a failure, or an empty text.
+// Rows that are read or written at once: enough for the library's threads, few enough that the
+// memory for them is small beside the picture. A multiple of the rows that formats compress
+// together.
+constexpr int rowsAtOnce = 256;
+
+bool readRows(OIIO::ImageInput& input, const Selection& selection, const Window& rows,
+              OIIO::TypeDesc type, void* target) {
+    const int left = int(rows.x), right = int(rows.x + rows.width);
+    const int top = int(rows.y), bottom = int(rows.y + rows.height);
+    const OIIO::ImageSpec& spec = input.spec();
+    // Where nothing is converted, the library would still copy the rows of this format.
+    const bool isDirect = input.format_name() == std::string_view("openexr") &&
+                          spec.format == type && spec.channelformats.empty();
+    const int first = selection.first(), end = selection.end();
+    bool isRead = false;
+    if (spec.tile_width > 0)
+        isRead = input.read_tiles(0, 0, left, right, top, bottom, 0, 1, first, end, type, target);
+    else if (isDirect)
+        isRead = input.read_native_scanlines(0, 0, top, bottom, 0, first, end, target);
+    else
+        isRead = input.read_scanlines(0, 0, top, bottom, 0, first, end, type, target);
+    // Some readers fill in what is missing and only report an error.
+    return isRead && !input.has_error();
+}
+
+// Returns the reason of a failure, or an empty text.
 template<typename ChannelOf>
 std::string readPixels(ChannelOf channel, OIIO::ImageInput& input, const Selection& selection,
                        const Window& data, const Window& display, Picture& picture) {
+    const std::int64_t tile = std::max(input.spec().tile_height, 1);
+    const std::int64_t step = std::min((rowsAtOnce + tile - 1) / tile * tile, data.height);
     const auto source = std::make_unique_for_overwrite<typename ChannelOf::Type[]>(
-        std::size_t(data.width) * std::size_t(data.height) * std::size_t(selection.count()));
-    // Some readers fill up what is missing and only note it as an error.
-    if (!input.read_image(0, 0, selection.first(), selection.end(), bufferType(picture.depth),
-                          source.get()) ||
-        input.has_error())
-        return reasonOf(input.geterror());
-    placePixels(channel, source.get(), selection, data, display, picture);
+        std::size_t(data.width) * std::size_t(step) * std::size_t(selection.count()));
+    for (std::int64_t done = 0; done < data.height; done += step) {
+        const Window rows{data.x, data.y + done, data.width, std::min(step, data.height - done)};
+        if (!readRows(input, selection, rows, bufferType(picture.depth), source.get()))
+            return reasonOf(input.geterror());
+        placePixels(channel, source.get(), selection, rows, display, picture);
+    }
     return {};
 }
 
@@ -191,11 +218,13 @@ OIIO::TypeDesc fileType(Depth depth, std::string_view format) {
     return depth == Depth::Bits8 ? OIIO::TypeDesc::UINT8 : OIIO::TypeDesc::UINT16;
 }
 
+// The channels of the rows from `top` to before `bottom`, side by side as the file has them.
 template<typename ChannelOf>
-void takePixels(ChannelOf, const Picture& picture, unsigned channels, std::byte* target) {
+void takePixels(ChannelOf, const Picture& picture, unsigned top, unsigned bottom, unsigned channels,
+                std::byte* target) {
     using Type = typename ChannelOf::Type;
     constexpr std::array<unsigned, 4> hostIndex = {1, 2, 3, 0};
-    for (unsigned y = 0; y < picture.height; ++y) {
+    for (unsigned y = top; y < bottom; ++y) {
         const std::byte* from = picture.row(y);
         for (unsigned x = 0; x < picture.width; ++x, from += channelsPerPixel * sizeof(Type)) {
             // The rows may have any length, so a channel may lie at any address.
@@ -209,7 +238,23 @@ void takePixels(ChannelOf, const Picture& picture, unsigned channels, std::byte*
     }
 }
 
-// Gives the reason of a failure, or an empty text.
+bool writePixels(OIIO::ImageOutput& output, const Picture& picture, unsigned channels) {
+    const auto bytes = std::make_unique_for_overwrite<std::byte[]>(
+        std::size_t{picture.width} * std::min<std::size_t>(rowsAtOnce, picture.height) * channels *
+        componentBytesOf(picture.depth));
+    for (unsigned top = 0; top < picture.height; top += rowsAtOnce) {
+        const unsigned bottom = std::min(top + rowsAtOnce, picture.height);
+        withChannel(picture.depth, [&](auto channel) {
+            takePixels(channel, picture, top, bottom, channels, bytes.get());
+        });
+        if (!output.write_scanlines(int(top), int(bottom), 0, bufferType(picture.depth),
+                                    bytes.get()))
+            return false;
+    }
+    return true;
+}
+
+// Returns the reason of a failure, or an empty text.
 std::string encode(const std::string& name, OIIO::ImageOutput& output, const Picture& picture) {
     const unsigned channels = output.supports("alpha") ? 4 : 3;
     OIIO::ImageSpec spec(int(picture.width), int(picture.height), int(channels),
@@ -217,12 +262,8 @@ std::string encode(const std::string& name, OIIO::ImageOutput& output, const Pic
     spec.attribute("oiio:UnassociatedAlpha", 1);
     if (output.format_name() == std::string_view("webp"))
         spec.attribute("Compression", "lossless");
-    const auto bytes = std::make_unique_for_overwrite<std::byte[]>(
-        std::size_t{picture.width} * picture.height * channels * componentBytesOf(picture.depth));
-    withChannel(picture.depth,
-                [&](auto channel) { takePixels(channel, picture, channels, bytes.get()); });
     std::string reason;
-    if (!output.open(name, spec) || !output.write_image(bufferType(picture.depth), bytes.get()))
+    if (!output.open(name, spec) || !writePixels(output, picture, channels))
         reason = reasonOf(output.geterror());
     // Some formats write their pixels only when they are closed.
     if (!output.close()) {

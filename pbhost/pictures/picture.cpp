@@ -66,7 +66,7 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
 const PictureFormats& formats() {
     static const PictureFormats& opened = []() -> const PictureFormats& {
         const fs::path path = findPictureLibrary();
-        void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        void* library = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
         void* function = library == nullptr ? nullptr : ::dlsym(library, "pbhostPictureFormats");
         if (function == nullptr)
             throw Failure(ExitCode::RenderFailed,
@@ -92,9 +92,12 @@ Picture readPicture(const fs::path& path, std::optional<Depth> depth) {
     return picture;
 }
 
-void requireWritable(const fs::path& path) {
+void requirePlace(const fs::path& path) {
     if (const std::string obstacle = obstacleAt(path); !obstacle.empty())
         failWrite(path, obstacle);
+}
+
+void requireFormat(const fs::path& path) {
     const std::string extension = path.extension().string();
     if (!formats().canWrite(extension))
         failWrite(path, "no picture format is known for the extension '" + extension + "'");
@@ -102,7 +105,8 @@ void requireWritable(const fs::path& path) {
 
 void writePicture(const fs::path& path, const Picture& picture) {
     checkPicture(path, picture);
-    requireWritable(path);
+    requirePlace(path);
+    requireFormat(path);
     const TemporaryFile temporary(path);
     if (const std::error_code error = temporary.create())
         failWrite(path, error.message());

@@ -53,9 +53,10 @@ Picture makePicture(unsigned width, unsigned height, Depth depth);
 // Failure (BadPicture).
 Picture readPicture(const std::filesystem::path& path, std::optional<Depth> depth = std::nullopt);
 
-// Throws Failure (RenderFailed) when writePicture could not write there, whatever the picture: the
-// place, or an extension that names no format.
-void requireWritable(const std::filesystem::path& path);
+// Throw Failure (RenderFailed) when writePicture could not write any picture there: because of the
+// place, which needs no library of formats, or because no format has the extension.
+void requirePlace(const std::filesystem::path& path);
+void requireFormat(const std::filesystem::path& path);
 
 // Writes the format that the extension names, as near to the picture's depth as that format comes,
 // and without alpha where the format has none. The file appears under its name only when it is
