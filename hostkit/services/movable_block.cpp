@@ -2,9 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#define HAS_FEATURE(feature) __has_feature(feature) // how Clang tells it
+#else
+#define HAS_FEATURE(feature) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || HAS_FEATURE(address_sanitizer)
 #include <sanitizer/asan_interface.h>
 #else
 #define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
@@ -19,7 +25,8 @@ namespace {
 class OldPlaces {
 public:
     void keep(std::vector<std::byte> left) {
-        std::ranges::fill(left, leftoverByte);
+        if (!left.empty())
+            std::memset(left.data(), std::to_integer<int>(leftoverByte), left.size());
         ASAN_POISON_MEMORY_REGION(left.data(), left.size());
         std::vector<std::byte>& oldest = places_[next_];
         ASAN_UNPOISON_MEMORY_REGION(oldest.data(), oldest.size());
