@@ -31,12 +31,12 @@ namespace {
 
 constexpr A_long pluginId = 7;
 
-// A layer with an effect of one control, whose module is sent no command.
+// A layer with an effect of one control, whose module gets no command.
 class Scene : public RunningCommand {
 protected:
     Scene() {
         currentPluginId = pluginId;
-        effect.addControl({{1}, PF_Param_SLIDER, "Control", 0, {}}); // behind the input layer
+        effect.addControl({{1}, PF_Param_SLIDER, "Control", 0, {}}); // index 1
         group.name = u"Effect";
         group.matchName = "effect";
         control().matchName = "control";
@@ -56,8 +56,8 @@ protected:
 
 } // namespace
 
-TEST_F(Scene, AWrapperWithoutASuiteOfItsOwnAsksTheTableOrTellsWhy) {
-    suites::offer("AEGP Item Suite", 13, nullptr); // acquired with success, but there is none
+TEST_F(Scene, AWrapperWithoutASuiteUsesTheTableOrReports) {
+    suites::offer("AEGP Item Suite", 13, nullptr); // acquisition succeeds and returns a null table
     suites::refuse("AEGP Comp Suite", 11);
     {
         const CommandScope command(PF_Cmd_RENDER, pluginId, host.inData());
@@ -81,10 +81,10 @@ TEST_F(Scene, AWrapperWithoutASuiteOfItsOwnAsksTheTableOrTellsWhy) {
         EXPECT_EQ(calls::count(), before);
     }
     EXPECT_EQ(ledger::outstanding(), std::vector<std::string>{"suite \"AEGP Item Suite 13\""});
-    ledger::close();
+    ledger::reset();
 }
 
-TEST_F(Scene, LayersTellWhatTheyAre) {
+TEST_F(Scene, LayerProperties) {
     double next = 10;
     for (auto& [which, stream] : layer.streams)
         if (stream.type != AEGP_StreamType_MARKER)
@@ -154,8 +154,8 @@ TEST_F(Scene, StreamsTakeKeyframesExpressionsAndNames) {
     EXPECT_EQ(stream.err() + parent.err(), 0);
 }
 
-// What this host never answers itself, and what it does not look at.
-TEST_F(Scene, ArgumentsReachTheHostAsTheyAreGiven) {
+// Results that this host never returns, and arguments that it ignores.
+TEST_F(Scene, PassesArgumentsUnchanged) {
     static std::string heard;
     heard.clear();
     AEGP_DynamicStreamSuite5 dynamics = tables::dynamicStreamSuite();

@@ -11,11 +11,11 @@ namespace pbhost {
 
 namespace {
 
-// Keeps the effect's own words for the program's output; all other dialogs go to the person.
+// Collects the texts of the effect's alerts for the program's output; passes all other dialogs on.
 class Listener {
 public:
     explicit Listener(Session& owner) : session_(owner) {
-        session_.host.scripts.person = [this](const hostkit::Question& question) {
+        session_.host.scripts.askUser = [this](const hostkit::Question& question) {
             const bool isAlert = question.kind == hostkit::Question::Kind::Alert;
             if (!isAlert || question.title != informationTitle)
                 return session_.dialogs.answer(question);
@@ -23,7 +23,7 @@ public:
             return std::optional<std::string>();
         };
     }
-    ~Listener() { session_.host.scripts.person = nullptr; }
+    ~Listener() { session_.host.scripts.askUser = nullptr; }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
 
@@ -51,7 +51,7 @@ void info(Session& session, const InfoRequest& request, std::string& text) {
     session.require(scene.effect.doDialog());
     if (wasAsked(session, exportFailedTitle))
         throw Failure(ExitCode::RenderFailed,
-                      request.exportFolder + ": the error log could not be written there");
+                      request.exportFolder + ": the error log could not be written");
     text = listener.text + "\n";
     if (request.exportFolder.empty()) {
         scene.checkPrograms();

@@ -14,15 +14,16 @@ namespace {
 
 std::wstring heard;
 
-// The system tells a debugger by an exception: with the wide text or, an older one and Wine, with
-// that of the code page. To handle it is to be the debugger: nobody else hears of the text.
+// OutputDebugString raises an exception with the wide text, older systems and Wine with the text in
+// the ANSI code page. Handling it keeps the text from a real debugger.
 LONG CALLBACK listen(EXCEPTION_POINTERS* event) {
     constexpr DWORD wideText = 0x4001000A;   // DBG_PRINTEXCEPTION_WIDE_C
     constexpr DWORD narrowText = 0x40010006; // DBG_PRINTEXCEPTION_C
     const EXCEPTION_RECORD& record = *event->ExceptionRecord;
     if (record.ExceptionCode != wideText && record.ExceptionCode != narrowText)
         return EXCEPTION_CONTINUE_SEARCH;
-    const auto length = static_cast<int>(record.ExceptionInformation[0]) - 1; // it counts the zero
+    // The length includes the terminating zero.
+    const auto length = static_cast<int>(record.ExceptionInformation[0]) - 1;
     const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
     if (record.ExceptionCode == wideText) {
         heard.append(reinterpret_cast<const wchar_t*>(text), static_cast<std::size_t>(length));

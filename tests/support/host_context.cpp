@@ -45,7 +45,7 @@ void HostContext::release() const {
 }
 
 bool HostContext::isApiBound() const {
-    return true; // there is only one
+    return true; // only one can be made
 }
 
 #else
