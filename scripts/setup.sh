@@ -1,5 +1,5 @@
 # Sourced by run and test: installs the packages that are missing, configures, builds.
-# Quiet when there is nothing to do.
+# Prints nothing if there is nothing to do.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -36,8 +36,8 @@ install_packages() {
         $missing >/dev/null
 }
 
-# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds all, or
-# the targets in TVM_TARGETS.
+# build FOLDER [CMAKE OPTION...]: configures if needed (the first time, or with other options) and
+# builds everything, or the targets in TVM_TARGETS.
 build() {
     local folder=$root/$1 log
     shift
