@@ -326,8 +326,8 @@ int run(int argc, char** argv) {
     requireCommand(app, argc, argv);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::Success& asked) { // --help or --version
-        return app.exit(asked);
+    } catch (const CLI::Success& success) { // --help or --version
+        return app.exit(success);
     } catch (const CLI::ParseError& error) {
         throw Failure(ExitCode::Usage, std::string(error.what()) + "\n" + helpHint);
     }

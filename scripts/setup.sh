@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 missing_packages() {
     local wanted installed
     wanted=$(cd "$root" && cat "$@")
-    # shellcheck disable=SC2086  # one word a package
+    # shellcheck disable=SC2086  # split into words
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
         sed -n 's/^installed //p' | sed 's/:.*//')
     comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
@@ -52,7 +52,7 @@ build() {
         printf '%s' "$options" >"$folder/options"
     fi
     log=$folder/build.log
-    # shellcheck disable=SC2086  # one word a target
+    # shellcheck disable=SC2086  # split into words
     if ! cmake --build "$folder" ${TVM_TARGETS:+--target $TVM_TARGETS} >"$log" 2>&1; then
         cat "$log" >&2
         return 1

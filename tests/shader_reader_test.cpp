@@ -55,7 +55,7 @@ TEST_F(ShaderReaderTest, readsTheNextOfAKind) {
     const Read identifier = &ShaderReader::readIdentifier;
     const Read number = &ShaderReader::readNumber;
     const Read string = &ShaderReader::readString;
-    // source, call and stop, result, text at which the reader then stands
+    // source, call and stop, result, the text after the reader's position
     const std::tuple<const char*, Read, const char*, const char*, const char*> cases[] = {
         {" 12+name x", identifier, "", "name", " x"},
         {";float", identifier, ";", "", "float"},

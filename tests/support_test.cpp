@@ -44,7 +44,7 @@ long thrownBy(const auto& work) {
     return 0;
 }
 
-std::string heard; // filled by report handlers and by a host's memory callbacks
+std::string recorded; // filled by report handlers and by a host's memory callbacks
 
 } // namespace
 
@@ -73,18 +73,18 @@ TEST(Heap, UsesTheHostOfTheRunningCommand) {
     release(block); // no host to return it to
     EXPECT_EQ(memory::liveHandles(), 1U);
 
-    heard.clear();
+    recorded.clear();
     PF_UtilCallbacks utils = memory::callbacks();
-    utils.host_unlock_handle = [](PF_Handle) { heard += "unlock "; };
+    utils.host_unlock_handle = [](PF_Handle) { recorded += "unlock "; };
     utils.host_dispose_handle = [](PF_Handle handle) {
-        heard += "dispose ";
+        recorded += "dispose ";
         memory::callbacks().host_dispose_handle(handle);
     };
     host.inData()->utils = &utils;
     scope = std::make_unique<CommandScope>(2, 0, host.inData());
     release(nullptr);
     release(block);
-    EXPECT_EQ(heard, "unlock dispose ");
+    EXPECT_EQ(recorded, "unlock dispose ");
     scope.reset();
     EXPECT_EQ(memory::liveHandles(), 0U);
     EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
@@ -126,18 +126,18 @@ TEST_F(Support, AlignedBlocksAreLargeEnoughAndOverflowFails) {
 
 TEST_F(Support, WithoutMemoryNoObjectIsCreated) {
     struct Counted : aeBase {
-        explicit Counted(int& count) : alive(++count) {}
-        ~Counted() override { --alive; }
-        int& alive;
+        explicit Counted(int& count) : liveObjects(++count) {}
+        ~Counted() override { --liveObjects; }
+        int& liveObjects;
     };
-    int alive = 0;
+    int liveObjects = 0;
     {
-        const auto object = makeObject<Counted>(alive);
+        const auto object = makeObject<Counted>(liveObjects);
         EXPECT_EQ(*handleOf(object.get()), reinterpret_cast<void**>(object.get()) - 1);
     }
     memory::setHandlesLeft(0);
-    EXPECT_EQ(new Counted(alive), nullptr);
-    EXPECT_EQ(alive, 0) << "a constructor ran without an object, or a destructor did not";
+    EXPECT_EQ(new Counted(liveObjects), nullptr);
+    EXPECT_EQ(liveObjects, 0) << "a constructor ran without an object, or a destructor did not";
 }
 
 TEST_F(Support, SplitsAndJoinsTexts) {
@@ -220,15 +220,15 @@ TEST_F(Support, SequencesHaveTheLengthThatTheirLeadByteAnnounces) {
 }
 
 TEST(Reports, ArePassedToTheHandlerOfTheirChannel) {
-    heard.clear();
-    setReportHandler([](const char* text) { heard += "info "s + text; }, ChannelInfo);
+    recorded.clear();
+    setReportHandler([](const char* text) { recorded += "info "s + text; }, ChannelInfo);
     for (const int unknown : {-1, 3, 1 << 30})
-        setReportHandler([](const char* text) { heard += "unknown "s + text; }, unknown);
+        setReportHandler([](const char* text) { recorded += "unknown "s + text; }, unknown);
     for (const int channel : {ChannelTrace, ChannelInfo, ChannelErrorLog, -1, 3, 1 << 30})
         reportMessage("100%s;", channel);
     setReportHandler(nullptr, ChannelInfo);
     reportMessage("too late", ChannelInfo);
-    EXPECT_EQ(heard, "info 100%s;");
+    EXPECT_EQ(recorded, "info 100%s;");
 }
 
 TEST(Reports, DebugOutputIsCutAndOptional) {

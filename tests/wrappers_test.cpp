@@ -156,8 +156,8 @@ TEST_F(Scene, StreamsTakeKeyframesExpressionsAndNames) {
 
 // Results that this host never returns, and arguments that it ignores.
 TEST_F(Scene, PassesArgumentsUnchanged) {
-    static std::string heard;
-    heard.clear();
+    static std::string recorded;
+    recorded.clear();
     AEGP_DynamicStreamSuite5 dynamics = tables::dynamicStreamSuite();
     dynamics.AEGP_CanAddStream = [](AEGP_StreamRefH, const char* matchName,
                                     A_Boolean* canAdd) -> A_Err {
@@ -168,7 +168,7 @@ TEST_F(Scene, PassesArgumentsUnchanged) {
     AEGP_EffectSuite3 effects = tables::effectSuite();
     effects.AEGP_ApplyEffect = [](AEGP_PluginID plugin, AEGP_LayerH layer,
                                   AEGP_InstalledEffectKey key, AEGP_EffectRefH* applied) {
-        heard = std::to_string(plugin) + " applies " + std::to_string(key);
+        recorded = std::to_string(plugin) + " applies " + std::to_string(key);
         return tables::effectSuite().AEGP_GetLayerEffectByIndex(plugin, layer, 0, applied);
     };
     suites::offer(effects.name, effects.version, &effects);
@@ -178,12 +178,12 @@ TEST_F(Scene, PassesArgumentsUnchanged) {
     const A_long key = plugin.live.number();
     AEO::Layer onLayer(basic, handle);
     AEO::Effect applied(basic, onLayer.applyEffect(key));
-    EXPECT_EQ(heard, std::to_string(pluginId) + " applies " + std::to_string(key));
+    EXPECT_EQ(recorded, std::to_string(pluginId) + " applies " + std::to_string(key));
     EXPECT_EQ(applied.installedKey(), key);
 
     const std::uint64_t before = calls::count();
     { const AEO::Stream nothing(basic, nullptr); }
-    EXPECT_EQ(calls::count() - before, 3U) << "acquired, a null stream given back, released";
+    EXPECT_EQ(calls::count() - before, 3U) << "acquired, a null stream disposed of, released";
 
     layer.inSeconds = 2;
     AEO::Interface interface(basic, reinterpret_cast<PF_ProgPtr>(&effect));

@@ -64,7 +64,7 @@ void newStreamValue(AEGP_StreamRefH stream, const StreamValue& value, AEGP_Strea
         copy.outline = std::make_shared<Outline>(*copy.outline);
     if (copy.document != nullptr)
         copy.document = std::make_shared<TextDocument>(*copy.document);
-    if (copy.object() != nullptr) // the record holds only the object's address, whatever its type
+    if (copy.object() != nullptr) // the record holds only the object's address, for every type
         record.val.markerP = static_cast<AEGP_MarkerValP>(const_cast<void*>(copy.object()));
     const auto live = stream->stream.lock();
     ledger::acquire(Kind::StreamValue, stream, "value of " + (live ? live->matchName : "nothing"));

@@ -172,8 +172,6 @@ void writeLayer(U& u, const AEGP_StreamVal2& value, const Layer& layer,
 // Layer controls have nothing to configure.
 void configureNothing(U&, const U&) {}
 
-constexpr int fixedUnits = static_cast<int>(fixedOne);
-
 constexpr std::array<ControlKind, 8> kinds = {{
     {.type = PF_Param_LAYER,
      .name = "layer",

@@ -6,6 +6,7 @@
 #include "hostkit/calls/command_stack.h"
 #include "hostkit/effect/control_kinds.h"
 #include "hostkit/effect/effect.h"
+#include "sdk/pf_rect.h"
 
 namespace hostkit {
 
@@ -46,7 +47,7 @@ PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
         Frame& frame = *owner.frame();
         Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);
         const PF_LRect most = contentsOf(layer, frame.resolution);
-        const LayerPart part = {layer, intersection(request->rect, most),
+        const LayerPart part = {layer, commonPart(request->rect, most),
                                 request->preserve_rgb_of_zero_alpha != 0};
         if (!frame.announced.emplace(checkout_id, part).second)
             return misuse(call, "id " + std::to_string(checkout_id) + " is announced already");
@@ -169,7 +170,7 @@ RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
     if (result.error != PF_Err_NONE)
         return result;
 
-    const PF_LRect part = intersection(announced.result_rect, whole);
+    const PF_LRect part = commonPart(announced.result_rect, whole);
     makeOutputOf(frame, *layer, part, reusedOutput);
     if (isEmpty(part))
         return result; // the output is empty

@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "sdk/pf_rect.h"
+
 namespace hostkit {
 
 namespace {
@@ -179,19 +181,14 @@ PF_LRect contentsOf(const Layer* layer, const Resolution& resolution) {
         return static_cast<A_long>(std::int64_t{start} * factor.num / std::int64_t{factor.den});
     };
     const PF_LRect& full = *layer->contents;
-    return intersection({scaledStart(full.left, resolution.x), scaledStart(full.top, resolution.y),
-                         scaledLength(full.right, resolution.x),
-                         scaledLength(full.bottom, resolution.y)},
-                        whole);
+    return commonPart({scaledStart(full.left, resolution.x), scaledStart(full.top, resolution.y),
+                       scaledLength(full.right, resolution.x),
+                       scaledLength(full.bottom, resolution.y)},
+                      whole);
 }
 
-bool isEmpty(const PF_LRect& rect) {
-    return rect.left >= rect.right || rect.top >= rect.bottom;
-}
-
-PF_LRect intersection(const PF_LRect& a, const PF_LRect& b) {
-    const PF_LRect common = {std::max(a.left, b.left), std::max(a.top, b.top),
-                             std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
+PF_LRect commonPart(const PF_LRect& a, const PF_LRect& b) {
+    const PF_LRect common = intersection(a, b);
     return isEmpty(common) ? PF_LRect{} : common;
 }
 

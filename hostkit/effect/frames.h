@@ -22,8 +22,8 @@ void requireResolution(const Resolution& resolution);
 PF_LRect frameOf(const Layer* layer, const Resolution& resolution);
 PF_LRect contentsOf(const Layer* layer, const Resolution& resolution);
 
-bool isEmpty(const PF_LRect& rect);
-PF_LRect intersection(const PF_LRect& a, const PF_LRect& b); // zeros if they do not intersect
+// The common part of two rectangles; zeros if there is none.
+PF_LRect commonPart(const PF_LRect& a, const PF_LRect& b);
 
 // Each pixel is the mean of the source pixels that it covers, by channel.
 World downsampled(const World& source, const Resolution& resolution);

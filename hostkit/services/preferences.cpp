@@ -94,7 +94,7 @@ void Preferences::erase(const std::string& section, const std::string& key) {
 void Preferences::change(const std::function<void(Values&)>& work) {
     if (file_.empty())
         return work(values_);
-    // Held until the file is written.
+    // Locked until the file is written.
     const FileLock lock(file_);
     Values changed = readIfThere(file_);
     work(changed);

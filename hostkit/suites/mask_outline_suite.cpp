@@ -10,7 +10,7 @@ Outline& outline(const SceneCall& call, AEGP_MaskOutlineValH handle) {
     const std::shared_ptr<Outline> found = references::find(handle, call.name);
     if (found == nullptr)
         throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
-    return *found; // the acquired value keeps the object alive
+    return *found; // owned by the acquired value
 }
 
 AEGP_MaskVertex& vertex(const SceneCall& call, AEGP_MaskOutlineValH handle, A_long index) {

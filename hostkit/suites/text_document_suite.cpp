@@ -11,7 +11,7 @@ TextDocument& document(const SceneCall& call, AEGP_TextDocumentH handle) {
     const std::shared_ptr<TextDocument> found = references::find(handle, call.name);
     if (found == nullptr)
         throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
-    return *found; // the acquired value keeps the object alive
+    return *found; // owned by the acquired value
 }
 
 A_Err getNewText(AEGP_PluginID plugin, AEGP_TextDocumentH handle, AEGP_MemHandle* utf16) {

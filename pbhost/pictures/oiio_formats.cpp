@@ -120,7 +120,7 @@ Window displayWindow(const OIIO::ImageSpec& spec, std::string_view format) {
     return {spec.x, spec.y, spec.width, spec.height};
 }
 
-// Fetches and clears OpenImageIO's last error; errors that nobody fetches are printed to standard
+// Fetches and clears OpenImageIO's last error; errors that are not fetched are printed to standard
 // error.
 std::string reasonOf(const std::string& reason) {
     const std::size_t last = reason.find_last_not_of("\r\n ");

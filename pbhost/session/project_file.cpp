@@ -70,30 +70,31 @@ ProjectFile parse(const ordered_json& json) {
 // Conversion between a stream's value and the project's, with all digits, so that renders are
 // identical.
 ordered_json storedValue(const Scene& scene, const ControlKind& kind,
-                         const hostkit::StreamValue& held) {
+                         const hostkit::StreamValue& value) {
     if (kind.numbers == 1)
-        return held.value.one_d;
+        return value.value.one_d;
     if (kind.numbers > 1)
-        return hostkit::numbersOf(kind, held.value);
-    const std::string file = scene.fileOf(held.value.layer_id);
+        return hostkit::numbersOf(kind, value.value);
+    const std::string file = scene.fileOf(value.value.layer_id);
     return file.empty() ? ordered_json() : ordered_json(file);
 }
 
-hostkit::StreamValue heldValue(Scene& scene, const ControlKind& kind, const ordered_json& stored) {
-    hostkit::StreamValue held;
+hostkit::StreamValue streamValue(Scene& scene, const ControlKind& kind,
+                                 const ordered_json& stored) {
+    hostkit::StreamValue value;
     if (kind.numbers > 0) {
         std::vector<double> numbers(kind.numbers);
         for (std::size_t k = 0; k < kind.numbers; ++k) {
             const std::size_t at = kind.order[k];
             numbers[at] = (kind.numbers == 1 ? stored : stored.at(at)).get<double>();
         }
-        held.value = hostkit::valueOf(kind, numbers);
+        value.value = hostkit::valueOf(kind, numbers);
     } else if (!stored.is_null()) {
         const int bytes = scene.effect.componentBytes();
-        held.value.layer_id =
+        value.value.layer_id =
             scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
     }
-    return held;
+    return value;
 }
 
 // Checks the value as --set does, but also accepts the control's default.
@@ -108,7 +109,7 @@ void requireFit(const Scene& scene, std::size_t index, const ordered_json& numbe
 
 hostkit::StreamValue fittingValue(Scene& scene, std::size_t index, const ordered_json& stored) {
     const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
-    const hostkit::StreamValue value = heldValue(scene, kind, stored);
+    const hostkit::StreamValue value = streamValue(scene, kind, stored);
     if (kind.numbers > 0)
         for (const ordered_json& number :
              stored.is_array() ? stored : ordered_json::array({stored}))

@@ -102,11 +102,11 @@ std::vector<std::string> Session::takeMessages() {
 
 std::string Session::takeErrorLog() {
     const TemporaryFolder folder;
-    const auto listener = std::exchange(host.infoPanel.onMessage, {});
+    const auto onMessage = std::exchange(host.infoPanel.onMessage, {});
     const auto askUser = std::exchange(host.scripts.askUser, {});
     host.scripts.answers = {"yes", folder.path};
     require(plugin->about());
-    host.infoPanel.onMessage = listener;
+    host.infoPanel.onMessage = onMessage;
     host.scripts.askUser = askUser;
     host.infoPanel.clear();
     std::ifstream file(folder.path + errorLogFile, std::ios::binary);

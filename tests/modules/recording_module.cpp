@@ -3,9 +3,9 @@
 #include <cstring>
 #include <utility>
 
-namespace {
+#include "sdk/pf_fixed.h"
 
-constexpr PF_Fixed fixedOne = 1 << 16;
+namespace {
 
 RecordingModule record;
 
@@ -36,7 +36,7 @@ void addControls(PF_InData* in, PF_OutData* out) {
         if (kind == PF_Param_CHECKBOX)
             control.u.bd.u.nameptr = "";
         if (kind == PF_Param_POINT)
-            control.u.td = {50 * fixedOne, 25 * fixedOne, 0, 0, 0};
+            control.u.td = {50 * fixedUnits, 25 * fixedUnits, 0, 0, 0};
         if (kind == PF_Param_COLOR)
             control.u.cd.value = {255, 51, 0, 0};
         if (kind == PF_Param_POPUP) {

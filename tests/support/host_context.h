@@ -32,5 +32,5 @@ public:
 
 private:
     HostKind kind_;
-    void* place_ = nullptr; // the EGL display or the window
+    void* display_ = nullptr; // the EGL display or the window
 };
