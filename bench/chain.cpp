@@ -110,9 +110,9 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     graph.imageNodeAt(0)->slot = keeping.imageNodeAt(0)->slot = 0;
     Picture input = makeNoise(size);
     std::vector<Picture> outputs(4, pbhost::makePicture(size.width, size.height, size.depth));
-    SamePeer same(passTexts(size.passes), gain);
-    const BestPeer best(passTexts(size.passes), gain, input);
-    // A driver may put work off; whoever ordered it shall wait for it.
+    SameCallsProgram same(passTexts(size.passes), gain);
+    const FewestCallsProgram best(passTexts(size.passes), gain, input);
+    // glFinish, because a driver may defer work beyond the end of the action.
     PairedTiming timing({[&] {
                              engineFrame(graph, input, outputs[0]);
                              glFinish();
@@ -137,7 +137,7 @@ void runChainBenchmark(benchmark::State& state, const ChainSize& size) {
     if (!std::ranges::all_of(outputs, isFirst) ||
         outputs[0].pixels == std::vector<std::byte>(outputs[0].pixels.size()) ||
         glGetError() != GL_NO_ERROR)
-        return state.SkipWithError("the engine and its peers give different pictures");
+        return state.SkipWithError("the engine and the reference programs give different pictures");
     runRounds(state, timing, "engine");
 }
 

@@ -1,4 +1,4 @@
-// A chain of passes as the engine runs it, and its benchmark against the two peers.
+// A graph that is a chain of passes, and its benchmark against the two reference programs.
 //
 // Each pass runs the same small kernel on the result of the one before. Needs a running command and
 // the device's context current.
@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "bench/frame_peers.h"
 #include "bench/paired_timing.h"
+#include "bench/reference_programs.h"
 #include "pbhost/pictures/picture.h"
 
 namespace bench {
@@ -24,24 +24,23 @@ struct ChainSize {
 
 inline constexpr float gain = 0.96875F; // also in the graph's text
 
-// The graph's file, and the texts that its nodes are made into.
+// The graph file's text, and the generated shaders of its nodes.
 std::string chainText(std::size_t passes);
 std::vector<PassTexts> passTexts(std::size_t passes);
 
-// Fixed noise over the whole range of the depth.
+// A picture of pseudo-random values over the whole range of the depth, always the same.
 pbhost::Picture makeNoise(const ChainSize& size);
 
-// The whole of a benchmark with manual time, which is the engine's. Fails when the three pictures
-// differ in a byte.
+// Runs a benchmark whose manual time is the engine's. Fails if the programs' pictures differ.
 void runChainBenchmark(benchmark::State& state, const ChainSize& size);
 
-// The arguments width, height and bits of the benchmarks of single frames, with their rounds.
+// Sets the arguments width, height and bits of the frame benchmarks, and the number of rounds.
 void applyFrameSizes(benchmark::internal::Benchmark* frame);
 ChainSize frameSize(const benchmark::State& state);
 
-// Runs the rounds of the state. The counters are the medians of the action that is measured, under
-// its name, and of those behind it (same, best, and the first one with kept textures), and how many
-// times as long as a peer it takes.
+// Runs the rounds and sets the counters: the median time of the measured action under its name, the
+// times of the other actions (same, best, and kept: the measured one with kept textures), and the
+// ratios of the times.
 void runRounds(benchmark::State& state, PairedTiming& timing, const std::string& measured);
 
 } // namespace bench

@@ -1,4 +1,5 @@
-// Frames of a graph with more and more passes: the time grows with them and with nothing else.
+// Frames of graphs with more and more passes; the time should be proportional to the number of
+// passes.
 
 #include "bench/chain.h"
 #include "bench/gl_main.h"

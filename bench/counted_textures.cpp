@@ -1,9 +1,9 @@
-// Stands in front of the driver's glTexImage2D in the benchmarks, and counts the storage.
+// Replaces the driver's glTexImage2D in the benchmarks to count texture storage.
 #include <dlfcn.h>
 
 #include "bench/texture_bytes.h"
 
-// Of the definitions of this name the program's own comes first.
+// The program's own definition takes precedence over the driver's.
 extern "C" void GLAPIENTRY glTexImage2D(GLenum target, GLint level, GLint internalFormat,
                                         GLsizei width, GLsizei height, GLint border, GLenum format,
                                         GLenum type, const void* pixels) {

@@ -10,7 +10,7 @@ namespace bench {
 
 EngineSession::EngineSession() {
     wglMakeCurrent(device_.glDeviceContext, device_.glRenderContext);
-    glewInit(); // its result says nothing here: it misses a display that nobody needs
+    glewInit(); // its result is wrong on EGL, where there is no GLX display
     if (const char* missing = missingFeature())
         throw std::runtime_error(std::string("OpenGL cannot be used here, it lacks ") + missing);
 }

@@ -1,5 +1,5 @@
-// The engine, ready to build and run graphs beside a substitute host: a running command, and the
-// engine's OpenGL device, current for as long as the session stands.
+// The engine with a substitute host: a running command, and the engine's OpenGL device, which is
+// current for the lifetime of the session.
 #pragma once
 
 #include "command/command_scope.h"
@@ -10,7 +10,7 @@ namespace bench {
 
 class EngineSession {
 public:
-    // Throws std::runtime_error when OpenGL cannot do what the engine needs.
+    // Throws std::runtime_error if OpenGL lacks something that the engine needs.
     EngineSession();
     ~EngineSession() { wglMakeCurrent(nullptr, nullptr); }
     EngineSession(const EngineSession&) = delete;

@@ -1,5 +1,5 @@
-// The engine's frame, upload to read back, against the same OpenGL calls without the engine and
-// against the fewest calls that make the picture.
+// A frame of the engine, from upload to read-back, compared with the same OpenGL calls without the
+// engine and with the fewest calls that give the same picture.
 
 #include "bench/chain.h"
 #include "bench/gl_main.h"

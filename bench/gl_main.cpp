@@ -39,7 +39,7 @@ int runWithOpenGl(int argc, char** argv) {
         const EngineSession session;
         nameDriver("GL_RENDERER", GL_RENDERER);
         nameDriver("GL_VERSION", GL_VERSION);
-        benchmark::AddCustomContext("large blocks", keepsLargeBlocks ? "kept" : "given back");
+        benchmark::AddCustomContext("large blocks", keepsLargeBlocks ? "kept" : "returned");
         benchmark::RunSpecifiedBenchmarks();
     } catch (const std::runtime_error& failure) {
         std::cerr << failure.what() << '\n';

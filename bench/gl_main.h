@@ -1,12 +1,12 @@
-// What the benchmarks of frames have for a `main`: runs all benchmarks in one engine session, and
-// names the driver in the report.
+// The `main` function of the frame benchmarks: runs all benchmarks in one engine session and
+// reports the name of the driver.
 //
-// `--keep-large-blocks` makes the C library keep large blocks of memory, as pbhost does.
+// `--keep-large-blocks` makes the C library keep freed large blocks, as pbhost does.
 #pragma once
 
 namespace bench {
 
-// Gives the exit code.
+// Returns the exit code.
 int runWithOpenGl(int argc, char** argv);
 
 } // namespace bench

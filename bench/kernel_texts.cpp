@@ -71,7 +71,7 @@ std::string realisticKernel(std::size_t bytes) {
     return text + body + "    }\n}\n";
 }
 
-const std::array<HostileText, 7> hostileKernels = {{
+const std::array<MalformedText, 7> malformedKernels = {{
     {"quotes", [](std::size_t bytes) { return repeated("\"", bytes); }},
     {"backslashes", [](std::size_t bytes) { return repeated("\\", bytes); }},
     {"quoted backslashes",
@@ -88,7 +88,7 @@ const std::array<HostileText, 7> hostileKernels = {{
      }},
 }};
 
-const std::array<HostileText, 6> hostileGraphs = {{
+const std::array<MalformedText, 6> malformedGraphs = {{
     {"open tags", [](std::size_t bytes) { return repeated("<a>", bytes); }},
     {"attributes of one tag",
      [](std::size_t bytes) {

@@ -1,5 +1,5 @@
-// Texts of any length for the readers: kernels as people write them, and texts that are out to make
-// a reader slow.
+// Generated texts of any length for the parsers: realistic kernels, and malformed texts that could
+// make a parser slow.
 #pragma once
 
 #include <array>
@@ -8,16 +8,15 @@
 
 namespace bench {
 
-// A kernel of about that many bytes that the GLSL compiler would take, with parameters, comments
-// and functions in equal parts.
+// A valid kernel of about that many bytes, with parameters, comments and functions in equal parts.
 std::string realisticKernel(std::size_t bytes);
 
-struct HostileText {
+struct MalformedText {
     const char* name;
     std::string (*make)(std::size_t bytes);
 };
 
-extern const std::array<HostileText, 7> hostileKernels;
-extern const std::array<HostileText, 6> hostileGraphs;
+extern const std::array<MalformedText, 7> malformedKernels;
+extern const std::array<MalformedText, 6> malformedGraphs;
 
 } // namespace bench

@@ -1,5 +1,6 @@
-// A frame through the module, by its host's commands with all their checkouts, against the same
-// OpenGL calls without module, host and engine, and against the fewest calls that make the picture.
+// A frame of the module, rendered by the host's commands including all checkouts, compared with the
+// same OpenGL calls without module, host and engine, and with the fewest calls that give the same
+// picture.
 
 #include <GL/glew.h>
 
@@ -22,12 +23,13 @@ void require(bool isTrue, const char* what) {
         throw std::runtime_error(what);
 }
 
-// The module with two instances of the effect on a layer, which run the graph of the peers: one
-// gives its textures back after each frame, as the module does by default, the other keeps them.
+// The module with two instances of the effect on a layer, which render the same graph as the
+// reference programs: one releases its textures after each frame, as is the default, the other
+// keeps them.
 class ModuleFrame {
 public:
     ModuleFrame(const pbhost::Picture& input) : plugin_(TVM_MODULE_PATH) {
-        // Setting up leaves no context current, as it does with any host.
+        // Global setup leaves no context current.
         const HDC deviceContext = wglGetCurrentDC();
         const HGLRC context = wglGetCurrentContext();
         require(plugin_.setUp() == 0, "the module cannot be set up");
@@ -84,16 +86,16 @@ void frame(benchmark::State& state) {
     const pbhost::Picture input = bench::makeNoise(size);
     ModuleFrame module(input);
     const auto texts = bench::passTexts(1);
-    bench::SamePeer same(texts, bench::gain);
-    const bench::BestPeer best(texts, bench::gain, input);
-    hostkit::World moduleOutput = // without padding, as the peers have it
+    bench::SameCallsProgram same(texts, bench::gain);
+    const bench::FewestCallsProgram best(texts, bench::gain, input);
+    hostkit::World moduleOutput = // without row padding, like the reference programs' pictures
         hostkit::makeWorld(static_cast<int>(size.width), static_cast<int>(size.height),
                            static_cast<int>(pbhost::componentBytesOf(size.depth)));
     hostkit::World keepingOutput = moduleOutput;
     std::vector<pbhost::Picture> outputs(2,
                                          pbhost::makePicture(size.width, size.height, size.depth));
-    // A frame ends when its pixels are there. What is put off (the clearing behind it) is put off
-    // by all: the module's context cannot be waited for from outside.
+    // A frame ends when its pixels are read back. Deferred work (the clearing afterwards) is not
+    // measured for any program, because the module's context is not accessible for glFinish.
     bench::PairedTiming timing({[&] { module.frame(moduleOutput); },
                                 [&] {
                                     same.frame(input, outputs[0]);
@@ -107,7 +109,7 @@ void frame(benchmark::State& state) {
     timing.round(); // warms up, and fills the outputs
     if (moduleOutput.data != outputs[0].pixels || outputs[0].pixels != outputs[1].pixels ||
         keepingOutput.data != outputs[0].pixels)
-        return state.SkipWithError("the module and its peers give different pictures");
+        return state.SkipWithError("the module and the reference programs give different pictures");
     bench::runRounds(state, timing, "module");
     for (const std::string& fault : hostkit::ledger::takeFaults())
         state.SkipWithError(fault.c_str());
@@ -115,8 +117,8 @@ void frame(benchmark::State& state) {
 
 BENCHMARK(frame)->Apply(bench::applyFrameSizes);
 
-// A quarter of the pixels against all of them. The host makes the layer smaller within the frame,
-// which is timed by itself and taken off for the module's own ratio.
+// Half the resolution in both directions compared with full. The host's downsampling of the layer
+// is part of the frame; it is timed separately and subtracted for the module's own ratio.
 void halfFrame(benchmark::State& state) {
     const pbhost::Picture input = bench::makeNoise(bench::frameSize(state));
     ModuleFrame module(input);
@@ -126,14 +128,14 @@ void halfFrame(benchmark::State& state) {
     layer.data = input.pixels;
     hostkit::World half;
     hostkit::World full;
-    hostkit::World smaller;
+    hostkit::World downsampled;
     constexpr A_Ratio oneHalf = {1, 2};
     bench::PairedTiming timing({[&] {
                                     module.frame(half, {0, oneHalf, oneHalf, {}});
                                 },
                                 [&] { module.frame(full); },
                                 [&] {
-                                    smaller = hostkit::downsampled(layer, {oneHalf, oneHalf});
+                                    downsampled = hostkit::downsampled(layer, {oneHalf, oneHalf});
                                 }});
     timing.round();
     for ([[maybe_unused]] auto iteration : state)

@@ -1,8 +1,8 @@
-// Times several actions against one another in one process.
+// Compares the times of several actions in one process.
 //
-// They run in turn, and each round takes them in another order, so that whatever slows the machine
-// down for a while meets all of them. Times are medians, and a ratio is the median of the ratios
-// within the rounds.
+// In each round all actions run, in a different order each time, so that temporary slowdowns of the
+// machine affect all of them. Reported times are medians over the rounds; ratios are the medians of
+// the ratios within rounds.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ class PairedTiming {
 public:
     explicit PairedTiming(std::vector<std::function<void()>> actions);
 
-    // Runs each action once; gives the time of the first one, in seconds.
+    // Runs each action once and returns the time of the first action in seconds.
     double round();
 
     double medianMilliseconds(std::size_t action) const;

@@ -1,5 +1,5 @@
-// The readers of kernels and graphs: how many bytes of ordinary text they take in a second, and
-// that twice as much hostile text takes them twice as long.
+// The parsers of kernels and graphs: throughput for realistic text, and the time for malformed text
+// of one and two megabytes, whose ratio should be two.
 
 #include <benchmark/benchmark.h>
 
@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t megabyte = 1'000'000;
 constexpr int rounds = 10;
 
-// What models need to live.
+// Models need a running command for their memory.
 class Command {
     hostkit::Host host_;
     CommandScope scope_{0, 0, host_.inData()};
@@ -46,28 +46,28 @@ void kernel(benchmark::State& state) {
     state.SetComplexityN(static_cast<std::int64_t>(text.size()));
 }
 
-// Times one megabyte and two in turn; the time shown is that of one.
-void compareLengths(benchmark::State& state, const bench::HostileText& hostile,
+// Times one and two megabytes in turn; the benchmark's own time is that of one.
+void compareLengths(benchmark::State& state, const bench::MalformedText& malformed,
                     void (*read)(const std::string&)) {
     const Command command;
-    const std::string once = hostile.make(megabyte);
-    const std::string twice = hostile.make(2 * megabyte);
+    const std::string once = malformed.make(megabyte);
+    const std::string twice = malformed.make(2 * megabyte);
     bench::PairedTiming timing({[&] { read(once); }, [&] { read(twice); }});
     for ([[maybe_unused]] auto iteration : state)
         state.SetIterationTime(timing.round());
-    state.SetLabel(hostile.name);
+    state.SetLabel(malformed.name);
     state.counters["ms_1MB"] = timing.medianMilliseconds(0);
     state.counters["ms_2MB"] = timing.medianMilliseconds(1);
     state.counters["ratio"] = timing.medianRatio(1, 0);
 }
 
-void hostileKernel(benchmark::State& state) {
-    compareLengths(state, bench::hostileKernels.at(static_cast<std::size_t>(state.range(0))),
+void malformedKernel(benchmark::State& state) {
+    compareLengths(state, bench::malformedKernels.at(static_cast<std::size_t>(state.range(0))),
                    translateKernel);
 }
 
-void hostileGraph(benchmark::State& state) {
-    compareLengths(state, bench::hostileGraphs.at(static_cast<std::size_t>(state.range(0))),
+void malformedGraph(benchmark::State& state) {
+    compareLengths(state, bench::malformedGraphs.at(static_cast<std::size_t>(state.range(0))),
                    readGraph);
 }
 
@@ -78,14 +78,14 @@ BENCHMARK(kernel)
     ->Unit(benchmark::kMicrosecond)
     ->Complexity(benchmark::oN);
 
-BENCHMARK(hostileKernel)
-    ->DenseRange(0, std::ssize(bench::hostileKernels) - 1)
+BENCHMARK(malformedKernel)
+    ->DenseRange(0, std::ssize(bench::malformedKernels) - 1)
     ->Iterations(rounds)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
-BENCHMARK(hostileGraph)
-    ->DenseRange(0, std::ssize(bench::hostileGraphs) - 1)
+BENCHMARK(malformedGraph)
+    ->DenseRange(0, std::ssize(bench::malformedGraphs) - 1)
     ->Iterations(rounds)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

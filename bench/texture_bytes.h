@@ -1,5 +1,5 @@
-// Counts the bytes of texture storage that code asks OpenGL for: whoever stands in front of
-// glTexImage2D (bench/counted_textures.cpp, tests/support/strict_gl.cpp) tells each call.
+// Counts the bytes of texture storage that are requested from OpenGL. A replacement of glTexImage2D
+// (bench/counted_textures.cpp, tests/support/strict_gl.cpp) calls `count` for each call.
 #pragma once
 
 #include <GL/glew.h>
@@ -8,13 +8,13 @@
 
 namespace textureBytes {
 
-// From here on textures that are specified count; none does yet. Deleted ones count on.
+// Resets the count to zero. Deleted textures stay counted.
 void start();
 
-// The storage of the texture that is bound now.
+// Counts the storage of the texture that is bound.
 void count(GLsizei width, GLsizei height, GLint internalFormat);
 
-// The most bytes that were specified at one time since the start.
+// The largest number of bytes allocated at one time since `start`.
 std::uint64_t peak();
 
 } // namespace textureBytes

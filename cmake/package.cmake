@@ -1,6 +1,6 @@
-# What `cmake --install` lays out, and the Debian package that `cpack -G DEB` makes of it:
+# The layout of `cmake --install` and of the Debian package by `cpack -G DEB`:
 #
-#   bin/pbhost                      finds the module by its own place, ../lib/tvelmarondine
+#   bin/pbhost                      finds the module in ../lib/tvelmarondine
 #   lib/tvelmarondine/              the module, its resource, the picture formats
 #   share/man, bash-completion      written from the program's own help
 #   share/doc/tvelmarondine         README, examples, documents
@@ -32,6 +32,6 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The OpenGL drivers are opened while the program runs, so no link shows that they are needed.
+# The OpenGL drivers are loaded at run time, so the linker does not list them.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libegl-mesa0, libgl1-mesa-dri")
 include(CPack)

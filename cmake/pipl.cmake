@@ -1,5 +1,5 @@
-# The module's resource: a file beside it and, on Windows, a resource of type PIPL inside it. A program
-# of the build machine writes the one that becomes both.
+# The module's resource: a file beside it and, on Windows, a resource of type PIPL inside it. A
+# program that runs on the build machine writes the file.
 set(pipl ${CMAKE_BINARY_DIR}/Tvelmarondine.pipl)
 set(write_pipl_source ${CMAKE_SOURCE_DIR}/src/pipl/write_pipl.cpp)
 if(CMAKE_CROSSCOMPILING)

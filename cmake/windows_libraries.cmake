@@ -10,7 +10,7 @@ function(require_source file)
   endif()
 endfunction()
 
-# add_source_library(NAME FOLDER ALIAS SOURCES... INCLUDES...): warnings are the library's own affair.
+# add_source_library(NAME FOLDER ALIAS SOURCES... INCLUDES...): builds it without warnings.
 function(add_source_library name alias folder)
   cmake_parse_arguments(LIB "" "INCLUDE" "SOURCES;DEFINES" ${ARGN})
   list(TRANSFORM LIB_SOURCES PREPEND "${folder}/")
@@ -40,7 +40,7 @@ add_source_library(tinyxml PkgConfig::TINYXML ${TVM_LIBRARY_SOURCES}/tinyxml
 add_source_library(duktape PkgConfig::DUKTAPE ${TVM_LIBRARY_SOURCES}/duktape
   SOURCES src/duktape.c INCLUDE src)
 
-# Only this one folder of the machine's headers: the others are those of its own C library.
+# Only this folder, because the rest of /usr/include belongs to this machine's C library.
 require_source(/usr/include/nlohmann/json.hpp)
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/headers)
 file(CREATE_LINK /usr/include/nlohmann ${CMAKE_BINARY_DIR}/headers/nlohmann SYMBOLIC)

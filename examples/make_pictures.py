@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the pictures of this folder anew, with nothing but Python's standard library.
+"""Generates the pictures in this folder, using only Python's standard library.
 
-Every run writes the same pixels. A picture is worked out at twice its size and averaged down, which
-smooths all edges. Colours are triples from 0 to 1, coordinates run from 0 to 480 and 320.
+Every run writes the same pixels. A picture is computed at twice its size and averaged down for smooth
+edges. Colours are triples from 0 to 1, coordinates run from 0 to 480 and 320.
 """
 
 import math
@@ -20,7 +20,7 @@ def write_png(name, pixels, channels):
     previous = bytes(WIDTH * channels)
     for y in range(HEIGHT):
         row = bytes(v for pixel in pixels[y * WIDTH:(y + 1) * WIDTH] for v in pixel)
-        rows.append(2)  # the filter "up": what changes slowly downwards becomes small numbers
+        rows.append(2)  # the filter "up" stores differences to the row above
         rows += bytes((v - above) & 255 for v, above in zip(row, previous))
         previous = row
 
@@ -36,7 +36,7 @@ def write_png(name, pixels, channels):
 
 
 def smoothed(paint):
-    """The four quarters of each pixel, averaged; colour counts by its alpha."""
+    """Averages 2 by 2 samples for each pixel, with colours weighted by alpha."""
     pixels = []
     for y in range(HEIGHT):
         for x in range(WIDTH):
@@ -79,7 +79,7 @@ def sky(x, y):
 
 
 def balloon(x, y, cx, cy, r):
-    """A striped hot-air balloon, or None beside it."""
+    """A striped hot-air balloon, or None outside of it."""
     u, v = (x - cx) / r, (y - cy) / r
     if v > 0.55:
         u_edge = 0.87 * (1 - (v - 0.55) / 1.1)
@@ -103,7 +103,7 @@ def balloon(x, y, cx, cy, r):
 
 
 def house(x, y):
-    """A white cottage with a checked roof, or None beside it."""
+    """A white cottage with a checked roof, or None outside of it."""
     u, v = x - 96, y - 226
     if 0 <= u < 58 and 0 <= v < 36:
         if 23 <= u < 35 and v >= 14:
@@ -129,7 +129,7 @@ def scene(x, y):
     color = house(x, y) or color
     front = hills(x, 288, 8, 8.4)
     if y > front:
-        # Rows of a field that meet far behind the hill.
+        # Rows of a field, with a vanishing point behind the hill.
         row = math.floor((x - 250) / (y - 238) * 5.0)
         color = ((0.85, 0.66, 0.24), (0.62, 0.44, 0.16))[row % 2]
         color = mix(color, (0.30, 0.20, 0.12), (y - front) / 90)

@@ -1,4 +1,4 @@
-// An instance of the effect as the program keeps it, with a kernel that has each kind of control.
+// An instance of the effect with a kernel that has every kind of control.
 #pragma once
 
 #include "fuzz/fuzz_support.h"
@@ -41,7 +41,7 @@ struct SceneOfAllKinds {
     pbhost::TemporaryFolder folder;
     pbhost::Session session;
     pbhost::Scene scene;
-    std::size_t handles = 0; // live between inputs
+    std::size_t handles = 0; // live handles between inputs
 };
 
 } // namespace fuzz

@@ -1,5 +1,5 @@
-// The effect's block of a project file, of both versions, through the module's own commands. What
-// the module writes again must hold the path that stands in the block.
+// Target: the effect's flat block of a project, both versions, opened and flattened again by the
+// module's commands. The written block must contain the same path.
 #include "fuzz/fuzz_support.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,4 +1,4 @@
-// A graph's document, read into the model, and the programs of each of its nodes.
+// Target: a graph document, parsed into the model and translated to the programs of each node.
 #include "engine/glsl_generator.h"
 #include "fuzz/fuzz_support.h"
 #include "pixelbender/graph_reader.h"

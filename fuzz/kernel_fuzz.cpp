@@ -1,4 +1,4 @@
-// A kernel's text, read into the model and turned into both programs.
+// Target: a kernel text, parsed into the model and translated to both shaders.
 #include "engine/glsl_generator.h"
 #include "fuzz/fuzz_support.h"
 #include "pixelbender/pbk_parser.h"

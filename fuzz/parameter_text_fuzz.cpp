@@ -1,4 +1,5 @@
-// A node's expressions (evaluateParameters), rewritten and put into the node's programs.
+// Target: a node's parameter expressions (evaluateParameters), rewritten and translated to the
+// node's shaders.
 #include "engine/glsl_generator.h"
 #include "fuzz/fuzz_support.h"
 #include "pixelbender/pbk_parser.h"

@@ -1,4 +1,4 @@
-// A project file's JSON, put into the controls of an instance that shows every kind of them.
+// Target: the JSON of a project file, applied to an instance with every kind of control.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     try {
         pbhost::fillControls(all.scene, path, pbhost::readProject(path));
     } catch (const pbhost::Failure&) {
-        // The answer to a file that is no project.
+        // Thrown for an invalid project.
     }
     for (std::size_t i = 1; i < all.scene.effect.definitions.size(); ++i)
         all.scene.effect.control(i).keyframes.clear();

@@ -1,10 +1,11 @@
-// The one persistent setting: the folder under which the module looks for a file that has moved.
+// Target: the preference with the root folder, under which the module searches for a moved file.
 // The input is the text of the preference.
 #include "fuzz/fuzz_support.h"
 #include "pbhost/process/temporary_files.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // The setting lies under a folder of the target's own: the search must not walk the machine.
+    // All paths are below a temporary folder, so that the search does not walk the whole file
+    // system.
     static const pbhost::TemporaryFolder folder;
     static fuzz::Instance& instance = *new fuzz::Instance;
     const std::string value = folder.path + "/" + std::string(fuzz::textOf(data, size));

@@ -1,4 +1,4 @@
-// A text of --set, put into the controls of an instance that shows every kind of them.
+// Target: a --set text, applied to an instance with every kind of control.
 #include "fuzz/control_kinds.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/session/control_setting.h"
@@ -9,7 +9,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         const std::string text(fuzz::textOf(data, size));
         pbhost::applySetting(all.scene.effect, pbhost::parseSetting("--set", text), 0);
     } catch (const pbhost::Failure&) {
-        // The answer to a text that fits no control.
+        // Thrown for a text that fits no control.
     }
     fuzz::requireNothingLeft(all.handles);
     return 0;

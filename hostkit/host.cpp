@@ -36,12 +36,12 @@ Host::Host(const std::filesystem::path& preferencesFile) : preferences(preferenc
     if (theHost != nullptr)
         throw std::logic_error("there is a host in this process already");
     theHost = this;
-    calls::restart();
-    memory::restart();
-    suites::withdrawAll();
-    ledger::close();
-    dropMemoryHandles();
-    references::close();
+    calls::reset();
+    memory::reset();
+    suites::reset();
+    ledger::reset();
+    resetMemoryHandles();
+    references::reset();
     offerSuites();
     inData_.inter = tables::interactCallbacks();
     inData_.utils = &memory::callbacks();
@@ -49,7 +49,7 @@ Host::Host(const std::filesystem::path& preferencesFile) : preferences(preferenc
 }
 
 Host::~Host() {
-    // The effects say goodbye to their module, which calls this host once more.
+    // Destroying the effects sends setdown to the module, which calls this host.
     project.compositions.clear();
     theHost = nullptr;
 }

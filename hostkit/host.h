@@ -1,8 +1,8 @@
-// The substitute host: what a module sees of it, and the project that it has open.
+// The substitute host: what a module sees of it, and the open project.
 //
-// One host at a time in a process: the contract's callbacks carry no context, so they serve the one
-// that is there. It starts with an empty ledger, no calls counted, no live handle. When it ends,
-// its project ends first, and the ledger stays as it is for whoever wants to look.
+// There is one host at a time in a process, because the contract's callbacks carry no context. The
+// constructor resets the ledger, the counts of calls and all handles. The destructor destroys the
+// project first; the ledger stays readable afterwards.
 #pragma once
 
 #include <filesystem>
@@ -20,22 +20,22 @@ namespace hostkit {
 
 class Host {
 public:
-    // Offers every suite. The preferences are read from the file and written back to it at each
-    // change; an empty path keeps them in memory. Throws std::logic_error when there is a host
-    // already, std::runtime_error for broken preferences.
+    // Registers every suite. The preferences are read from the file and written back at each
+    // change; an empty path stores them in memory only. Throws std::logic_error if a host exists,
+    // std::runtime_error if the preferences are invalid.
     explicit Host(const std::filesystem::path& preferencesFile = {});
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // The host of this process. Throws std::logic_error when there is none.
+    // The host of this process. Throws std::logic_error if there is none.
     static Host& current();
 
-    // An input record with the host's tables filled in and nothing else: for a command that
-    // concerns no instance. Good as long as the Host is.
+    // An input record with only the host's tables set, for a command that concerns no instance.
+    // Valid as long as the Host.
     PF_InData* inData() { return &inData_; }
 
-    // Whether a module has registered under that id; the id of the first is 1.
+    // Whether a module registered under that id; the first id is 1.
     bool isRegistered(AEGP_PluginID plugin) const;
 
     Preferences preferences;

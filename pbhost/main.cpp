@@ -1,4 +1,4 @@
-// pbhost: drives the effect module over pictures, and shows what becomes of kernels and graphs.
+// pbhost: renders pictures with the effect module and inspects kernels and graphs.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -26,11 +26,11 @@ namespace {
 using pbhost::ExitCode;
 using pbhost::Failure;
 
-// What a command line asks for.
+// The command chosen on the command line.
 struct Job {
-    std::function<std::string()> work;          // what it prints
-    std::vector<std::filesystem::path> folders; // that it writes into
-    std::string subject;                        // the file that it works on, for messages
+    std::function<std::string()> work;          // returns the text to print
+    std::vector<std::filesystem::path> folders; // output folders, where temporary files may remain
+    std::string subject;                        // the input file's name, for messages
 };
 
 void writeOut(const std::string& text) {
@@ -44,37 +44,35 @@ CLI::Validator notEmpty() {
 }
 
 void addPreferences(CLI::App& command, std::string& file) {
-    command.add_option("--prefs", file, "The preferences' file (default: the user's own)");
+    command.add_option("--prefs", file, "Preferences file (default: the user's own)");
 }
 
 std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
     auto options = std::make_shared<pbhost::SessionOptions>();
-    command.add_option(
-        "--module", options->module,
-        "The effect module (default: TVELMARONDINE_MODULE of the environment, or the "
-        "one beside the program)");
+    command.add_option("--module", options->module,
+                       "The effect module (default: the environment variable TVELMARONDINE_MODULE, "
+                       "or the module beside the program)");
     addPreferences(command, options->preferences);
     command
         .add_option("--answer", options->answers,
-                    "The answer to the effect's next question: yes, no or a path; an empty one "
-                    "cancels (default: a person at the terminal is asked)")
+                    "Answer to the effect's next dialog: yes, no or a path; empty cancels "
+                    "(default: ask on the terminal)")
         ->allow_extra_args(false);
-    command.add_flag("--verbose", options->isVerbose,
-                     "Show all that the module says, and its faults");
+    command.add_flag("--verbose", options->isVerbose, "Show all messages and faults of the module");
     return options;
 }
 
 void addStrict(CLI::App& command, bool& isStrict) {
-    command.add_flag(
-        "--strict", isStrict,
-        "Fail over what is otherwise a warning: a graph's connection that leads nowhere, "
-        "an input that nothing feeds");
+    command.add_flag("--strict", isStrict,
+                     "Treat warnings about a graph as errors: connections without effect, "
+                     "unconnected inputs");
 }
 
 void addPictures(CLI::App& command, pbhost::RenderRequest& request) {
     command
-        .add_option("-i,--input", request.inputs,
-                    "A picture: the first for the layer, the others for layer controls 1 to 3")
+        .add_option(
+            "-i,--input", request.inputs,
+            "An input picture: the first for the layer, the others for layer controls 1 to 3")
         ->allow_extra_args(false)
         ->check(notEmpty());
     command.add_option("-o,--output", request.output, "The picture to write")
@@ -85,7 +83,7 @@ void addPictures(CLI::App& command, pbhost::RenderRequest& request) {
                     "A layer control's picture: N=PICTURE, by the control's number or name")
         ->allow_extra_args(false);
     command.add_option("--size", request.size,
-                       "Size of the layer without a picture, WIDTHxHEIGHT (default: 640x360)");
+                       "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)");
 }
 
 void addFrame(CLI::App& command, pbhost::RenderRequest& request, int& bits) {
@@ -100,13 +98,14 @@ void addFrame(CLI::App& command, pbhost::RenderRequest& request, int& bits) {
         ->check(CLI::IsMember({8, 16, 32}));
     command
         .add_option("--downsample", request.downsample,
-                    "A part of the resolution, X or X,Y: 2 for a half")
+                    "Divide the resolution by X or by X,Y: 2 for half")
         ->capture_default_str();
     command.add_option("--time", request.time, "The time to render, in seconds (default: 0)")
         ->check(notEmpty());
-    command.add_option("--project", request.project, "The project to open instead of a file")
+    command
+        .add_option("--project", request.project, "Open this project instead of a kernel or graph")
         ->check(notEmpty());
-    command.add_option("--save", request.save, "The project to write")->check(notEmpty());
+    command.add_option("--save", request.save, "Write a project")->check(notEmpty());
 }
 
 void addRender(CLI::App& app, Job& job) {
@@ -121,11 +120,11 @@ void addRender(CLI::App& app, Job& job) {
     command->callback([&job, request, bits, options] {
         request->depth = pbhost::depthOfBits(*bits);
         for (const std::string& file : {request->output, request->save})
-            job.folders.push_back(pbhost::folderOf(pbhost::placeOf(file)));
+            job.folders.push_back(pbhost::folderOf(pbhost::resolveLink(file)));
         job.subject = request->file.empty() ? request->project : request->file;
         job.work = [request, options] {
             pbhost::checkOutputPlaces(*request);
-            const pbhost::QuietOutput quiet(options->isVerbose); // for what reads ahead, too
+            const pbhost::QuietOutput quiet(options->isVerbose); // for readAhead, too
             std::future<pbhost::LayerSource> ahead = pbhost::readAhead(*request);
             pbhost::Session session(*options);
             pbhost::render(session, *request, std::move(ahead));
@@ -177,7 +176,7 @@ void addInfo(CLI::App& app, Job& job) {
 }
 
 void addAbout(CLI::App& app, Job& job) {
-    auto* command = app.add_subcommand("about", "Show what the effect tells of OpenGL");
+    auto* command = app.add_subcommand("about", "Show the effect's information about OpenGL");
     const auto options = addSession(*command);
     command->callback([&job, options] {
         job.work = [options] {
@@ -188,7 +187,7 @@ void addAbout(CLI::App& app, Job& job) {
 }
 
 void addHost(CLI::App& app, Job& job) {
-    auto* command = app.add_subcommand("host", "List the suites that the substitute host offers");
+    auto* command = app.add_subcommand("host", "List the suites of the substitute host");
     command->callback([&job] {
         job.work = [] {
             const hostkit::Host host;
@@ -200,8 +199,8 @@ void addHost(CLI::App& app, Job& job) {
     });
 }
 
-// One of the subcommands, over its key and value. They share the request, since --prefs may
-// stand in front of them, too.
+// Adds one command of `prefs` with its arguments. All share the request, because --prefs may also
+// precede the command.
 void addPref(CLI::App& prefs, Job& job, const std::shared_ptr<pbhost::PrefsRequest>& request,
              const char* name, const char* help, const std::vector<const char*>& texts,
              const std::function<std::string(const pbhost::PrefsRequest&)>& work) {
@@ -221,17 +220,16 @@ void addPrefs(CLI::App& app, Job& job) {
     auto request = std::make_shared<pbhost::PrefsRequest>();
     addPreferences(*command, request->file);
     command->require_subcommand(0, 1);
-    addPref(*command, job, request, "list", "All of them", {}, pbhost::listPrefs);
-    addPref(*command, job, request, "get", "One value", {"KEY"}, pbhost::getPref);
-    addPref(*command, job, request, "set",
-            "Keep a value; rootFolder is where moved files are looked for", {"KEY", "VALUE"},
-            [](const pbhost::PrefsRequest& asked) {
-                pbhost::setPref(asked);
+    addPref(*command, job, request, "list", "Show all preferences", {}, pbhost::listPrefs);
+    addPref(*command, job, request, "get", "Show one value", {"KEY"}, pbhost::getPref);
+    addPref(*command, job, request, "set", "Set a value; rootFolder is searched for moved files",
+            {"KEY", "VALUE"}, [](const pbhost::PrefsRequest& chosen) {
+                pbhost::setPref(chosen);
                 return std::string();
             });
-    addPref(*command, job, request, "unset", "Forget a value", {"KEY"},
-            [](const pbhost::PrefsRequest& asked) {
-                pbhost::unsetPref(asked);
+    addPref(*command, job, request, "unset", "Remove a value", {"KEY"},
+            [](const pbhost::PrefsRequest& chosen) {
+                pbhost::unsetPref(chosen);
                 return std::string();
             });
     command->callback([&job, command, request] {
@@ -242,12 +240,14 @@ void addPrefs(CLI::App& app, Job& job) {
 
 void addTranslate(CLI::App& app, Job& job) {
     auto* command =
-        app.add_subcommand("translate", "Show the GLSL programs made of a kernel or node");
+        app.add_subcommand("translate", "Show the GLSL programs generated for a kernel or node");
     auto request = std::make_shared<pbhost::TranslateRequest>();
     request->order = 18;
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_option("--node", request->node, "The id of a graph's node");
-    command->add_option("--stage", request->stage, "Write exactly this text: vertex or fragment")
+    command
+        ->add_option("--stage", request->stage,
+                     "Print only this shader, without line numbers: vertex or fragment")
         ->check(CLI::IsMember({"vertex", "fragment"}));
     command
         ->add_option("--order", request->order,
@@ -260,7 +260,7 @@ void addTranslate(CLI::App& app, Job& job) {
 }
 
 void addModel(CLI::App& app, Job& job) {
-    auto* command = app.add_subcommand("model", "Write what is read out of a file, as JSON");
+    auto* command = app.add_subcommand("model", "Print the model of a kernel or graph as JSON");
     auto file = std::make_shared<std::string>();
     command->add_option("file", *file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->callback([&job, file] { job.work = [file] { return pbhost::modelAsJson(*file); }; });
@@ -270,23 +270,27 @@ void addCamera(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("camera", "Show the projection of a composition's camera");
     auto request = std::make_shared<pbhost::CameraRequest>();
     command->add_option("--module", request->module, "The effect module, as for render");
-    command->add_option("--width", request->width, "Of the composition")->capture_default_str();
-    command->add_option("--height", request->height, "Of the composition")->capture_default_str();
+    command->add_option("--width", request->width, "Width of the composition")
+        ->capture_default_str();
+    command->add_option("--height", request->height, "Height of the composition")
+        ->capture_default_str();
     command->add_option("--pixel-aspect", request->pixelAspect, "Width of a pixel over its height")
         ->capture_default_str();
     command->add_option("--type", request->kind, "default, perspective or orthographic")
         ->transform(CLI::CheckedTransformer(pbhost::cameraKinds));
-    command->add_option("--zoom", request->zoom,
-                        "From the eye to the image plane, pixels (default: a lens of 50 mm)");
-    command->add_option("--position", request->position,
-                        "X Y Z of the eye (default: before the middle, as far as the zoom)");
+    command->add_option(
+        "--zoom", request->zoom,
+        "Distance from the eye to the image plane in pixels (default: a 50 mm lens)");
+    command->add_option(
+        "--position", request->position,
+        "X Y Z of the eye (default: in front of the centre, at the zoom's distance)");
     command->add_option("--rotation", request->rotation, "Degrees about X Y Z");
     command->add_flag("--json", request->isJson, "As one JSON object");
     command->callback(
         [&job, request] { job.work = [request] { return pbhost::cameraProjection(*request); }; });
 }
 
-// Forks unless the user wants to watch the work in a debugger.
+// Runs the job in a child process, or in this one for a debugger.
 int runJob(const Job& job, bool isForked) {
     const auto work = [&job] {
         pbhost::keepLargeBlocks();
@@ -296,26 +300,25 @@ int runJob(const Job& job, bool isForked) {
     return isForked ? pbhost::runInChild(work, job.subject, job.folders) : work();
 }
 
-constexpr const char* helpHint =
-    "To see what is understood: pbhost --help, pbhost COMMAND --help\n";
+constexpr const char* helpHint = "See pbhost --help and pbhost COMMAND --help\n";
 
 void requireCommand(const CLI::App& app, int argc, char** argv) {
     const auto isMeant = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argc > 1 && *argv[1] != '-' && app.get_subcommands(isMeant).empty())
         throw Failure(ExitCode::Usage,
-                      "there is no command '" + std::string(argv[1]) + "'\n" + helpHint);
+                      "unknown command '" + std::string(argv[1]) + "'\n" + helpHint);
 }
 
 int run(int argc, char** argv) {
     CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
-    app.require_subcommand(0, 1); // without one there is more to say than an error
+    app.require_subcommand(0, 1); // without a command, the help text is printed
     app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
-               "picture, 5 the work crashed, 130 interrupted.");
+               "picture, 5 crash, 130 interrupted.");
     app.set_version_flag("--version", "pbhost " PBHOST_VERSION);
     bool isInOneProcess = false;
     app.add_flag("--no-fork", isInOneProcess,
-                 "Do the work in this process, for a debugger, and not in a child");
+                 "Work in this process instead of a child process, for a debugger");
     Job job;
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})
@@ -323,8 +326,8 @@ int run(int argc, char** argv) {
     requireCommand(app, argc, argv);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::Success& asked) { // for a help text
-        return app.exit(asked);
+    } catch (const CLI::Success& success) { // --help or --version
+        return app.exit(success);
     } catch (const CLI::ParseError& error) {
         throw Failure(ExitCode::Usage, std::string(error.what()) + "\n" + helpHint);
     }

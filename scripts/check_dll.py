@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Fails unless the module is what a Windows host can load: one export, imports of the system alone.
+"""Fails unless a Windows host can load the module: it has one export and imports only system libraries.
 
 usage: check_dll.py OBJDUMP MODULE
 """

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Fails on an #include of a library of ours that the including folder may not use, and on a cycle."""
+"""Fails if a folder includes a header of another folder that it must not use, or if there is a cycle."""
 import graphlib
 import pathlib
 import re
@@ -9,11 +9,11 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 INSIDE = ["src/sdk", "src/platform", "src/command", "src/support", "src/host", "src/pixelbender", "src/gpu",
           "src/engine", "src/view", "hostkit", "pbhost"]
-# Folder -> the folders of ours that it may include besides itself.
+# Folder -> the folders of this project that it may include besides itself.
 MAY_INCLUDE = {
     "src/sdk": [],
     "src/platform": [],
-    "src/windows": ["src/platform"],  # stands in its place, under the same names
+    "src/windows": ["src/platform"],  # replaces it on Windows, with the same names
     "src/command": ["src/sdk"],
     "src/support": ["src/sdk", "src/platform", "src/command"],
     "src/host": ["src/sdk", "src/command", "src/support"],
@@ -22,19 +22,19 @@ MAY_INCLUDE = {
     "src/engine": ["src/pixelbender", "src/gpu", "src/support"],
     "src/shell": ["src/sdk", "src/platform", "src/command", "src/support", "src/host", "src/pixelbender",
                   "src/gpu", "src/engine"],
-    "src/pipl": ["src/sdk", "src/shell"],  # a program of the build: what the resource says is in shell
+    "src/pipl": ["src/sdk", "src/shell"],  # a build tool; the content of the resource is defined in shell
     "src/view": ["src/host", "src/command", "src/support", "src/sdk"],
     "hostkit": ["src/sdk"],
-    # The commands that show text read the models and make the GLSL, one shows the camera; none
+    # The text commands use the models and the generator, the camera command uses the view; none
     # renders by itself.
     "pbhost": ["hostkit", "src/command", "src/support", "src/pixelbender", "src/engine", "src/gpu",
                "src/view"],
-    # A test of the module loads the module, and includes nothing of `shell`.
+    # Tests of the module load it from its file and include nothing of src/shell.
     "tests": INSIDE + ["bench"],
     "bench": INSIDE,
     "fuzz": INSIDE,
 }
-# Pairs in which only these files may be included: of the engine, for example, the generator.
+# (including folder, included folder) -> the only files that may be included.
 ONLY_FILES = {
     ("pbhost", "src/engine"): {"engine/glsl_generator.h", "engine/channel_order.h"},
     ("pbhost", "src/gpu"): {"gpu/device.h"},
@@ -75,7 +75,7 @@ def faults_in(path: pathlib.Path):
 
 
 def cycle() -> list:
-    """A line about folders that may include each other in a circle; no line when there are none."""
+    """A message if the table has a cycle; otherwise nothing."""
     try:
         graphlib.TopologicalSorter(MAY_INCLUDE).prepare()
     except graphlib.CycleError as error:

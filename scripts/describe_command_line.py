@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes pbhost's manual page or its bash completion, out of the program's own --help.
+"""Generates pbhost's manual page or its bash completion from the output of --help.
 
     describe_command_line.py man PBHOST > pbhost.1
     describe_command_line.py bash PBHOST > pbhost

@@ -1,5 +1,5 @@
 # Sourced by run and test: installs the packages that are missing, configures, builds.
-# Quiet when there is nothing to do.
+# Prints nothing if there is nothing to do.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 missing_packages() {
     local wanted installed
     wanted=$(cd "$root" && cat "$@")
-    # shellcheck disable=SC2086  # one word a package
+    # shellcheck disable=SC2086  # split into words
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
         sed -n 's/^installed //p' | sed 's/:.*//')
     comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
@@ -36,8 +36,8 @@ install_packages() {
         $missing >/dev/null
 }
 
-# build FOLDER [CMAKE OPTION...]: configures once, or again when an option changes, and builds all, or
-# the targets in TVM_TARGETS.
+# build FOLDER [CMAKE OPTION...]: configures if needed (the first time, or with other options) and
+# builds everything, or the targets in TVM_TARGETS.
 build() {
     local folder=$root/$1 log
     shift
@@ -52,7 +52,7 @@ build() {
         printf '%s' "$options" >"$folder/options"
     fi
     log=$folder/build.log
-    # shellcheck disable=SC2086  # one word a target
+    # shellcheck disable=SC2086  # split into words
     if ! cmake --build "$folder" ${TVM_TARGETS:+--target $TVM_TARGETS} >"$log" 2>&1; then
         cat "$log" >&2
         return 1

@@ -1,11 +1,11 @@
-# Sourced by scripts/test_windows after setup.sh: what building and running for Windows needs beside
-# the packages. Everything lies under build/, in lists and folders of its own.
+# Sourced by scripts/test_windows after setup.sh: what the Windows builds and tests need besides
+# packages. Everything is below build/.
 
 libraries=$root/build/windows-libraries
 wine_state=$root/build/wine
 
-# private_apt COMMAND...: apt with lists of its own, which also know Debian's source packages and the
-# packages of i386, from the mirrors that the machine itself uses.
+# private_apt COMMAND...: apt with separate lists, which also contain source packages and i386 packages,
+# from the mirrors that this machine uses.
 private_apt() {
     local apt=$root/build/apt
     local options=(-qq -o Dir::Etc::sourcelist="$apt/sources.list" -o Dir::Etc::sourceparts=/dev/null
@@ -14,14 +14,14 @@ private_apt() {
     if [ ! -f "$apt/updated" ]; then
         mkdir -p "$apt/lists/partial" "$apt/cache/archives/partial"
         debian_sources >"$apt/sources.list"
-        # An index that cannot be had just now need not be the one with the packages.
+        # Continues if an index cannot be fetched, because the packages may be in another one.
         apt-get "${options[@]}" update >"$apt/update.log" 2>&1 || true
         touch "$apt/updated"
     fi
     apt-get "${options[@]}" "$@"
 }
 
-# The machine's own Debian mirrors, as lines of a list.
+# The Debian mirrors that this machine uses, as lines for sources.list.
 debian_sources() {
     local key=signed-by=/usr/share/keyrings/debian-archive-keyring.gpg
     local format='$(CREATED_BY) $(ORIGIN) $(COMPONENT) $(REPO_URI) $(RELEASE)'
@@ -47,7 +47,7 @@ unpack_libraries() {
     done
 }
 
-# Debian's 64-bit Wine runs 32-bit programs, too, once it finds the 32-bit half of its libraries.
+# Debian's 64-bit Wine also runs 32-bit programs if it finds the 32-bit libraries.
 unpack_wine32() {
     local system=/usr/lib/x86_64-linux-gnu/wine dll=$wine_state/dll version
     [ ! -e "$dll/i386-windows" ] || return 0
@@ -62,22 +62,22 @@ unpack_wine32() {
     mv "$wine_state"/package/usr/lib/*/wine/i386-windows "$dll/"
 }
 
-# Ends the prefix's own server, whatever is left of it.
+# Ends the Wine server of the prefix.
 end_wine() {
     WINEPREFIX=$wine_state/prefix /usr/lib/wine/wineserver64 -k 2>/dev/null || true
     WINEPREFIX=$wine_state/prefix /usr/lib/wine/wineserver64 -w 2>/dev/null || true
 }
 
-# A display of its own, and Wine with a prefix for it. Both end with the script.
+# Starts a virtual display and Wine with its own prefix. Both end with the script.
 start_wine() {
     local number=$wine_state/display.$$
     mkdir -p "$wine_state"
-    end_wine # one that is left from a run without a display would serve this run, too
+    end_wine # a server left from a run without a display would be used again
     Xvfb -displayfd 3 -screen 0 640x480x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
     xvfb=$!
     trap 'end_wine; kill "$xvfb" 2>/dev/null' EXIT
     while [ ! -s "$number" ]; do
-        kill -0 "$xvfb" # has it ended?
+        kill -0 "$xvfb" # has it exited?
         sleep 0.2
     done
     DISPLAY=:$(cat "$number")
@@ -87,8 +87,8 @@ start_wine() {
         timeout 300 "$root/scripts/wine" wineboot -i >"$wine_state/wineboot.log" 2>&1
 }
 
-# Whether Wine runs 32-bit programs here: its own setup has then run some. A processor or a virtual
-# machine without 32-bit code cannot.
+# Whether Wine can run 32-bit programs here, as the prefix's setup has done then. Some processors and
+# virtual machines cannot.
 runs_32_bit_programs() {
     [ -e "$wine_state/prefix/drive_c/windows/syswow64/kernel32.dll" ]
 }

@@ -1,5 +1,5 @@
-// The composition's camera on real OpenGL: points of the composition are drawn through it, and must
-// light the pixel that was worked out by hand. The viewport is as large as the composition.
+// The composition camera on real OpenGL: points of the composition are rendered and must set the
+// pixel that was computed by hand. The viewport has the size of the composition.
 #include <GL/glew.h>
 
 #include <algorithm>
@@ -55,7 +55,7 @@ protected:
         set(on, AEGP_LayerStream_ROTATION, {rotation[2]});
     }
 
-    // The projection that comes of it, for points as row vectors.
+    // The loaded projection matrix for row vectors.
     Matrix load(const A_Time& time = {0, 1}) {
         glMatrixMode(GL_MODELVIEW);
         AEO::Interface interface(host.inData()->pica_basicP,
@@ -69,7 +69,7 @@ protected:
         return matrix;
     }
 
-    // The pixel that a point of the composition lights.
+    // The pixel set by a point of the composition.
     Place lit(const Point& point, const A_Time& time = {0, 1}) {
         load(time);
         glClear(GL_COLOR_BUFFER_BIT);
@@ -89,7 +89,7 @@ protected:
         makeObject<kglRenderTarget>(kglBufferKind::Texture, kglBufferKind::RenderBuffer);
 };
 
-TEST_F(CameraTest, WithoutACameraTheFrameFillsTheViewport) {
+TEST_F(CameraTest, TheDefaultViewFillsTheViewport) {
     const std::tuple<Point, Place> cases[] = {
         {{32.5, 24.5, 0}, {32, 24}},
         {{32.5, 30.5, 0}, {32, 30}}, // further down
@@ -98,22 +98,22 @@ TEST_F(CameraTest, WithoutACameraTheFrameFillsTheViewport) {
         {{0.5, 47.5, 0}, {0, 47}},
         {{63.5, 47.5, 0}, {63, 47}},
         {{64.5, 24.5, 0}, nowhere},
-        {{53, 9, 80}, {42, 16}}, // 21 and -15 from the middle, halved at twice the distance
+        {{53, 9, 80}, {42, 16}}, // offset 21 and -15 from the centre, halved at twice the distance
         {{32.5, 24.5, 32640 - zoom}, {32, 24}},
         {{32.5, 24.5, 32900 - zoom}, nowhere}, // behind the far plane
         {{32.0125, 24.0125, 1.25 - zoom}, {32, 24}},
-        {{32.0125, 24.0125, 0.75 - zoom}, nowhere}, // before the near plane
+        {{32.0125, 24.0125, 0.75 - zoom}, nowhere}, // in front of the near plane
     };
     for (const auto& [point, place] : cases)
         EXPECT_EQ(lit(point), place) << point[0] << ", " << point[1] << ", " << point[2];
-    comp.pixelAspect = {2, 1}; // twice as much of the world from left to right
+    comp.pixelAspect = {2, 1}; // twice the width of the world is visible
     for (const auto& [x, column] : {std::pair{32.5, 32}, {95.0, 63}, {-31.0, 0}, {97.0, -1}})
         EXPECT_EQ(lit({x, 24.5, 0}).first, column) << x;
 }
 
-// Every point lies 10.5 to the right of the camera's axis and 7.5 above it, at the distance at
-// which the zoom keeps its size; where an aspect or a scale stretches, so far that it gets there.
-TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
+// Every point is 10.5 to the right of the camera's axis and 7.5 above it, at the distance at which
+// the zoom keeps sizes; multiplied where an aspect ratio or a scale divides it.
+TEST_F(CameraTest, ProjectsPointsByPositionAndRotation) {
     constexpr AEGP_CameraType perspective = AEGP_CameraType_PERSPECTIVE;
     constexpr AEGP_CameraType orthographic = AEGP_CameraType_ORTHOGRAPHIC;
     const std::tuple<AEGP_CameraType, Point, A_long, double, Point> cases[] = {
@@ -121,12 +121,12 @@ TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
         {perspective, {0, 0, 0}, 1, 0, {52.5, 22.5, 40}},
         {perspective, {0, 90, 0}, 1, 0, {122, 22.5, -50.5}},  // looks along x; -z is right
         {perspective, {90, 0, 0}, 1, 0, {52.5, -50, -47.5}},  // along -y
-        {perspective, {0, 0, 90}, 1, 0, {49.5, 40.5, 40}},    // y is right, x is up
-        {perspective, {0, 90, 90}, 1, 0, {122, 40.5, -47.5}}, // first about z
+        {perspective, {0, 0, 90}, 1, 0, {49.5, 40.5, 40}},    // +y is right, +x is up
+        {perspective, {0, 90, 90}, 1, 0, {122, 40.5, -47.5}}, // about z first
         {perspective, {0, 0, 0}, 1, 200, {63, 22.5, 40}},     // half of 21
-        {perspective, {0, 0, 0}, 2, 0, {62.5, 22.5, 40}},     // the eye at 52; 21 over 2
-        {perspective, {0, 0, 0}, 2, 100, {94, 22.5, 40}},     // 42 over 2 and 2
-        {orthographic, {0, 0, 0}, 1, 0, {52.5, 22.5, 900}},   // at any distance
+        {perspective, {0, 0, 0}, 2, 0, {62.5, 22.5, 40}},   // the eye is at x = 52; 21 divided by 2
+        {perspective, {0, 0, 0}, 2, 100, {94, 22.5, 40}},   // 42 divided by 2 twice
+        {orthographic, {0, 0, 0}, 1, 0, {52.5, 22.5, 900}}, // at any distance
         {orthographic, {0, 90, 0}, 1, 0, {122, 22.5, -50.5}},
         {orthographic, {0, 0, 0}, 2, 0, {94, 22.5, 900}},
         {orthographic, {0, 0, 0}, 1, 200, {63, 22.5, 40}},
@@ -145,7 +145,7 @@ TEST_F(CameraTest, ACameraSeesAPointWhereItLooksFromItsPlace) {
     }
 }
 
-TEST_F(CameraTest, AnExpressionOnTheZoomDoesNotCount) {
+TEST_F(CameraTest, IgnoresAnExpressionOnTheZoom) {
     hostkit::Stream& zooms = *addCamera({42, 30, -40}).stream(AEGP_LayerStream_ZOOM);
     zooms.expression = u"value / 2";
     zooms.isExpressionEnabled = true;
@@ -153,14 +153,14 @@ TEST_F(CameraTest, AnExpressionOnTheZoomDoesNotCount) {
     EXPECT_EQ(lit({52.5, 22.5, 40}), Place(42, 16));
 }
 
-TEST_F(CameraTest, TheCameraOfTheTimeCounts) {
+TEST_F(CameraTest, UsesTheActiveCameraOfTheTime) {
     hostkit::Layer& camera = addCamera({42, 30, -40});
     camera.inSeconds = 2;
     hostkit::Stream& zooms = *camera.stream(AEGP_LayerStream_ZOOM);
     for (const double seconds : {0, 2})
         zooms.keyframes[zooms.addKeyframe(seconds)].value.value.one_d = 40 + 40 * seconds;
-    EXPECT_EQ(lit({52.5, 22.5, 40}, {1, 1}).first, 45);      // by default 20.5 by 120/80
-    EXPECT_EQ(lit({52.5, 22.5, 40}, {3, 1}), Place(42, 16)); // second 1 of the camera
+    EXPECT_EQ(lit({52.5, 22.5, 40}, {1, 1}).first, 45); // the default camera: 20.5 times 120/80
+    EXPECT_EQ(lit({52.5, 22.5, 40}, {3, 1}), Place(42, 16)); // 1 second in the camera's time
 }
 
 TEST_F(CameraTest, AParentMovesACameraAsItsOwnStreamsWould) {
@@ -170,15 +170,15 @@ TEST_F(CameraTest, AParentMovesACameraAsItsOwnStreamsWould) {
     camera.parent = &parent;
     const Matrix parented = load();
     camera.parent = nullptr;
-    place(camera, {120, 60, -40}, {0, 30, 0}); // x has become y, and y has become -x
+    place(camera, {120, 60, -40}, {0, 30, 0}); // x became y, and y became -x
     set(camera, AEGP_LayerStream_ORIENTATION, {0, 0, 90});
     const Matrix alone = load();
     for (std::size_t i = 0; i < alone.size(); ++i)
         EXPECT_NEAR(parented[i], alone[i], 1e-4) << i;
-    EXPECT_GT(std::abs(alone[1]), 1); // turned indeed
+    EXPECT_GT(std::abs(alone[1]), 1); // the camera is really rotated
 }
 
-TEST_F(CameraTest, WhatCannotBeSeenThroughLeavesTheIdentity) {
+TEST_F(CameraTest, AnInvalidCameraGivesTheIdentity) {
     const Matrix identity{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     comp.defaultCameraDistance = 0;
     EXPECT_EQ(load(), identity);
@@ -200,7 +200,7 @@ TEST(CameraCommand, WritesTheMatrixWithPointsInEveryLocale) {
     request.width = 64;
     request.height = 48;
     request.zoom = 64;
-    // 1 over half of 64/64; 1 over half of 48/64; the planes; the eye at z -64
+    // 1 / (64/64 / 2); 1 / (48/64 / 2); near and far plane; the eye at z = -64
     const std::string start = "2.000000 0.000000 0.000000 0.000000\n"
                               "0.000000 2.666667 0.000000 0.000000\n"
                               "0.000000 0.000000 1.000061 1.000000\n"

@@ -1,5 +1,5 @@
-// The effect's controls: the fixed list, a kernel's place in it, its names, ranges and defaults,
-// and what the kernel reads of them.
+// The effect's controls: the fixed list, the assignment of a kernel's parameters, their names,
+// ranges and defaults, and the values that the kernel reads.
 
 #include <algorithm>
 #include <sstream>
@@ -18,7 +18,7 @@ using namespace hostkit;
 
 namespace {
 
-// "float p <metadata>", with single quotes for the reader's sake.
+// "float p <metadata>", with single quotes for readability.
 std::string parameter(std::string declaration) {
     std::replace(declaration.begin(), declaration.end(), '\'', '"');
     return "parameter " + declaration + ";\n";
@@ -31,7 +31,8 @@ std::string parameters(int count, const std::string& type, const std::string& me
     return all;
 }
 
-// "name flags: the numbers in the order of the record, and the text". Fixed point as it reads.
+// "name flags: the numbers in the order of the record, and the text". Fixed-point numbers are
+// converted.
 std::string describe(const PF_ParamDef& definition) {
     std::ostringstream line;
     const auto list = [&](auto... all) { ((line << ' ' << +all), ...); };
@@ -76,7 +77,7 @@ std::string describe(const PF_ParamDef& definition) {
     return line.str();
 }
 
-// "4-6 24": the controls that the user sees.
+// The visible controls, as "4-6 24".
 std::string visible(Effect& effect) {
     std::string runs;
     const auto isShown = [&](std::size_t i) {
@@ -99,7 +100,7 @@ AEGP_StreamVal2 point(double x, double y) {
     return {.two_d = {x, y}};
 }
 
-using Values = std::vector<std::pair<std::size_t, AEGP_StreamVal2>>; // by control
+using Values = std::vector<std::pair<std::size_t, AEGP_StreamVal2>>; // by control index
 
 class EffectControls : public ModuleTest {
 protected:
@@ -107,9 +108,10 @@ protected:
         return applyKernel(layer,
                            kernelText(declarations, "dst = sampleNearest(src, outCoord());"));
     }
-    // What the user sees of a kernel with these parameters; the names are those of some controls.
-    void expectPlaces(const std::string& declarations, const std::string& controls,
-                      const std::vector<std::pair<std::size_t, std::string>>& names) {
+    // Checks which controls are visible for a kernel with these parameters, and the names of some
+    // of them.
+    void expectControls(const std::string& declarations, const std::string& controls,
+                        const std::vector<std::pair<std::size_t, std::string>>& names) {
         SCOPED_TRACE(declarations);
         Effect& effect = applyWith(declarations);
         EXPECT_EQ(visible(effect), controls);
@@ -123,7 +125,8 @@ protected:
     Layer* small[3] = {&addPicture(3, 2, 1), &addPicture(3, 2, 2), &addPicture(3, 2, 4)};
 };
 
-// The picture of a kernel with this result at every depth, when its controls have these values.
+// Renders a kernel with this result at every depth, with these control values, and checks the
+// pixel.
 void EffectControls::expectRead(const std::string& declarations, const std::string& result,
                                 const Values& values, const Pixel& expected) {
     for (Layer* place : small) {
@@ -135,9 +138,9 @@ void EffectControls::expectRead(const std::string& declarations, const std::stri
         const RenderResult frame = effect.render({});
         ASSERT_EQ(frame.error, 0);
         for (std::size_t k = 0; k < 4; ++k) {
-            const float held = depth == 4 ? expected[k] : std::clamp(expected[k], 0.F, 1.F);
+            const float stored = depth == 4 ? expected[k] : std::clamp(expected[k], 0.F, 1.F);
             const double error = depth == 4 ? 1e-5 : depth == 2 ? 1.01 / 32768 : 0.51 / 255;
-            EXPECT_NEAR(pixelAt(frame.output, 2, 1)[k], held, error) << k;
+            EXPECT_NEAR(pixelAt(frame.output, 2, 1)[k], stored, error) << k;
         }
     }
 }
@@ -160,7 +163,7 @@ TEST_F(EffectControls, AreOneFixedListBeforeAnyKernel) {
         {114, 123, PF_Param_COLOR, "color 0: 255 255 0 0 255 255 0 0"},
     };
     Effect& effect = addEffect(layer);
-    for (int round = 0; round < 2; ++round) { // the same each time that the host asks
+    for (int round = 0; round < 2; ++round) { // the host may request them again
         ASSERT_EQ(effect.setUpParameters(), 0);
         ASSERT_EQ(effect.definitions.size(), 124U);
         EXPECT_EQ(effect.optionsButton(), "PB Info");
@@ -173,50 +176,50 @@ TEST_F(EffectControls, AreOneFixedListBeforeAnyKernel) {
     }
 }
 
-TEST_F(EffectControls, TakeTheirPlacesInTheList) {
-    expectPlaces("", "", {{1, "layer2"}, {44, "fixed"}});
-    expectPlaces(parameter("float3 center"), "44-46", {{44, "center[0]"}, {46, "center[2]"}});
-    expectPlaces(parameters(6, "float4") + parameters(2, "float"), "44-69",
-                 {{67, "float4_5[3]"}, {68, "float_0"}, {69, "float_1"}});
-    expectPlaces(parameters(12, "float4x4") + parameter("float2 v"), "44-93",
-                 {{91, "float4x4_2[15]"}, {92, "v[0]"}, {93, "v[1]"}});
-    expectPlaces(parameter("float p <aeUIControl: 'aePopup'; aePopupString: 'a|b';>"), "24", {});
-    expectPlaces(parameters(11, "float4", " <aeUIControl: 'aeColor';>"), "114-123",
-                 {{114, "float4_0"}, {123, "float4_9"}});
-    expectPlaces(parameter("float2 p <parameterType: 'position';>") + parameter("float2 q"),
-                 "44-45 94", {{94, "p"}, {44, "q[0]"}});
-    // The hint for the control goes before the type, and takes one control whatever it hints.
-    expectPlaces(parameter("float4 p <parameterType: 'colorRGBA'; aeUIControl: 'aePoint';>") +
-                     parameter("float3 a <aeUIControl: 'aeAngle';>") + parameter("float b"),
-                 "44 94 104", {{94, "p"}, {104, "a"}, {44, "b"}});
-    // Two checkboxes are left, so the second "bool4" has no place and "bool2" has.
-    expectPlaces(parameters(6, "bool3") + parameters(1, "bool4") + parameters(1, "bool2"), "4-23",
-                 {{21, "bool3_5[2]"}, {22, "bool2_0[0]"}, {23, "bool2_0[1]"}});
-    expectPlaces("input image4 a; input image4 b; input image4 c; input image4 d;", "1-3",
-                 {{1, "a"}, {3, "c"}});
+TEST_F(EffectControls, AreAssignedInOrderByType) {
+    expectControls("", "", {{1, "layer2"}, {44, "fixed"}});
+    expectControls(parameter("float3 center"), "44-46", {{44, "center[0]"}, {46, "center[2]"}});
+    expectControls(parameters(6, "float4") + parameters(2, "float"), "44-69",
+                   {{67, "float4_5[3]"}, {68, "float_0"}, {69, "float_1"}});
+    expectControls(parameters(12, "float4x4") + parameter("float2 v"), "44-93",
+                   {{91, "float4x4_2[15]"}, {92, "v[0]"}, {93, "v[1]"}});
+    expectControls(parameter("float p <aeUIControl: 'aePopup'; aePopupString: 'a|b';>"), "24", {});
+    expectControls(parameters(11, "float4", " <aeUIControl: 'aeColor';>"), "114-123",
+                   {{114, "float4_0"}, {123, "float4_9"}});
+    expectControls(parameter("float2 p <parameterType: 'position';>") + parameter("float2 q"),
+                   "44-45 94", {{94, "p"}, {44, "q[0]"}});
+    // The aeUIControl hint takes precedence over parameterType, and each hint uses one control.
+    expectControls(parameter("float4 p <parameterType: 'colorRGBA'; aeUIControl: 'aePoint';>") +
+                       parameter("float3 a <aeUIControl: 'aeAngle';>") + parameter("float b"),
+                   "44 94 104", {{94, "p"}, {104, "a"}, {44, "b"}});
+    // Only two checkboxes are left, so the second "bool4" gets no controls but "bool2" does.
+    expectControls(parameters(6, "bool3") + parameters(1, "bool4") + parameters(1, "bool2"), "4-23",
+                   {{21, "bool3_5[2]"}, {22, "bool2_0[0]"}, {23, "bool2_0[1]"}});
+    expectControls("input image4 a; input image4 b; input image4 c; input image4 d;", "1-3",
+                   {{1, "a"}, {3, "c"}});
 }
 
 TEST_F(EffectControls, CutTheirNamesAtWholeCharacters) {
     const std::string label = "A label of 30 characters, long";
-    const std::string wide = "\xE7\xB5\xB5\xE7\xB5\xB5\xE7\xB5\xB5"; // three of three bytes
+    const std::string wide = "\xE7\xB5\xB5\xE7\xB5\xB5\xE7\xB5\xB5"; // 3 times 3 bytes
     const std::string shown = "displayName: '" + label + "';";
-    expectPlaces(parameter("float2 p <aeDisplayName: '" + label + "';>") +
-                     parameter("float4x4 m <" + shown + ">") +
-                     parameter("float q <" + shown + "aeDisplayName: 'Other';>") +
-                     parameter("float2 w <displayName: '" + wide + wide + wide + wide + "';>"),
-                 "44-64",
-                 {{44, label.substr(0, 28) + "[0]"},
-                  {45, label.substr(0, 28) + "[1]"},
-                  {46, label.substr(0, 27) + "[0]"},
-                  {61, label.substr(0, 27) + "[15]"},
-                  {62, "Other"},
-                  {63, wide + wide + wide + "[0]"}});
+    expectControls(parameter("float2 p <aeDisplayName: '" + label + "';>") +
+                       parameter("float4x4 m <" + shown + ">") +
+                       parameter("float q <" + shown + "aeDisplayName: 'Other';>") +
+                       parameter("float2 w <displayName: '" + wide + wide + wide + wide + "';>"),
+                   "44-64",
+                   {{44, label.substr(0, 28) + "[0]"},
+                    {45, label.substr(0, 28) + "[1]"},
+                    {46, label.substr(0, 27) + "[0]"},
+                    {61, label.substr(0, 27) + "[15]"},
+                    {62, "Other"},
+                    {63, wide + wide + wide + "[0]"}});
 }
 
 // The values are the defaults, written through the streams.
-TEST_F(EffectControls, WearTheKernelsRangesAndDefaults) {
+TEST_F(EffectControls, GetTheKernelsRangesAndDefaults) {
     const std::pair<const char*, const char*> rows[] = {
-        // a declaration, if new; a control
+        // declaration (if new); control
         {"int a <aeUIControl: 'aePopup'; aePopupString: 'a|b|c'; maxValue: 2; defaultValue: 2;>",
          "24 a 0: 2 4 1 a|b|c"},
         {"int b <aeUIControl: 'aePopup'; aePopupString: 'x'; maxValue: 5; defaultValue: 9;>",
@@ -273,15 +276,15 @@ TEST_F(EffectControls, WearTheKernelsRangesAndDefaults) {
     }
 }
 
-TEST_F(EffectControls, AreDressedOnceAndUndoneInOneStep) {
+TEST_F(EffectControls, AreConfiguredOnceAndUndoneInOneStep) {
     Effect& effect = applyWith("input image4 other; parameter float2 p < defaultValue: float2(1.0, "
                                "2.0); >;");
-    ASSERT_EQ(host.project.undo->steps().size(), 3U); // the title, the visibility, the defaults
+    ASSERT_EQ(host.project.undo->steps().size(), 3U); // title, visibility, defaults
     for (const UndoHistory::Step& step : host.project.undo->steps())
         EXPECT_EQ(step.name, "");
-    calls::restart();
+    calls::reset();
     EXPECT_EQ(effect.updateParamsUi(), 0);
-    EXPECT_EQ(calls::count(), 3U); // those of any command
+    EXPECT_EQ(calls::count(), 3U); // each command makes three
     EXPECT_EQ(visible(effect), "1 44-45");
     EXPECT_TRUE(host.project.undo->undo());
     EXPECT_EQ(effect.valueAt(45, 0).u.fs_d.value, 0);
@@ -292,7 +295,7 @@ TEST_F(EffectControls, AreDressedOnceAndUndoneInOneStep) {
     EXPECT_EQ(effect.title(), "Tvelmarondine");
 }
 
-TEST_F(EffectControls, AFailedUpdateIsToldOnceAndHidesNothing) {
+TEST_F(EffectControls, AFailedUpdateIsReportedOnceAndHidesNothing) {
     host.scripts.answers = {write("k.pbk", kernelText("parameter float p; parameter float q;",
                                                       "dst = float4(p, q, 0.0, 1.0);"))};
     Effect& effect = addEffect(layer);
@@ -300,22 +303,22 @@ TEST_F(EffectControls, AFailedUpdateIsToldOnceAndHidesNothing) {
     EXPECT_EQ(effect.apply(), calls::injectedError);
     EXPECT_EQ(effect.title(), "TVM:Test");
     EXPECT_EQ(visible(effect), "1-123");
-    calls::restart();
+    calls::reset();
     EXPECT_EQ(effect.updateParamsUi(), 0);
-    EXPECT_EQ(calls::count(), 3U); // those of any command
+    EXPECT_EQ(calls::count(), 3U); // each command makes three
 }
 
-// The definition of a popup carries the kernel's value as it stands.
-TEST_F(EffectControls, HandThePopupsValueOver) {
+// The definition of a popup contains the kernel's default as given.
+TEST_F(EffectControls, KeepAPopupsDefaultInItsDefinition) {
     static std::vector<A_long> values;
     static const PF_ParamUtilsSuite1* real = nullptr;
-    const PF_ParamUtilsSuite1 listening = {
+    const PF_ParamUtilsSuite1 recorder = {
         [](PF_ProgPtr effect, A_long index, const PF_ParamDef* definition) {
             values.push_back(definition->u.pd.value);
             return real->PF_UpdateParamUI(effect, index, definition);
         }};
     real = &tables::paramUtilsSuite();
-    suites::offer(listening.name, listening.version, &listening);
+    suites::offer(recorder.name, recorder.version, &recorder);
     applyWith(
         parameter("int a <aeUIControl: 'aePopup'; aePopupString: 'a|b|c'; defaultValue: 9;>") +
         parameter("int b <parameterType: 'enum'; maxValue: 2; defaultValue: 2;>"));
@@ -359,14 +362,14 @@ TEST_F(EffectControls, AreReadAsTheKernelExpects) {
     expectRead(parameter("float4x4 p"), "float4(p[0][0], p[0][1], p[1][0], p[3][2])",
                {{44, number(.1)}, {45, number(.2)}, {48, number(.3)}, {58, number(.4)}},
                {.1F, .2F, .3F, .4F});
-    // There is no room for the last.
+    // The last parameter gets no control.
     expectRead(parameters(51, "float", " <defaultValue: 0.25;>"),
                "float4(float_50, float_49, float_0, 1.0)", {{93, number(.75)}, {44, number(.5)}},
                {.25F, .75F, .5F, 1});
 }
 
-// Whatever the resolution, a kernel sees its points in pixels of the whole layer.
-TEST_F(EffectControls, PointsAreThoseOfTheFullResolution) {
+// At every resolution, a kernel gets points in pixels of the full-size layer.
+TEST_F(EffectControls, PointsAreInPixelsOfFullResolution) {
     Layer& place = addPicture(400, 40, 4);
     Effect& effect =
         applyKernel(place, kernelText(parameter("float2 p <parameterType: 'position';>") +

@@ -1,4 +1,4 @@
-// The effect's frames: the pixels that a host gets, from which layers, in which part of the frame.
+// Frames of the effect: output pixels, input layers, and parts of the frame.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ namespace {
 
 const std::string copyKernel = kernelText("", "dst = sampleNearest(src, outCoord());");
 
-// A pixel of a picture, transparent black beside it.
+// The world's pixel; transparent black outside of it.
 Pixel within(const World& world, int x, int y) {
     const bool isInside = x >= 0 && y >= 0 && x < world.width && y < world.height;
     return isInside ? pixelAt(world, x, y) : Pixel{};
@@ -30,7 +30,7 @@ protected:
         effect.control(control).constant.value.layer_id = chosen == nullptr ? 0 : chosen->id;
     }
 
-    // The whole output, which has the size of the layer.
+    // Renders and checks the whole output, which has the size of the layer.
     void expectFrame(Effect& effect, const std::function<Pixel(int x, int y)>& expected) {
         const RenderResult result = effect.render({});
         const World& source = effect.layer->source->pixels;
@@ -83,8 +83,7 @@ TEST_F(EffectFrame, KeepsEveryValueOfEachDepth) {
     }
 }
 
-// The frame is as large as the largest layer: all of the others can be read, and nothing beside
-// them.
+// The frame has the size of the largest layer; smaller layers are transparent outside their pixels.
 TEST_F(EffectFrame, GrowsToTheLayersThatAreChosen) {
     const std::string path = write(
         "two.pbk", kernelText("input image4 other;",
@@ -97,7 +96,8 @@ TEST_F(EffectFrame, GrowsToTheLayersThatAreChosen) {
         Layer& other = addPicture(7, 5, bytes);
         other.source->pixelAspect = {2, 1};
         setPixel(other.source->pixels, 3, 2, {0, 1, 0, 0.25F});
-        for (Layer* const all : {&layer, &other}) // alpha below one half: the sum fits
+        // Alpha is below one half, so that sums are at most 1.
+        for (Layer* const all : {&layer, &other})
             for (int i = 0; i < all->source->width * all->source->height; ++i) {
                 World& world = all->source->pixels;
                 Pixel pixel = pixelAt(world, i % world.width, i / world.width);
@@ -117,7 +117,7 @@ TEST_F(EffectFrame, GrowsToTheLayersThatAreChosen) {
     }
 }
 
-TEST_F(EffectFrame, FourImagesAreFedAndAFifthIsTransparent) {
+TEST_F(EffectFrame, FourImagesAreReadAndAFifthIsTransparent) {
     Layer& layer = addPicture(4, 4);
     Layer& small = addPicture(2, 3);
     setPixel(small.source->pixels, 1, 1, {0.2F, 0.4F, 0.6F, 0.8F});
@@ -139,13 +139,13 @@ TEST_F(EffectFrame, FourImagesAreFedAndAFifthIsTransparent) {
     }
 }
 
-// The part that is asked for, out of the whole frame; a kernel may read anywhere for it.
-TEST_F(EffectFrame, GivesThePartThatIsAskedFor) {
+// Renders a part of the frame; the kernel may read anywhere.
+TEST_F(EffectFrame, RendersOnlyTheRequestedPart) {
     Layer& layer = addPicture(8, 6);
     Effect& effect = applyKernel(
         layer, kernelText("", "dst = sampleNearest(src, float2(7.9, 5.9) - outCoord());"));
     const std::vector<A_long> cases[][2] = {
-        // asked for, announced
+        // requested, announced
         {{0, 0, 8, 6}, {0, 0, 8, 6}}, {{3, 1, 7, 4}, {3, 1, 7, 4}}, {{-2, -1, 3, 9}, {0, 0, 3, 6}},
         {{2, 2, 2, 2}, {0, 0, 0, 0}}, {{5, 5, 4, 9}, {0, 0, 0, 0}},
     };
@@ -162,7 +162,7 @@ TEST_F(EffectFrame, GivesThePartThatIsAskedFor) {
     }
 }
 
-TEST_F(EffectFrame, IsTheSameAgainFromMemory) {
+TEST_F(EffectFrame, IsTheSameWithoutTheKernelsFile) {
     Layer& layer = addPicture(6, 5);
     const std::string path = write("copy.pbk", copyKernel);
     const std::string graph =
@@ -180,7 +180,7 @@ TEST_F(EffectFrame, IsTheSameAgainFromMemory) {
     const World once = first.render({}).output;
     EXPECT_EQ(first.render({}).output.data, once.data);
 
-    // From memory: the file may be another by now, or gone.
+    // The kernel is kept in memory; its file may have changed or been deleted.
     write("copy.pbk", kernelText("", "dst = float4(0.0);"));
     EXPECT_EQ(apply(layer, path).render({}).output.data, once.data);
     std::filesystem::remove(path);
@@ -188,8 +188,8 @@ TEST_F(EffectFrame, IsTheSameAgainFromMemory) {
     EXPECT_THAT(shown(), EndsWith("Kernel has been loaded from memory\nTest\n"));
 }
 
-// The size of a pixel and the resolution of the frame, as a kernel sees them.
-TEST_F(EffectFrame, TellsPixelAspectAndResolution) {
+// A kernel gets the pixel aspect ratio and the resolution of the frame.
+TEST_F(EffectFrame, PassesPixelAspectAndResolution) {
     Layer& layer = addPicture(8, 8, 4);
     layer.source->pixelAspect = {3, 2};
     Effect& effect = applyKernel(
@@ -208,11 +208,11 @@ TEST_F(EffectFrame, TellsPixelAspectAndResolution) {
     }
 }
 
-// A layer that has pixels in a part of its frame only, beside a larger one.
+// A layer whose visible pixels are only a part, and a larger second layer.
 TEST_F(EffectFrame, PlacesALayerAtItsOrigin) {
     Layer& layer = addPicture(8, 6);
     layer.contents = PF_LRect{2, 1, 7, 5};
-    setPixel(layer.source->pixels, 3, 2, {0.2F, 0.4F, 0.6F, 0}); // colours without alpha stay
+    setPixel(layer.source->pixels, 3, 2, {0.2F, 0.4F, 0.6F, 0}); // colours with alpha 0 are kept
     Effect& effect = applyKernel(
         layer, kernelText("input image4 other;",
                           "dst = float4(sampleNearest(src, outCoord()).rg, outCoord() / 16.0);"));
@@ -222,7 +222,7 @@ TEST_F(EffectFrame, PlacesALayerAtItsOrigin) {
     ASSERT_EQ(result.output.width, 5);
     ASSERT_EQ(result.output.height, 4);
     for (int i = 0; i < 5 * 4; ++i) {
-        const int x = i % 5 + 2, y = i / 5 + 1; // of the layer
+        const int x = i % 5 + 2, y = i / 5 + 1; // in pixels of the layer
         const Pixel source = pixelAt(layer.source->pixels, x, y);
         const double expected[] = {source[0], source[1], (x + 0.5) / 16, (y + 0.5) / 16};
         for (std::size_t k = 0; k < 4; ++k)
@@ -230,7 +230,7 @@ TEST_F(EffectFrame, PlacesALayerAtItsOrigin) {
     }
 }
 
-TEST_F(EffectFrame, EndsWithTheCodeOfWhatFailed) {
+TEST_F(EffectFrame, ReturnsTheCodeOfTheFailure) {
     Effect& effect = applyKernel(addPicture(), copyKernel);
     World painted = effect.render({}).output;
     std::ranges::fill(painted.data, std::byte{0x5A});
@@ -246,7 +246,7 @@ TEST_F(EffectFrame, EndsWithTheCodeOfWhatFailed) {
     EXPECT_EQ(effect.render({}, painted).error, 1);
 }
 
-TEST_F(EffectFrame, IsLeftAloneWithoutAKernel) {
+TEST_F(EffectFrame, IsUnchangedWithoutAKernel) {
     Effect& effect = addEffect(addPicture());
     ASSERT_EQ(effect.apply(), 0);
     World painted = effect.render({}).output;

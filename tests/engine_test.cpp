@@ -1,4 +1,4 @@
-// Kernels through the engine, on real OpenGL: what the pixels must be is worked out here.
+// Kernels through the engine on real OpenGL, compared with pixels that are computed here.
 
 #include <GL/glew.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr Pixel transparent{};
 
-// One step of the depth, or what float arithmetic may lose.
+// One step of the depth, or the rounding error of float arithmetic.
 float stepOf(unsigned componentBytes) {
     return componentBytes == 1 ? 1.01F / 255 : componentBytes == 2 ? 1.01F / 32768 : 1e-6F;
 }
@@ -29,7 +29,7 @@ protected:
         return static_cast<const Node&>(*graph.nodes[0]);
     }
 
-    // The fixed pipeline's frame.
+    // Checks that the frame is the fixed-function pipeline's white.
     static void expectWhite(pbGraph& graph) {
         std::vector<HostImage> images{pattern(4, 4, 1)};
         const HostImage result = renderImages(graph, images);
@@ -46,7 +46,7 @@ protected:
     const std::string copy_ = kernelText("", "dst = sampleNearest(src, outCoord());");
 };
 
-// What every other test here leans on.
+// The comparison that all tests here use.
 TEST_F(Engine, NothingIsCloseToNaN) {
     const auto nan = [](unsigned x, unsigned) { return Pixel{0, x == 0 ? NAN : 0, 0, 0}; };
     const HostImage image(2, 1, 4, nan);
@@ -54,8 +54,8 @@ TEST_F(Engine, NothingIsCloseToNaN) {
     EXPECT_FALSE(largestError(image, [](unsigned, unsigned) { return transparent; }) <= 1e30F);
 }
 
-// The processor's scale of 16 bits against the driver's own, for every value: into a texture, where
-// the driver doubles, and out of it, where it halves.
+// Compares the conversion of 16-bit values on the processor with the driver's, for every value:
+// uploads, which the driver doubles, and read-backs, which it halves.
 TEST_F(Engine, ScalesSixteenBitsAsTheDriverDoes) {
     using Channels = std::vector<std::uint16_t>;
     Channels all(65536);
@@ -91,8 +91,8 @@ TEST_F(Engine, ScalesSixteenBitsAsTheDriverDoes) {
     EXPECT_EQ(halved, throughDriver(1, 0.5F));
 }
 
-// Rows that do not fit into the staging area.
-TEST_F(Engine, SixteenBitsOfLongRowsComeBackToTheBit) {
+// Rows longer than the staging area.
+TEST_F(Engine, SixteenBitsOfLongRowsAreExact) {
     const auto graph = kernelGraph(copy_);
     const auto value = [](unsigned x, unsigned y) {
         const auto channel = [&](unsigned k) {
@@ -105,7 +105,7 @@ TEST_F(Engine, SixteenBitsOfLongRowsComeBackToTheBit) {
     EXPECT_EQ(largestError(result, value), 0);
 }
 
-// An image that is smaller than the frame, or hangs over its edges, shows the part inside.
+// An image that is smaller than the frame or extends beyond its edges.
 TEST_F(Engine, PlacesAnImageAtItsOrigin) {
     const auto graph = kernelGraph(copy_);
     const std::pair<std::int32_t, std::int32_t> origins[] = {{0, 0},   {10, 20}, {-7, -5}, {35, 25},
@@ -126,7 +126,7 @@ TEST_F(Engine, PlacesAnImageAtItsOrigin) {
         }
 }
 
-// An output that lies at an origin in the frame gets its part of it.
+// An output with an origin gets its part of the frame.
 TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
     const auto graph = kernelGraph(copy_);
     const auto readBack = [&](HostImage& image, const ImageSlot& output) {
@@ -146,7 +146,8 @@ TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
               0);
     EXPECT_TRUE(part.isPaddingIntact());
 
-    // An output that hangs over the frame: what lies outside keeps its pixels, at 16 bits, too.
+    // An output that extends beyond the frame: pixels outside the frame are unchanged, at 16 bits
+    // too.
     const auto grey = [](unsigned, unsigned) { return Pixel{0.5F, 0.5F, 0.5F, 0.5F}; };
     HostImage deep = pattern(8, 6, 2);
     HostImage wide(14, 11, 2, grey);
@@ -157,18 +158,19 @@ TEST_F(Engine, ReadsBackFromTheOutputsOrigin) {
     };
     EXPECT_EQ(largestError(wide, expected), 0);
 
-    // Rows that are shorter than the width: no row may run into the next, or past the last.
+    // Rows that are shorter than the width: rows must not overlap, and nothing is written after the
+    // last.
     HostImage narrow(4, 30, 1);
     ImageSlot shortRows = narrow.slot(-1);
     shortRows.width = 40;
     shortRows.rowPixels = 4;
     shortRows.height = 10;
     readBack(image, shortRows);
-    EXPECT_EQ(narrow.at(0, 6), HostImage(4, 30, 1).at(0, 6)); // the third pixel behind row 9
+    EXPECT_EQ(narrow.at(0, 6), HostImage(4, 30, 1).at(0, 6)); // the third pixel after row 9
 }
 
-// With downsampling the middle of a full-size pixel lies between others, along each axis: a quarter
-// of the way to the next at half the resolution.
+// With downsampling, the centre of a full-size pixel lies between frame pixels: at half the
+// resolution, a quarter of a pixel from one.
 TEST_F(Engine, FiltersLinearlyWhereTheFrameIsDownsampled) {
     const auto graph = kernelGraph(copy_);
     for (const bool isAcross : {true, false}) {
@@ -206,8 +208,8 @@ TEST_F(Engine, SendsFrameAndPixelSizes) {
     EXPECT_EQ(largestError(output, [](unsigned, unsigned) { return Pixel{2.5F, 1, 1.25F, 6}; }), 0);
 }
 
-// Between frames nothing of a frame is left: storage of one pixel, scales at 1.
-TEST_F(Engine, LeavesNothingBehindAFrame) {
+// After a frame the textures have one pixel, and the scale is 1.
+TEST_F(Engine, ReleasesTextureStorageAfterAFrame) {
     const auto graph = kernelGraph(copy_);
     std::vector<HostImage> images{pattern(8, 6, 2)};
     renderImages(*graph, images);
@@ -222,16 +224,16 @@ TEST_F(Engine, LeavesNothingBehindAFrame) {
     EXPECT_EQ(scale, 1.0F);
 }
 
-// A shader that fails is told on all three channels and on standard output; the graph stays, and
-// the frame is the fixed pipeline's white.
+// A shader that does not compile is reported on all three channels and on standard output; the
+// graph is kept, and the frame is the fixed-function pipeline's white.
 TEST_F(Engine, ReportsAShaderThatDoesNotCompile) {
     testing::internal::CaptureStdout();
     const auto graph = kernelGraph(kernelText("", "dst = nothing;"));
     const std::string printed = testing::internal::GetCapturedStdout();
-    const std::string told = "!!!Test vertex shader failed to compile\n"
-                             "!!!Test fragment shader failed to compile\n";
-    EXPECT_TRUE(info().starts_with(told)) << info();
-    EXPECT_TRUE(trace().starts_with(told)) << trace();
+    const std::string message = "!!!Test vertex shader failed to compile\n"
+                                "!!!Test fragment shader failed to compile\n";
+    EXPECT_TRUE(info().starts_with(message)) << info();
+    EXPECT_TRUE(trace().starts_with(message)) << trace();
     EXPECT_TRUE(log().starts_with("Test(v)\n")) << log();
     EXPECT_NE(log().find("\n\nTest(f)\n"), std::string::npos) << log();
     EXPECT_TRUE(
@@ -239,7 +241,7 @@ TEST_F(Engine, ReportsAShaderThatDoesNotCompile) {
     EXPECT_NE(printed.find("}\n****************************\n"), std::string::npos);
     EXPECT_NE(printed.find("*********** fglsl **********\n#define parameter uniform\n"),
               std::string::npos);
-    const std::string words = log().substr(log().find("Test(f)\n") + 8); // the compiler's own words
+    const std::string words = log().substr(log().find("Test(f)\n") + 8); // the driver's log
     EXPECT_GT(words.size(), 10U);
     EXPECT_TRUE(
         printed.ends_with("}\n****************************\n" + words.substr(0, words.size() - 2)));
@@ -267,13 +269,13 @@ TEST_F(Engine, ReportsAProgramThatDoesNotLink) {
     expectWhite(*graph);
 }
 
-// Drivers crash over programs that need more than they have: Mesa does from some 300 numbers on.
-TEST_F(Engine, RefusesDependentsBeyondTheDriversLimit) {
+// Drivers crash with programs that exceed their limits: Mesa does from about 300 components.
+TEST_F(Engine, RejectsDependentsBeyondTheDriversLimit) {
     GLint limit = 0;
     glGetIntegerv(GL_MAX_VARYING_FLOATS, &limit);
-    const char* position = "sum + 0.0 * outCoord().x"; // which takes four more
+    const char* position = "sum + 0.0 * outCoord().x"; // uses four more components
     const std::tuple<int, const char*, int> cases[] = {
-        // how many, the pixel, components needed (0: it links, and gives the sum of all)
+        // count, pixel, components needed (0: it links, and the pixel is the sum of all)
         {limit - 4, position, 0},      {limit, "sum", 0}, {limit - 3, position, limit + 1},
         {limit + 1, "sum", limit + 1}, {385, "sum", 385}, {1024, position, 1028}};
     for (const auto& [count, pixel, needed] : cases) {
@@ -284,10 +286,10 @@ TEST_F(Engine, RefusesDependentsBeyondTheDriversLimit) {
             "void evaluatePixel() { float sum = 0.0; for (int i = 0; i < n; ++i) sum += a[i];"
             "dst = float4(" +
             pixel + "); } }";
-        const std::size_t told = log().size();
+        const std::size_t message = log().size();
         const auto graph = kernelGraph(text);
         EXPECT_EQ(nodeOf(*graph).impl->isLinked, needed == 0) << text << log();
-        EXPECT_EQ(log().substr(told),
+        EXPECT_EQ(log().substr(message),
                   needed == 0
                       ? ""
                       : "Test(l)\nThe dependents need " + std::to_string(needed) +
@@ -298,19 +300,19 @@ TEST_F(Engine, RefusesDependentsBeyondTheDriversLimit) {
     }
 }
 
-// A frame larger than any texture: the storage is refused, and the frame says so; the log hears of
-// it once in a row.
-TEST_F(Engine, TellsWhenOpenGLRefusesAFrame) {
+// A frame larger than any texture is reported as failed; in the log only once for consecutive
+// failures.
+TEST_F(Engine, ReportsAFrameThatOpenGLRejects) {
     const auto graph = kernelGraph(copy_);
-    const std::string told = "!!!Test OpenGL error: invalid value\n";
+    const std::string message = "!!!Test OpenGL error: invalid value\n";
     std::string expectedInfo;
     for (const bool isTooLarge : {true, true, false, true}) {
         std::vector<HostImage> images{pattern(isTooLarge ? 1U << 20 : 8, 1, 1)};
-        glEnable(0xFFFF); // an error of somebody else
+        glEnable(0xFFFF); // an error left by other code
         const HostImage result = renderImages(*graph, images);
         EXPECT_EQ(graph->frameError, isTooLarge ? static_cast<unsigned>(GL_INVALID_VALUE) : 0U);
         if (isTooLarge)
-            expectedInfo += told;
+            expectedInfo += message;
         else
             EXPECT_EQ(result.at(7, 0), testPattern(7, 0));
         EXPECT_EQ(info(), expectedInfo);

@@ -20,17 +20,17 @@ namespace {
 
 using File = _JST::File<aeAllocator>;
 using Folder = _JST::Folder<aeAllocator>;
-using Names = std::set<std::string>; // the system's order is not specified
+using Names = std::set<std::string>; // the system's order is unspecified
 
 std::ptrdiff_t openDescriptors() {
-#ifdef _WIN32 // there no open file can be removed, so the end of the test's folder would tell
+#ifdef _WIN32 // an open file would keep the test's folder from being removed
     return 0;
 #else
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 #endif
 }
 
-// Each test works in a folder of its own, and leaves nothing open.
+// Each test uses its own folder and must leave no file open.
 class Files : public RunningCommand {
 protected:
     ~Files() override { EXPECT_EQ(openDescriptors(), descriptorsBefore_); }
@@ -48,7 +48,7 @@ protected:
         return std::string(file.read(0).text());
     }
 
-    // The names in a list; each path must lead to its entry.
+    // The names in a list; each path must exist.
     static Names namesIn(const _JST::Array<aeAllocator>& list) {
         Names names;
         for (std::size_t i = 0; i < list.size(); ++i) {
@@ -66,13 +66,13 @@ protected:
 
 } // namespace
 
-TEST_F(Files, ModesDoWhatTheySay) {
+TEST_F(Files, OpenModes) {
     File file(in("log.txt").c_str());
     EXPECT_FALSE(file.open('r') || file.open('e') || file.open('x') || file.exists());
     EXPECT_TRUE(file.close() && file.read(3).text().empty() && !file.write("closed"));
     EXPECT_TRUE(file.open('w') && file.write("one\r\ntwo\n"));
     EXPECT_FALSE(file.write("") || file.remove());
-    EXPECT_TRUE(file.open('a') && file.write("three")); // closed, and so written, in between
+    EXPECT_TRUE(file.open('a') && file.write("three")); // closing in between writes the data
     EXPECT_EQ(file.read(0).text(), "") << "only for writing";
     EXPECT_TRUE(file.open('e') && file.write("ONE"));
     EXPECT_EQ(file.read(0).text(), "\r\ntwo\nthree");
@@ -95,14 +95,14 @@ TEST_F(Files, ModesDoWhatTheySay) {
 
 #ifdef _WIN32
 
-TEST_F(Files, WhatIsNoFileOpensNothing) {
+TEST_F(Files, NonFilesAreNotOpened) {
     for (const std::string& path : {""s, root_, in("none/file"), in("a*")})
         for (const char mode : "rewa")
             EXPECT_FALSE(File(path.c_str()).open(mode)) << path << " " << mode;
     EXPECT_FALSE(File(std::string(1U << 20, '\\').c_str()).exists()) << "no path is that long";
 }
 
-TEST_F(Files, PathsOfEveryFormLeadToTheirFile) {
+TEST_F(Files, OpensPathsOfEveryForm) {
     const std::string root = fs::path(root_).make_preferred().string();
     ASSERT_EQ(root.substr(1, 2), ":\\");
     put("a.pbk", "found");
@@ -111,7 +111,7 @@ TEST_F(Files, PathsOfEveryFormLeadToTheirFile) {
         EXPECT_EQ(namesIn(Folder(folder.c_str()).listFiles()), Names{"a.pbk"}) << folder;
         EXPECT_EQ(readAll(folder + "\\a.pbk"), "found") << folder;
     }
-    std::string deep = root_; // far beyond what the system's plain paths may be
+    std::string deep = root_; // longer than the system's limit for plain paths
     for (int level = 0; level < 8; ++level) {
         deep += "/" + std::string(50, static_cast<char>('a' + level));
         EXPECT_TRUE(Folder(deep.c_str()).create()) << deep.size();
@@ -125,7 +125,7 @@ TEST_F(Files, PathsOfEveryFormLeadToTheirFile) {
         EXPECT_TRUE(Folder(deep.c_str()).remove()) << deep.size();
 }
 
-TEST_F(Files, WhatOthersHoldOrForbidIsLeftAlone) {
+TEST_F(Files, LockedAndForbiddenFilesAreUnchanged) {
     const std::string path = put("locked.pbk", "text");
     HANDLE other =
         CreateFileW(fs::path(path).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -135,7 +135,7 @@ TEST_F(Files, WhatOthersHoldOrForbidIsLeftAlone) {
     CloseHandle(other);
     EXPECT_EQ(readAll(path), "text");
     SetFileAttributesW(fs::path(path).c_str(), FILE_ATTRIBUTE_READONLY);
-    // Wine lets the machine's administrator write even so.
+    // Under Wine, an administrator may write to it anyway.
     HANDLE writer =
         CreateFileW(fs::path(path).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     CloseHandle(writer);
@@ -148,7 +148,7 @@ TEST_F(Files, WhatOthersHoldOrForbidIsLeftAlone) {
 
 #else
 
-TEST_F(Files, WhatIsNoFileOpensNothingAndNeverWaits) {
+TEST_F(Files, NonFilesAreNotOpenedAndNeverBlock) {
     EXPECT_EQ(mkfifo(in("pipe").c_str(), 0600), 0);
     for (const std::string& path : {""s, root_, in("pipe"), in("none/file")})
         for (const char mode : "rewa")
@@ -163,13 +163,13 @@ TEST_F(Files, WhatIsNoFileOpensNothingAndNeverWaits) {
 
 #endif
 
-TEST_F(Files, AFolderListsAllThatCanBeNamed) {
+TEST_F(Files, AFolderListsAllRepresentableNames) {
     const std::string folder = "\xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x8e\xa8";
     EXPECT_TRUE(Folder(in(folder).c_str()).create() && fs::is_directory(pathOf(in(folder))));
     Names files = {"\xf0\x9d\x84\x9e.pbk", std::string(255, 'n'), "README", ".hidden"};
 #ifndef _WIN32
     files.insert("a\\b");
-    put(folder + "/a\\b"); // only an existing file can have a backslash in its name
+    put(folder + "/a\\b"); // a backslash is possible only in an existing file's name
 #endif
     for (const std::string& name : files) {
         File file(in(folder + "/" + name).c_str());
@@ -179,7 +179,7 @@ TEST_F(Files, AFolderListsAllThatCanBeNamed) {
     fs::create_directories(pathOf(in(folder + "/sub.folder/deep")));
     Names folders = {"sub.folder"};
 #ifndef _WIN32
-    put(folder + "/no \xff text"); // has no name in UTF-16
+    put(folder + "/no \xff text"); // cannot be represented in UTF-16
     fs::create_directory_symlink(root_, in(folder + "/link"));
     folders.insert("link");
 #endif

@@ -1,4 +1,4 @@
-// The texts that go to the GLSL compiler, whole.
+// The generated GLSL, compared as a whole.
 #include <set>
 #include <string>
 #include <utility>
@@ -48,7 +48,7 @@ TEST_F(GeneratorTest, writesAStandaloneKernel) {
     EXPECT_NE(most.vertex.find("#define tvek__INPUT_MAX 8\n"), std::string::npos);
 }
 
-// Integers and truths travel as floats.
+// Integers and booleans are passed as floats.
 TEST_F(GeneratorTest, writesANodeOfAGraph) {
     const std::string dependents = "dependent int _n;dependent bool b;dependent int2 m;"
                                    "dependent bool4 c;dependent";
@@ -84,7 +84,7 @@ TEST_F(GeneratorTest, writesANodeOfAGraph) {
     EXPECT_EQ(std::string(fragment),
               common + "\t_n = int(_tvek_n);\n\tb = bool(tvek_b);\n\tm = int2(tvek_m);\n"
                        "\tc = bool4(tvek_c);\n\tevaluatePixel();\n\tgl_FragColor = o.rgba;\n}\n");
-    // Without dependents the vertices need no parameters.
+    // Without dependents, the vertex shader has no parameters.
     EXPECT_EQ(generateNodeShaders(graph, 1, vertex, fragment, 0), 0);
     EXPECT_TRUE(std::string(vertex).ends_with("void evaluateParameters(){}\n\nvoid main(void)\n{\n"
                                               "\ttvek_vertexPosition = gl_Vertex;\n"
@@ -113,7 +113,7 @@ TEST_F(GeneratorTest, countsTheVaryingsThatAreRead) {
     }
 }
 
-// Applied as GLSL does: component i of the result is the named component of the source.
+// GLSL's swizzle: component i of the result is the named component of the source.
 std::string swizzled(const std::string& source, const std::string& swizzle) {
     std::string result;
     for (const char component : swizzle.substr(1))
@@ -128,7 +128,7 @@ TEST_F(GeneratorTest, undoesEachChannelOrder) {
         orders.insert(order.in);
     }
     EXPECT_EQ(orders.size(), 24U);
-    // Alpha, red, green, blue in memory, seen as r, g, b, a.
+    // Memory order alpha, red, green, blue, read as r, g, b, a.
     EXPECT_EQ(swizzled("ARGB", channelOrders[hostSwizzle].in), "RGBA");
     const Texts beyond = standaloneTexts("output pixel4 o;", 24);
     EXPECT_EQ(beyond.vertex.find("#define tvek_SWIZZLE_IN"), std::string::npos);

@@ -1,5 +1,5 @@
-// The device and the window system below it, with real contexts. The "host" here is a program that
-// uses OpenGL on its own, as the process around the module does.
+// The device and the window system below it, with real contexts. "Host" here means a program that
+// uses OpenGL itself, like the process that loads the module.
 #include <string>
 #include <utility>
 
@@ -28,7 +28,7 @@ protected:
     ~GpuTest() override { EXPECT_EQ(currentContext(), CurrentContext{}); }
 };
 
-TEST_F(GpuTest, ADeviceMayBeMadeAndEndedAgainAndAgain) {
+TEST_F(GpuTest, ADeviceCanBeCreatedRepeatedly) {
     for (int load = 0; load < 3; ++load) {
         Device device;
         createDevice(device.glWindow, device.glDeviceContext, device.glRenderContext);
@@ -43,8 +43,8 @@ TEST_F(GpuTest, ADeviceMayBeMadeAndEndedAgainAndAgain) {
     }
 }
 
-// The class name has 64 bytes, 18 of them in front of the device's name.
-TEST_F(GpuTest, ANameThatDoesNotFitMakesNoDevice) {
+// The class name is limited to 64 bytes, 18 of them before the device's name.
+TEST_F(GpuTest, ATooLongNameCreatesNoDevice) {
     for (const std::size_t length : {45U, 46U, 47U, 63U, 70U}) {
         const std::string name(length, 'n');
         setDeviceName(name.c_str());
@@ -59,7 +59,7 @@ TEST_F(GpuTest, ANameThatDoesNotFitMakesNoDevice) {
     }
 }
 
-TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
+TEST_F(GpuTest, ASwitchRestoresTheHostsContext) {
     for (const HostKind& kind : hostKinds()) {
         const HostContext host(kind);
         const OwnedDevice device;
@@ -84,7 +84,7 @@ TEST_F(GpuTest, ASwitchGivesBackWhatTheHostHadCurrent) {
     }
 }
 
-TEST_F(GpuTest, AMissingFeatureIsNamed) {
+TEST_F(GpuTest, NamesAMissingFeature) {
     EXPECT_STREQ(missingFeature(), "an OpenGL context");
     const OwnedDevice device;
     const ContextSwitch inDevice(device);
@@ -100,8 +100,8 @@ TEST_F(GpuTest, AMissingFeatureIsNamed) {
 
 #ifdef _WIN32
 
-// The class is there already, and its windows refuse to be made.
-TEST_F(GpuTest, WithoutAWindowEverythingGoesOn) {
+// The window class already exists and rejects the creation of windows.
+TEST_F(GpuTest, WithoutAWindowADeviceHasNoContext) {
     WNDCLASSEXA taken{};
     taken.cbSize = sizeof(taken);
     taken.lpfnWndProc = [](HWND window, UINT message, WPARAM first, LPARAM second) -> LRESULT {
@@ -128,7 +128,7 @@ TEST_F(GpuTest, ReportsOnTheDebugOutputAndOnlyOnRequest) {
     const auto text = [](GLenum name) {
         return std::string(reinterpret_cast<const char*>(glGetString(name)));
     };
-    // One message of the debug output is cut at 1023 bytes, and the list of extensions is longer.
+    // A message of the debug output is cut at 1023 bytes, and the list of extensions is longer.
     const std::string extensions = ("Extentions : " + text(GL_EXTENSIONS) + "\n").substr(0, 1023);
     EXPECT_EQ(debugOutputOf(reportVersion),
               "OpenGL Version Infomation\nVendor   : " + text(GL_VENDOR) + "\nRenderer : " +

@@ -1,4 +1,4 @@
-// Graph documents: what they become in the model, their values and their parameter expressions.
+// Graph documents: the resulting model, its values and its parameter expressions.
 #include <array>
 #include <string>
 #include <tuple>
@@ -18,7 +18,7 @@ const std::string wholeDocument = R"xml(<?xml version="1.0" encoding="UTF-8"?>
 <graph name="NameOfMoreThanThirtyOneCharacters" languageVersion="2.5">
   <connect fromImage="in" toNode="n1" toInput="src"/>
   <metadata name="namespace" value="space"/> <metadata name="vendor" value="V &amp; W"/>
-  <metadata name="version" value="3"/> <metadata value="nobody"/>
+  <metadata name="version" value="3"/> <metadata value="unnamed"/>
   <metadata name="description" value="a &lt;long&gt; text"/>
   <parameter type="float2" name="amount"> text
     <metadata name="defaultValue" value="0.5,1e1"/> <metadata name="minValue" value="-1"/>
@@ -84,7 +84,7 @@ TEST_F(GraphReaderTest, readsAWholeDocument) {
 }
 
 TEST_F(GraphReaderTest, readsVersions) {
-    // The text, and what reading gives: the result, the language version, the graph's version.
+    // The text; the result, the language version, the graph's version.
     const std::pair<const char*, std::array<int, 3>> cases[] = {
         {"\xEF\xBB\xBF<graph languageVersion='2'><metadata name='version'/></graph>", {0, 2, 1}},
         {"<graph languageVersion='x'><metadata name='version' value='x'/></graph>", {0, 1, 1}},
@@ -101,7 +101,7 @@ TEST_F(GraphReaderTest, readsVersions) {
 }
 
 TEST_F(GraphReaderTest, readsConnections) {
-    // The attributes, the names from, fromOutput, to and toInput, and the kind.
+    // The attributes; the names from, fromOutput, to and toInput; the kind.
     const std::tuple<std::string, const char*, pbConnectionKind> cases[] = {
         {"fromImage='i' toNode='n' toInput='src'", "i||n|src", ImageToNode},
         {"fromNode='n' fromOutput='o' toNode='m' toInput='s'", "n|o|m|s", NodeToNode},

@@ -1,4 +1,5 @@
-// Graph files through the engine: wiring, order, cycles, and pixels against the kernels one by one.
+// Graph files through the engine: connections, order, cycles, and pixels compared with single
+// kernels.
 
 #include <GL/glew.h>
 
@@ -11,7 +12,7 @@
 
 namespace {
 
-// Documents for tests, put together piece by piece.
+// Builder of graph documents.
 class Document {
 public:
     Document& add(const std::string& element) {
@@ -31,7 +32,7 @@ public:
         return add("<node id='" + id + "' name='" + kernelName + "'><evaluateParameters>" +
                    evaluateParameters + "</evaluateParameters></node>");
     }
-    // "id.a=source", "id.b=source" and "=source" for the output, with blanks between; "in" is the
+    // "id.a=source", "id.b=source" and "=source" for the output, separated by blanks; "in" is the
     // image.
     Document& wire(const std::string& wires) {
         std::istringstream words(wires);
@@ -67,7 +68,7 @@ protected:
         return renderImages(graph, images);
     }
 
-    // The pixels that all passes of one frame draw together.
+    // The number of pixels drawn by all passes of a frame.
     GLuint drawnPixels(pbGraph& graph) {
         GLuint query = 0;
         GLuint drawn = 0;
@@ -91,7 +92,7 @@ protected:
     }
 };
 
-// A chain gives to the last bit what its kernels give one after another, values beyond 0 to 1 kept.
+// A chain gives the same bits as its kernels one after another; values outside 0 to 1 are kept.
 TEST_F(Graph, ChainEqualsTheKernelsInTurn) {
     const std::string grow = "dst = sample(a, outCoord()) * 3.7 - 1.3;";
     const std::string bend = "pixel4 p = sample(a, outCoord()); dst = p * p + 0.1;";
@@ -116,8 +117,8 @@ TEST_F(Graph, ChainEqualsTheKernelsInTurn) {
     EXPECT_EQ(info() + log(), "");
 }
 
-// Both inputs read the same node; it and everything else is drawn once in a frame, and what the
-// output does not need is not drawn. The second connection to the output counts.
+// A node that two inputs read is drawn once in a frame; nodes that the output does not need are not
+// drawn. The second connection to the output wins.
 TEST_F(Graph, DrawsANodeOnceHoweverManyReadIt) {
     Document document;
     document.kernel("copy", "a", copyBody).kernel("add", "ab", addBody);
@@ -129,9 +130,9 @@ TEST_F(Graph, DrawsANodeOnceHoweverManyReadIt) {
     EXPECT_LE(largestError(result, times(3)), 1e-6F);
 }
 
-// A texture serves again only behind its last reader: `n` is read before and after `half` and `b`
-// are drawn. The textures that a frame holds at one time follow the graph's width, not its length.
-TEST_F(Graph, ReusesTexturesThatNothingReadsAnyMore) {
+// A texture is reused only after its last reader: `n` is read before and after `half` and `b` are
+// drawn. The number of textures depends on the graph's width, not on its length.
+TEST_F(Graph, ReusesTexturesAfterTheirLastReader) {
     constexpr std::uint64_t texture = 16 * 9 * 16; // bytes
     Document crossing;
     crossing.kernel("copy", "a", copyBody).kernel("half", "a", copyBody + "dst *= 0.5;");
@@ -157,9 +158,9 @@ TEST_F(Graph, ReusesTexturesThatNothingReadsAnyMore) {
     }
 }
 
-// A graph that keeps its textures takes no fresh storage for a frame like the one before, and holds
-// nothing of another size.
-TEST_F(Graph, KeepsTheTexturesOfAFrameIfItMay) {
+// With kept textures, a frame like the one before allocates no storage, and another size releases
+// the old one.
+TEST_F(Graph, KeepsTexturesBetweenFramesIfEnabled) {
     Document chain;
     chain.kernel("copy", "a", copyBody).node("x", "copy").node("y", "copy").node("z", "copy");
     const auto graph = fileGraph(chain.wire("x.a=in y.a=x z.a=y =z").text());
@@ -175,15 +176,15 @@ TEST_F(Graph, KeepsTheTexturesOfAFrameIfItMay) {
     };
     EXPECT_EQ(storedBytes(16, 4), 2U * 16 * 9 * 16);
     EXPECT_EQ(storedBytes(16, 4), 0U);
-    EXPECT_EQ(storedBytes(16, 1), 2U * 16 * 9 * 4 + 2 * 4); // two shrink to a single pixel
+    EXPECT_EQ(storedBytes(16, 1), 2U * 16 * 9 * 4 + 2 * 4); // two textures shrink to one pixel
     EXPECT_EQ(storedBytes(16, 1), 0U);
     EXPECT_EQ(storedBytes(8, 4), 2U * 8 * 9 * 16 + 2 * 4);
     EXPECT_EQ(storedBytes(8, 4), 0U);
 }
 
-// Where a pass leaves a pixel alone, by GLSL's own word however it is written, or an image has
-// none, the frame is transparent, although the texture has served another node of the frame before.
-TEST_F(Graph, PixelsThatNothingWritesAreTransparent) {
+// Pixels that a pass discards, however the discard is written, and pixels outside an image are
+// transparent, even if the texture was used by another node of the frame before.
+TEST_F(Graph, UnwrittenPixelsAreTransparent) {
     const auto white = [](unsigned, unsigned) { return Pixel{1, 1, 1, 1}; };
     const auto stripes = [](unsigned x, unsigned) {
         const float shown = x % 2 == 0 ? 1.0F : 0.0F;
@@ -233,8 +234,8 @@ TEST_F(Graph, PixelsThatNothingWritesAreTransparent) {
         }
 }
 
-// evaluateParameters feeds two nodes from one parameter; its name may be as long as it likes.
-TEST_F(Graph, ParametersReachEveryNode) {
+// evaluateParameters sets parameters of two nodes from one; its name may be of any length.
+TEST_F(Graph, PassesParametersToEveryNode) {
     const std::string name = "aParameterWithANameOfMoreThanThirtyOneBytes";
     Document document;
     document.add("<parameter name='" + name + "' type='float'>");
@@ -262,9 +263,8 @@ TEST_F(Graph, ParametersReachEveryNode) {
     EXPECT_LE(largestError(result, expected), 1e-5F) << log();
 }
 
-// One node reads the image pixel by pixel, the next between two; so does a third, whose kernel
-// reads at the middle and only the text that computes its parameters off it. A node hands on the
-// frame's pixel size.
+// Each node selects the filter of its inputs by the sampling functions it uses, and passes on the
+// frame's pixel size. The third kernel reads at pixel centres, except in its parameter expressions.
 TEST_F(Graph, FiltersForEachNodeAsItReads) {
     const std::string between = "sampleLinear(a, outCoord() + float2(0.5, 0.0))";
     Document document;
@@ -294,8 +294,8 @@ TEST_F(Graph, FiltersForEachNodeAsItReads) {
     EXPECT_LE(largestError(output, expected), 1e-4F) << log();
 }
 
-// An image wins over a node of its name. A file's names are cut to 31 bytes, a kernel's own are
-// not.
+// An image takes precedence over a node of the same name. Names in a graph are cut to 31 bytes,
+// names in a kernel are not.
 TEST_F(Graph, FindsNodesAndInputsByName) {
     const std::string name(40, 'x');
     Document document;
@@ -309,8 +309,8 @@ TEST_F(Graph, FindsNodesAndInputsByName) {
     EXPECT_EQ(largestError(result, times(2)), 0);
 }
 
-// The input's image goes straight out when a connection says so. The texture has the frame's size,
-// which may exceed the output's: nothing outside the output may be written.
+// A connection can copy the input image to the output. The texture has the frame's size, which may
+// exceed the output's: nothing outside the output may be written.
 TEST_F(Graph, AnImageAsOutputStaysInsideTheOutput) {
     const auto graph = fileGraph(Document().wire("=in").text());
     for (const unsigned depth : {1U, 2U, 4U}) {
@@ -321,7 +321,7 @@ TEST_F(Graph, AnImageAsOutputStaysInsideTheOutput) {
         frame.height = 30;
         frame.images[0] = image.slot(0);
         renderFrame(*graph, frame, output);
-        // This path reads the four channels back in the opposite order.
+        // This copy reverses the four channels.
         const auto reversed = [](unsigned x, unsigned y) {
             const Pixel p = testPattern(x, y);
             return Pixel{p[1], p[0], p[3], p[2]};
@@ -330,44 +330,45 @@ TEST_F(Graph, AnImageAsOutputStaysInsideTheOutput) {
     }
 }
 
-// What nothing feeds is transparent, and never followed; what cannot be resolved is passed over.
-TEST_F(Graph, OpenInputsAreTransparent) {
+// Unconnected inputs are transparent, and connections that cannot be resolved are ignored.
+TEST_F(Graph, UnconnectedInputsAreTransparent) {
     Document document;
     document.kernel("add", "ab", addBody + "dst += 0.125;").node("n", "add");
-    const auto graph = fileGraph(document.wire("n.a=nobody n.x=in nobody.a=in =n").text());
+    const auto graph = fileGraph(document.wire("n.a=unknown n.x=in unknown.a=in =n").text());
     ASSERT_TRUE(isRunnable(*graph));
     const HostImage result = render(*graph);
     const auto expected = [](unsigned, unsigned) { return Pixel{0.125F, 0.125F, 0.125F, 0.125F}; };
     EXPECT_EQ(largestError(result, expected), 0);
 }
 
-TEST_F(Graph, RefusesWhatCannotRun) {
+TEST_F(Graph, RejectsGraphsThatCannotRun) {
     const std::string cycle = "Cyclick Dependency detected.\ng\n";
     const std::tuple<const char*, std::string, bool> cases[] = {
-        // the wires, what is told, whether it runs
+        // connections, messages, whether it runs
         {"x.a=in", "No output node.\ng\n", false},
-        {"=nobody", "", false},
+        {"=unknown", "", false},
         {"x.b=x =x", cycle, false},
         {"y.a=x x.b=y =x", cycle, false},
-        {"y.a=x x.b=y z.a=x =z", cycle, false}, // behind the output
-        {"y.a=x x.b=y =z", "", true},           // nowhere near it
+        {"y.a=x x.b=y z.a=x =z", cycle, false}, // after the output
+        {"y.a=x x.b=y =z", "", true},           // not connected to the output
         {"=many", "Too many inputs.\ng\n", false},
     };
     std::string before;
-    for (const auto& [wires, told, runs] : cases) {
+    for (const auto& [wires, message, runs] : cases) {
         Document document;
         document.kernel("add", "ab", addBody).node("x", "add").node("y", "add").node("z", "add");
-        if (told.starts_with("Too many"))
+        if (message.starts_with("Too many"))
             document.kernel("nine", "abcdefghi", "dst = float4(0.0);").node("many", "nine");
         const auto graph = fileGraph(document.wire(wires).text());
         EXPECT_EQ(isRunnable(*graph), runs) << wires;
-        EXPECT_EQ(info().substr(before.size()), told) << wires;
+        EXPECT_EQ(info().substr(before.size()), message) << wires;
         before = info();
     }
 }
 
-// Each node reads the one before it twice: a second look at any would never end.
-TEST_F(Graph, LaddersAndLongChainsRunAtOnce) {
+// Each node reads the one before it twice: visiting a node more than once would take exponential
+// time.
+TEST_F(Graph, SharedAndLongChainsRunInLinearTime) {
     for (const int length : {40, 1000}) {
         const std::string kernel = length == 40 ? "half" : "copy";
         Document document;
@@ -385,9 +386,8 @@ TEST_F(Graph, LaddersAndLongChainsRunAtOnce) {
     }
 }
 
-// At whichever allocation the host's memory ends, the command ends with its code and nothing is
-// kept.
-TEST_F(Graph, RunsOutOfMemoryInAnOrderlyWay) {
+// If any host allocation fails, the command returns its code and nothing stays allocated.
+TEST_F(Graph, ReportsEveryFailedAllocation) {
     Document document;
     document.add("<parameter name='aLongNameForAParameter' type='float'/>");
     document.kernel("copy", "a", copyBody).node("n", "copy");

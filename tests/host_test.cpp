@@ -28,7 +28,7 @@ protected:
 
 } // namespace
 
-TEST_F(HostServices, TheUserReadsWhatWasWritten) {
+TEST_F(HostServices, DialogsShowTheirTextsUnchanged) {
     const char* message = "\\ 'a' \"b\"\n\t\b\f\r\v? \\n \xe2\x82\xac \xf0\x9f\x98\x80";
     alertBox(basic, message, message, false);
     host.scripts.answers = {"yes", std::nullopt, std::nullopt, std::nullopt, "/a/b"};
@@ -68,7 +68,7 @@ TEST_F(HostServices, MessagesAreCutIntoThreeLines) {
     EXPECT_EQ(dprintf(nullptr, "%d", 1), 516);
 }
 
-TEST_F(HostServices, PreferencesAreReadInTheirWholeLength) {
+TEST_F(HostServices, PreferencesOfAnyLengthAreRead) {
     const std::string longText(5000, 'y');
     const std::map<std::string, std::string> values = {
         {"empty", ""}, {"three", "abc"}, {"four", "abcd"}, {"long", longText}};

@@ -44,7 +44,8 @@ std::shared_ptr<Footage> footageOf() {
     return makeFootage("footage", std::move(pixels));
 }
 
-// A host with a layer of 7 by 4 pixels and an effect on it. Nothing may be left or wrong behind it.
+// A host with a layer of 7 by 4 pixels and an effect on it. The test fails if anything stays
+// acquired or an unexpected fault is recorded.
 class HostkitEffect : public testing::Test {
 protected:
     HostkitEffect() {
@@ -74,20 +75,20 @@ protected:
 
 } // namespace
 
-TEST_F(HostkitEffect, LivesInTheHostsOrder) {
+TEST_F(HostkitEffect, SendsCommandsInTheHostsOrder) {
     module->error = 9;
-    EXPECT_EQ(effect().apply(), 9); // the first error ends it
-    module->behind[PF_Cmd_SEQUENCE_SETUP] = [](const Sent& sent) {
+    EXPECT_EQ(effect().apply(), 9); // stops at the first error
+    module->handlers[PF_Cmd_SEQUENCE_SETUP] = [](const Sent& sent) {
         sent.out->out_flags |= PF_OutFlag_SEND_DO_DIALOG;
     };
     EXPECT_EQ(effect().apply(), 0);
     effect().control(2).constant.value.one_d = 7;
     effect().control(3).addKeyframe(1);
-    Effect& twin = effect().duplicate();
-    EXPECT_EQ(layer.effects.at(1).get(), &twin);
-    EXPECT_EQ(twin.valueAt(2, 0).u.sd.value, 7);
-    EXPECT_EQ(twin.control(3).keyframes.size(), 1u);
-    const std::vector<std::byte> block = twin.save();
+    Effect& copy = effect().duplicate();
+    EXPECT_EQ(layer.effects.at(1).get(), &copy);
+    EXPECT_EQ(copy.valueAt(2, 0).u.sd.value, 7);
+    EXPECT_EQ(copy.control(3).keyframes.size(), 1u);
+    const std::vector<std::byte> block = copy.save();
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(block.data()), block.size()), "flat block");
     layer.effects.clear();
     EXPECT_THAT(module->commands, ElementsAre(1, 4, 4, 5, 9, 14, 7, 6, 4, 6, 14, 7, 6, 8, 8));
@@ -95,7 +96,7 @@ TEST_F(HostkitEffect, LivesInTheHostsOrder) {
 
 TEST_F(HostkitEffect, ChecksOutEachKindOfControlWithItsValue) {
     std::vector<PF_ParamDef> seen(recordingModuleControls);
-    module->behind[PF_Cmd_UPDATE_PARAMS_UI] = [&](const Sent& sent) {
+    module->handlers[PF_Cmd_UPDATE_PARAMS_UI] = [&](const Sent& sent) {
         for (A_long i = 0; i < recordingModuleControls; ++i)
             EXPECT_EQ(sent.checkout(i, seen[i], 3) | sent.checkin(seen[i]), 0);
         sent.params[2]->u.sd = {5, 1, 2, 3, 4, 6};
@@ -107,8 +108,8 @@ TEST_F(HostkitEffect, ChecksOutEachKindOfControlWithItsValue) {
     ASSERT_EQ(effect().apply(), 0);
     EXPECT_EQ(seen[1].u.ld.reserved0, nullptr);
     EXPECT_EQ(seen[7].u.td.x_value, width << 15);    // 50 percent
-    EXPECT_EQ(seen[7].u.td.y_value, height << 14);   // 25
-    EXPECT_EQ(effect().valueAt(2, 0).u.sd.value, 0); // an update sets no value
+    EXPECT_EQ(seen[7].u.td.y_value, height << 14);   // 25 percent
+    EXPECT_EQ(effect().valueAt(2, 0).u.sd.value, 0); // an update of the controls sets no value
     EXPECT_EQ(effect().valueAt(2, 0).u.sd.slider_max, 4);
 
     Layer& other = comp.addLayer("other", footageOf<std::uint8_t>());
@@ -124,7 +125,7 @@ TEST_F(HostkitEffect, ChecksOutEachKindOfControlWithItsValue) {
     ASSERT_EQ(effect().updateParamsUi(), 0);
     EXPECT_EQ(seen[1].u.ld.reserved0, &other);
     EXPECT_EQ(seen[2].u.sd.value, 3);
-    EXPECT_EQ(seen[3].u.fs_d.value, 3 << 15); // half way at second 3 of the layer
+    EXPECT_EQ(seen[3].u.fs_d.value, 3 << 15); // half way at 3 seconds of layer time
     EXPECT_EQ(effect().valueAt(3, 4).u.fs_d.value, 3 << 15);
     EXPECT_EQ(seen[4].u.ad.value, -3);
     EXPECT_EQ(seen[5].u.bd.value, 1);
@@ -138,7 +139,7 @@ class HostkitFrames : public HostkitEffect {};
 using Depths = testing::Types<std::uint8_t, std::uint16_t, float>;
 TYPED_TEST_SUITE(HostkitFrames, Depths);
 
-TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
+TYPED_TEST(HostkitFrames, AreTheMeanOfTheCoveredPixels) {
     this->host.project.componentBytes = sizeof(TypeParam);
     this->layer.source = footageOf<TypeParam>();
     World& source = this->layer.source->pixels;
@@ -147,7 +148,7 @@ TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
     PF_ParamDef layer{};
     const void* smaller = nullptr;
     PF_PixelFormat format = 0;
-    this->module->behind[PF_Cmd_SMART_RENDER] = [&](const Sent& sent) {
+    this->module->handlers[PF_Cmd_SMART_RENDER] = [&](const Sent& sent) {
         EXPECT_EQ(sent.checkout(0, layer) | sent.checkin(layer), 0);
         smaller = static_cast<const std::byte*>(this->module->input.data) -
                   this->module->input.origin_x * 4 * sizeof(TypeParam);
@@ -162,7 +163,7 @@ TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
     RenderResult result = this->effect().render({0, {1, 2}, {1, 3}, PF_LRect{1, 0, 9, 9}});
     ASSERT_EQ(result.output.width, 3); // of a frame of 4 by 2
     ASSERT_EQ(result.output.height, 2);
-    EXPECT_EQ(layer.u.ld.data, smaller); // made once in a frame
+    EXPECT_EQ(layer.u.ld.data, smaller); // downsampled once in a frame
     EXPECT_EQ(point.u.td.x_value, width << 14);
     const PF_PixelFormat formats[] = {0x62677261, 0x36316561, 0, 0x32336561};
     EXPECT_EQ(format, formats[sizeof(TypeParam) - 1]);
@@ -175,7 +176,7 @@ TYPED_TEST(HostkitFrames, AreTheMeanOfThePixelsThatTheyCover) {
         EXPECT_NEAR((channelAt<TypeParam>(result.output, i / 4 % 3, i / 12, i % 4)), sum / count,
                     sizeof(TypeParam) == 4 ? 1e-4 : 0.5);
     }
-    // Beside the frame there is nothing to draw.
+    // Outside of the frame there is nothing to render.
     EXPECT_EQ(this->effect().render({0, {1, 1}, {1, 1}, PF_LRect{20, 0, 30, 9}}).output.width, 0);
 }
 
@@ -219,25 +220,25 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
         {dialog, "the global data", [](auto& sent) { sent.out->global_data = nullptr; }},
         {dialog, "the sequence data", [](auto& sent) { sent.out->sequence_data = nullptr; }},
         {dialog, "cleared a flag", [](auto& sent) { sent.out->out_flags = 0; }},
-#ifndef _WIN32 // runtimes do not share exceptions there
-        {dialog, "let an exception out", [](auto&) { throw std::runtime_error("lost"); }},
+#ifndef _WIN32 // exceptions cannot cross runtimes there
+        {dialog, "threw an exception", [](auto&) { throw std::runtime_error("lost"); }},
 #endif
-        {setUp, "the index is -1", [&](auto& sent) { sent.add(3, lost); }},
+        {setUp, "the index must be -1", [&](auto& sent) { sent.add(3, lost); }},
         {setUp, "fewer names", [&](auto& sent) { sent.add(-1, popup); }},
-        {setUp, "no text of choices", [&](auto& sent) { sent.add(-1, textless); }},
+        {setUp, "no names of choices", [&](auto& sent) { sent.add(-1, textless); }},
         {setUp, "kind 8 is unknown", [&](auto& sent) { sent.add(-1, unknown); }},
         {setUp, "does not end", [&](auto& sent) { sent.add(-1, endless); }},
         {setUp, "announced 124", [](auto& sent) { sent.out->num_params = 124; }},
         {PF_Cmd_UPDATE_PARAMS_UI, "there is no control 0", update(0)},
-        {PF_Cmd_UPDATE_PARAMS_UI, "one of another kind", update(3)},
+        {PF_Cmd_UPDATE_PARAMS_UI, "of another kind", update(3)},
         {PF_Cmd_SMART_RENDER, "id 5 was not announced", takeUnannounced},
         {PF_Cmd_SMART_RENDER, "does not belong to the running command", askForeignFormat},
-        {PF_Cmd_SEQUENCE_SETDOWN, "left the handle",
+        {PF_Cmd_SEQUENCE_SETDOWN, "did not dispose of the sequence data",
          [](auto& sent) { sent.out->sequence_data = sent.in->utils->host_new_handle(1); }},
     };
     ASSERT_EQ(effect().apply(), 0);
     for (const auto& [command, fault, handler] : cases) {
-        module->behind = {{command, handler}};
+        module->handlers = {{command, handler}};
         if (command == PF_Cmd_SMART_RENDER)
             effect().render({});
         else if (command == setUp)
@@ -248,13 +249,13 @@ TEST_F(HostkitEffect, EachMisuseIsAFaultThatNamesIt) {
             effect().send(command);
         EXPECT_THAT(ledger::takeFaults(), ElementsAre(HasSubstr(fault)));
     }
-    module->behind = {{PF_Cmd_GLOBAL_SETUP, [](auto& sent) { sent.out->out_flags2 ^= 1; }}};
+    module->handlers = {{PF_Cmd_GLOBAL_SETUP, [](auto& sent) { sent.out->out_flags2 ^= 1; }}};
     plugin->setDown();
     plugin->setUp();
     EXPECT_THAT(ledger::takeFaults(), ElementsAre(HasSubstr("eGL2")));
 }
 
-TEST_F(HostkitEffect, ChecksOutNoMoreThanThePartThatIsAskedFor) {
+TEST_F(HostkitEffect, ChecksOutOnlyTheRequestedPart) {
     World& source = layer.source->pixels;
     channelAt<std::uint8_t>(source, 3, 2, 0) = 0; // a transparent pixel with colours
     layer.contents = PF_LRect{2, 1, 6, 4};
@@ -275,23 +276,23 @@ TEST_F(HostkitEffect, ChecksOutNoMoreThanThePartThatIsAskedFor) {
                       isLost ? 0 : channelAt<std::uint8_t>(source, x, y, i % 4));
         }
     }
-    effect().render({0, {1, 2}, {1, 3}, {}}); // a pixel that is covered in part counts
+    effect().render({0, {1, 2}, {1, 3}, {}}); // partly covered pixels belong to the contents
     EXPECT_THAT((std::vector{module->input.origin_x, module->input.origin_y, module->input.width,
                              module->input.height}),
                 ElementsAre(1, 0, 2, 2));
 }
 
-TEST_F(HostkitEffect, SendsWhatTheModuleAskedForAndNoMore) {
-    module->behind[PF_Cmd_GLOBAL_SETUP] = [](const Sent& sent) {
+TEST_F(HostkitEffect, SendsOnlyRequestedCommands) {
+    module->handlers[PF_Cmd_GLOBAL_SETUP] = [](const Sent& sent) {
         sent.out->out_flags = sent.out->out_flags2 = 0;
     };
     plugin->setDown();
     plugin->setUp();
-    EXPECT_EQ(ledger::takeFaults().size(), 2U); // the resource says otherwise
-    module->behind[PF_Cmd_SEQUENCE_SETUP] = [](const Sent& sent) {
+    EXPECT_EQ(ledger::takeFaults().size(), 2U); // they differ from the resource
+    module->handlers[PF_Cmd_SEQUENCE_SETUP] = [](const Sent& sent) {
         sent.out->out_flags |= PF_OutFlag_SEND_DO_DIALOG;
     };
-    module->behind[PF_Cmd_RENDER] = [&](const Sent& sent) {
+    module->handlers[PF_Cmd_RENDER] = [&](const Sent& sent) {
         EXPECT_EQ(sent.params[0]->u.ld.data, layer.source->pixels.data.data());
         EXPECT_THAT((std::vector{sent.output->width, sent.output->height}),
                     ElementsAre(width, height));
@@ -299,7 +300,7 @@ TEST_F(HostkitEffect, SendsWhatTheModuleAskedForAndNoMore) {
     };
     module->commands.clear();
     EXPECT_EQ(effect().apply(), 0);
-    EXPECT_EQ(effect().save().size(), 4U); // "live", as it is
+    EXPECT_EQ(effect().save().size(), 4U); // "live", unchanged
     RenderResult result = effect().render({});
     EXPECT_EQ(channelAt<std::uint8_t>(result.output, 1, 0, 1), 77);
     EXPECT_THAT(module->commands, ElementsAre(4, 5, 11));
@@ -314,21 +315,21 @@ TEST_F(HostkitEffect, SendsWhatTheModuleAskedForAndNoMore) {
     EXPECT_THROW(effect().render({}), std::logic_error);
 }
 
-TEST_F(HostkitEffect, CommandsNestAndKeepTheirCheckoutsApart) {
+TEST_F(HostkitEffect, NestedCommandsHaveSeparateCheckouts) {
     ASSERT_EQ(effect().apply(), 0);
-    PF_ParamDef held{};
-    module->behind[PF_Cmd_DO_DIALOG] = [&](const Sent& sent) {
-        EXPECT_EQ(sent.checkout(2, held) | sent.checkin(held), 0);
+    PF_ParamDef checkedOut{};
+    module->handlers[PF_Cmd_DO_DIALOG] = [&](const Sent& sent) {
+        EXPECT_EQ(sent.checkout(2, checkedOut) | sent.checkin(checkedOut), 0);
     };
-    module->behind[PF_Cmd_UPDATE_PARAMS_UI] = [&](const Sent& sent) {
-        EXPECT_NE(sent.checkin(held), 0); // the outer command holds it
+    module->handlers[PF_Cmd_UPDATE_PARAMS_UI] = [&](const Sent& sent) {
+        EXPECT_NE(sent.checkin(checkedOut), 0); // the outer command checked it out
     };
     calls::onNext("checkin_param", [&] { EXPECT_EQ(effect().updateParamsUi(), 0); });
     EXPECT_EQ(effect().doDialog(), 0);
     EXPECT_THAT(ledger::takeFaults(), ElementsAre(HasSubstr("not checked out by this command")));
 }
 
-TEST(HostkitResource, MalformedFilesAreRefusedByName) {
+TEST(HostkitResource, MalformedFilesAreRejected) {
     const std::string good = recordingResource();
     const std::string start = "PIPL" + number(1);
     const std::string name = "8BIMname" + number(0);

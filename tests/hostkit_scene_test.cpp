@@ -1,5 +1,5 @@
-// The substitute host's scene as a module reaches it: through the tables of the suites. Positions
-// and values are worked out by hand; every test ends with nothing acquired and no fault.
+// The substitute host's scene suites, called through their tables. Positions and values are
+// computed by hand; after every test nothing may be acquired and no fault recorded.
 #include <functional>
 #include <optional>
 #include <tuple>
@@ -21,7 +21,7 @@ const AEGP_KeyframeSuite4& keys = keyframeSuite();
 const AEGP_LayerSuite12& layers = layerSuite();
 constexpr AEGP_PluginID plugin = 1;
 
-// What a function answers in the place that its last argument points at.
+// Calls the function and returns the value it writes through its last argument.
 template<class... Formal, class... Actual>
 auto ask(A_Err (*function)(Formal...), Actual... actual) {
     using Place = std::tuple_element_t<sizeof...(Formal) - 1, std::tuple<Formal...>>;
@@ -56,7 +56,7 @@ protected:
     AEGP_LayerH layerH = reinterpret_cast<AEGP_LayerH>(&layer);
 };
 
-TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
+TEST_F(Scene, StreamsInterpolateKeyframes) {
     Stream& opacity = stream(AEGP_LayerStream_OPACITY);
     for (const auto& [seconds, value] : {std::pair{4, 60}, {1, 10}, {5, 100}, {2, 20}})
         opacity.keyframes[opacity.addKeyframe(seconds)].value = number(value);
@@ -66,17 +66,17 @@ TEST_F(Scene, StreamsGoFromKeyframeToKeyframe) {
     for (const auto& [time, value] : cases)
         EXPECT_EQ(opacity.at(time).value.one_d, value) << time;
     opacity.keyframes.clear();
-    opacity.choices = 3; // a popup's value stays within its choices
+    opacity.choices = 3; // a popup's value is clamped to its choices
     opacity.set(number(7), 0);
     EXPECT_EQ(opacity.at(0).value.one_d, 3);
 }
 
 TEST_F(Scene, ExpressionsChangeTheirStreams) {
     const std::tuple<AEGP_LayerStream, const char16_t*, double> cases[] = {
-        // the stream, what stands in it, and x at second 2
+        // stream, expression, x at 2 seconds
         {AEGP_LayerStream_OPACITY, u"value / 2 + time", 52},
         {AEGP_LayerStream_OPACITY, u"nothing.here", 100},
-        {AEGP_LayerStream_OPACITY, u"[1, 2]", 100}, // it has one number
+        {AEGP_LayerStream_OPACITY, u"[1, 2]", 100}, // needs one number
         {AEGP_LayerStream_POSITION, u"[value[0] * 2, value[1], 0.5]", 360},
         {AEGP_LayerStream_POSITION, u"7", 180}};
     for (const auto& [which, expression, expected] : cases) {
@@ -98,8 +98,8 @@ void expectAt(const Layer& layer, const double (&from)[3], const double (&to)[3]
                     to[i], 1e-9);
 }
 
-TEST_F(Scene, LayersLieWhereTheirStreamsPutThem) {
-    expectAt(layer, {20, 10, 0}, {180, 100, 0}); // the middles of both
+TEST_F(Scene, LayerTransformsFollowTheirStreams) {
+    expectAt(layer, {20, 10, 0}, {180, 100, 0}); // both centres
     stream(AEGP_LayerStream_ANCHORPOINT).constant = number(10, 20);
     stream(AEGP_LayerStream_POSITION).constant = number(100, 50, 5);
     stream(AEGP_LayerStream_SCALE).constant = number(200, 50, 100);
@@ -108,7 +108,7 @@ TEST_F(Scene, LayersLieWhereTheirStreamsPutThem) {
     Layer& camera = comp.addCamera("camera", 500);
     camera.stream(AEGP_LayerStream_ROTATE_Y)->constant = number(90);
     expectAt(camera, {0, 0, 10}, {190, 100, -500});
-    camera.parent = &layer; // less its anchor point 170, 80; then 340, 40; then -40, 340
+    camera.parent = &layer; // minus its anchor point 170, 80; then 340, 40; then -40, 340
     expectAt(camera, {0, 0, 0}, {60, 390, -495});
     stream(AEGP_LayerStream_ROTATE_X).constant = number(90);
     stream(AEGP_LayerStream_ORIENTATION).constant = number(0, 90, 0);
@@ -136,7 +136,8 @@ TEST_F(Scene, MisuseIsAFaultThatNamesTheCall) {
         {"AEGP_InsertKeyframe",
          [&] { return keys.AEGP_InsertKeyframe(opacity, 1, &noScale, &index); }},
         {"AEGP_GetLayerID", [&] { return layers.AEGP_GetLayerID(dead, &index); }},
-        {"AEGP_DisposeStream", [&] { return streams.AEGP_DisposeStream(opacity); }}, // value is out
+        // A value of the stream is not disposed of.
+        {"AEGP_DisposeStream", [&] { return streams.AEGP_DisposeStream(opacity); }},
         {"AEGP_GetExpressionState: no plug-in",
          [&] { return streams.AEGP_GetExpressionState(0, opacity, &isSet); }},
         {"AEGP_NewMemHandle: no plug-in",

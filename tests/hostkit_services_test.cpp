@@ -33,7 +33,7 @@ protected:
     Host host;
 };
 
-// The value, or "error: " and why.
+// The value of the script, or "error: " and the reason.
 std::string execute(const std::string& script, bool isLatin1 = false) {
     AEGP_MemHandle result = nullptr, error = nullptr;
     void* address = nullptr;
@@ -51,7 +51,7 @@ std::string execute(const std::string& script, bool isLatin1 = false) {
 
 } // namespace
 
-TEST_F(HostServices, ScriptsGiveTheirLastValueOrTheirError) {
+TEST_F(HostServices, ScriptsReturnTheirLastValueOrTheirError) {
     const AcquiredSuites acquired;
     const std::pair<std::string, std::string> cases[] = {
         {"null", "null"},
@@ -60,7 +60,7 @@ TEST_F(HostServices, ScriptsGiveTheirLastValueOrTheirError) {
         {"'bad \xFF byte'", "bad \uFFFD byte"},
         {"'a\\0b'", "a"},
         {"new File('/a').fsName + Folder('/b').fsName", "/a/b"},
-        {"kept = 1", "1"}, // and the next one knows nothing of it
+        {"kept = 1", "1"}, // globals do not survive a run
         {"kept", "error: ReferenceError: identifier 'kept' undefined"},
         {"throw new Error('\U0001F600')", "error: Error: \U0001F600"},
         {"function again() { again(); } again();", "error: RangeError: callstack limit"},
@@ -77,7 +77,7 @@ TEST_F(HostServices, DialogsAreAnswered) {
     host.scripts.answers = {"yes", std::nullopt};
     EXPECT_EQ(execute("confirm('C:\\\\x \u00e9\U0001F600',true,'T\\?')"), "true");
     EXPECT_EQ(execute("confirm('',false,'')"), "false");
-    host.scripts.person = [](const Question& question) -> std::optional<std::string> {
+    host.scripts.askUser = [](const Question& question) -> std::optional<std::string> {
         if (question.kind == Kind::Alert)
             throw std::runtime_error("hung up");
         return question.message;
@@ -91,7 +91,7 @@ TEST_F(HostServices, DialogsAreAnswered) {
               "C:\\x \u00e9\U0001F600T?k:*.pbk;");
 }
 
-TEST_F(HostServices, PreferencesSurviveAndBrokenOnesSayWhy) {
+TEST_F(HostServices, PreferencesAreStoredAndInvalidOnesRejected) {
     const AcquiredSuites acquired;
     const fs::path file = fs::path(testing::TempDir()) / "hostkit_preferences.json";
     fs::remove(file);
@@ -113,7 +113,8 @@ TEST_F(HostServices, PreferencesSurviveAndBrokenOnesSayWhy) {
             Preferences{file};
             ADD_FAILURE() << broken;
         } catch (const std::runtime_error& error) {
-            EXPECT_TRUE(std::string(error.what()).starts_with(file.string() + ": no preferences"));
+            EXPECT_TRUE(
+                std::string(error.what()).starts_with(file.string() + ": not a preferences file"));
         }
     }
     EXPECT_THROW(Preferences(file.parent_path()), std::runtime_error);
@@ -143,7 +144,7 @@ TEST_F(HostServices, MisusedMemoryHandlesAreFaults) {
                      "AEGP_UnlockMemHandle: a memory handle that was never acquired"}));
 }
 
-TEST_F(HostServices, MemoryMovesUnlessItIsLocked) {
+TEST_F(HostServices, UnlockedMemoryMoves) {
     const AcquiredSuites acquired;
     const PF_UtilCallbacks& utils = *host.inData()->utils;
     const AEGP_MemorySuite1& suite = tables::memorySuite();
@@ -169,7 +170,7 @@ TEST_F(HostServices, MemoryMovesUnlessItIsLocked) {
     EXPECT_EQ(suite.AEGP_FreeMemHandle(memory), 0);
 }
 
-TEST_F(HostServices, SuitesAreTakenBackOnlyOnce) {
+TEST_F(HostServices, SuitesAreReleasedOnlyOnce) {
     const auto& [acquire, release] = *host.inData()->pica_basicP;
     const void* table = nullptr;
     EXPECT_NE(acquire("AEGP Stream Suite", 8, &table), 0);
@@ -186,7 +187,7 @@ TEST_F(HostServices, AnyCallCanFailOrBeInterrupted) {
     const AcquiredSuites acquired;
     const AEGP_UtilitySuite11& suite = tables::utilitySuite();
     AEGP_PluginID id = 0;
-    calls::restart();
+    calls::reset();
     calls::failAt(2);
     EXPECT_EQ(suite.AEGP_RegisterWithAEGP(nullptr, "one", &id), 0);
     EXPECT_EQ(host.inData()->utils->host_new_handle(1), nullptr);

@@ -1,4 +1,4 @@
-// What a kernel's text becomes: the model, and the text that goes to the GLSL compiler.
+// Kernel texts: the resulting model, and the text for the GLSL compiler.
 #include <string>
 #include <tuple>
 #include <utility>
@@ -20,7 +20,7 @@ pbKernelInfo parsedBody(const std::string& body) {
     return parsed("<languageVersion : 1.0;>\nkernel K <version : 2;> {" + body + "} behind } \" <");
 }
 
-// The parameter p of that type and metadata.
+// The parameter p with that type and metadata.
 pbParameter parsedParameter(const std::string& type, const std::string& metadata) {
     const pbKernelInfo kernel = parsedBody("parameter " + type + " p <" + metadata + ">;");
     EXPECT_EQ(kernel.parameters.size(), 1U) << metadata;
@@ -47,7 +47,7 @@ TEST_F(KernelGrammarTest, makesTheShaderText) {
          "void evaluateDependents() {\n#ifdef tvek_VERTEX_SHADER\n if (a) { b; } \n#endif\n}c"},
         {"{s('}')\xC3\xA4 \x01}", "s('}')\xC3\xA4 \x01"},
         {"#if A {\nkernel K { x }", "#if A {\n\n x "},
-        {"{#a // \\\n}x", "#a \n"}, // no backslash continues a comment
+        {"{#a // \\\n}x", "#a \n"}, // a backslash does not continue a comment
         {"{#a /* }\n } */ b \"\\\"}\" x}", "#a   b \"\\\"}\" x"},
         {"#define A 1 \\\n + 2\r\nkernel K{x}", "#define A 1 \\\n + 2\r\nx"},
         {"kernel K ( words ) 12 union {x}", "tvek_unionx"},
@@ -76,7 +76,8 @@ TEST_F(KernelGrammarTest, readsTheMetadata) {
     EXPECT_EQ(kernel.inputs[0].type, pbTypeImage2);
     EXPECT_EQ(joined({kernel.dependents[1].name, kernel.inputs[0].name}), "b|c");
 
-    // A value of the wrong form takes the block's end with it, and the next '>' ends the block.
+    // A malformed value consumes the end of its metadata block, so that the next '>' ends the
+    // block.
     const pbKernelInfo wrong =
         parsed("<namespace : 5;> vendor: 'V' > kernel K <version : 99999999999;> {x}");
     EXPECT_EQ(joined({wrong.namespaceName, wrong.vendor}), "|V");
@@ -136,7 +137,7 @@ TEST_F(KernelGrammarTest, readsAParametersMetadata) {
     EXPECT_TRUE(point.isSet && point.x == 0.25F && point.y == -0.5F);
 }
 
-// An unquoted text reads as empty and uses up no more than its own end.
+// An unquoted text is read as empty and consumes only its own end.
 TEST_F(KernelGrammarTest, readsAnUnquotedTextAsEmpty) {
     const pbParameter parameter = parsedParameter(
         "float", "aeUIControl: aePopup; parameterType: time; displayName: Size; aeDisplayName: S;"
@@ -161,7 +162,7 @@ TEST_F(KernelGrammarTest, startsEachDeclaratorAnew) {
     EXPECT_EQ(joined({b.name, b.displayName}), "b|");
     EXPECT_EQ(b.type, pbTypeFloat);
     EXPECT_EQ(std::pair(b.parameterType, b.aeUIControl), std::pair(pbParameterNone, pbControlNone));
-    // What the flags covered stays.
+    // Components that the flags mask are unchanged.
     EXPECT_TRUE(b.defaultValue.value == floats({1}));
     EXPECT_EQ(b.enumValues.view(), "1");
 }
@@ -175,7 +176,7 @@ TEST_F(KernelGrammarTest, takesALostSemicolonFromTheNextDeclaration) {
     EXPECT_EQ(kernel.shaderText, "parameter float2 a; x");
 }
 
-// A reader that goes back over what it has read would not come to an end here.
+// A reader that went back over its input would take quadratic time here.
 TEST_F(KernelGrammarTest, readsAMegabyteOfAnything) {
     const std::pair<const char*, const char*> cases[] = {
         {"", "\\\""},

@@ -1,4 +1,4 @@
-// The kgl objects on real OpenGL: what they store, what is drawn into them, what they leave behind.
+// The kgl objects on real OpenGL: storage, rendering into them, and deletion.
 #include <GL/glew.h>
 
 #include <array>
@@ -15,7 +15,7 @@ using Numbers = std::vector<GLint>;
 
 class KglTest : public EngineTest {};
 
-// Width, height and internal format, as OpenGL has them.
+// Width, height and internal format, as OpenGL reports them.
 Numbers storageOf(const kglBufferObject& buffer) {
     Numbers found(3);
     if (glIsTexture(buffer.getName())) {
@@ -26,7 +26,7 @@ Numbers storageOf(const kglBufferObject& buffer) {
         return found;
     }
     glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, buffer.getName());
-    for (GLenum k = 0; k < 3; ++k) // the three have numbers in a row
+    for (GLenum k = 0; k < 3; ++k) // the three enumerators are consecutive
         glGetRenderbufferParameterivEXT(GL_RENDERBUFFER_EXT, GL_RENDERBUFFER_WIDTH_EXT + k,
                                         &found[k]);
     return found;
@@ -34,10 +34,10 @@ Numbers storageOf(const kglBufferObject& buffer) {
 
 struct Layer {
     int left, bottom, right, top; // pixels of a 4 by 3 target
-    float z;                      // from -1, in front, to 1
+    float z;                      // from -1 (near) to 1
     Pixel color;
 };
-// The first is the background; the nearest are not the last.
+// The first is the background; the nearest are not drawn last.
 const auto layers = std::to_array<Layer>({{0, 0, 4, 3, 1, {0.1F, 0.2F, 0.3F, 0.7F}},
                                           {0, 0, 2, 3, -0.5F, {0.9F, 0, 0.01F, 1}},
                                           {1, 0, 4, 2, 0.25F, {0, 0.77F, 0, 0.5F}},
@@ -74,7 +74,7 @@ void expectTheNearestLayersIn(const kglRenderTarget& target) {
         }
 }
 
-TEST_F(KglTest, EachPairOfKindsIsDrawnIntoByDepthAndGoesWithItsNames) {
+TEST_F(KglTest, EachPairOfKindsRendersWithDepthAndDeletesItsNames) {
     for (const int pair : {0, 1, 2, 3}) {
         const auto color = pair < 2 ? Texture : RenderBuffer;
         const auto depth = pair % 2 == 0 ? Texture : RenderBuffer;
@@ -98,7 +98,7 @@ TEST_F(KglTest, EachPairOfKindsIsDrawnIntoByDepthAndGoesWithItsNames) {
     }
 }
 
-TEST_F(KglTest, BuffersStartWithTheirFormatsAndTakeThoseOfTheTarget) {
+TEST_F(KglTest, BuffersTakeTheFormatsOfTheTarget) {
     const auto bare = makeObject<kglTextureBuffer>(GL_TEXTURE_2D);
     EXPECT_EQ(Numbers({bare->internalFormat, int(bare->format), int(bare->type)}),
               Numbers({GL_RGBA32F_ARB, GL_RGBA, GL_UNSIGNED_BYTE}));
@@ -141,7 +141,7 @@ TEST_F(KglTest, ColourIsDeletedBeforeDepth) {
     EXPECT_EQ(deleted, expected);
 }
 
-TEST_F(KglTest, A3DTextureIsDrawnIntoByLayer) {
+TEST_F(KglTest, RendersIntoEachLayerOfA3DTexture) {
     const auto block = makeObject<kglTextureBuffer>(GL_TEXTURE_3D);
     block->setSize(1, 1);
     std::array<float, 2> reds{};

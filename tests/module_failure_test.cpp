@@ -1,5 +1,5 @@
-// Whatever fails on the host's side, a suite, a call, the memory: the command ends in order, and
-// the effect lives on.
+// Failures of the host's suites, calls and memory: every command must return an error code, restore
+// the host's state, and work when it is sent again.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -23,10 +23,10 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr std::array nullHandles = {"never acquired", "a handle of no ", ": no item",
-                                    "a marker of which no value"};
+constexpr std::array nullHandles = {"never acquired", "not a valid handle of a",
+                                    "a marker that is not in an acquired value"};
 
-// The calls and the suites without which something cannot go back, and what that is.
+// If one of these calls or suites fails, an object of this kind cannot be released.
 const std::map<std::string, std::string> releases = {
     {"ReleaseSuite", "suite"},
     {"AEGP_DisposeStream", "stream "},
@@ -35,31 +35,31 @@ const std::map<std::string, std::string> releases = {
     {"AEGP_FreeMemHandle", "memory handle"},
     {"AEGP_EndUndoGroup", "undo group"},
     {"checkin_param", "parameter"},
-    // A text that cannot be read is in doubt, and stays with the host.
+    // If the text cannot be read, its handle is not freed.
     {"AEGP_LockMemHandle", "memory handle"},
     {"AEGP_GetMemHandleSize", "memory handle"},
-    {"AcquireSuite", ""}, // that of the call which would give something back
+    {"AcquireSuite", ""}, // the call that would release something fails
     {"AEGP Memory Suite", "memory handle"},
     {"AEGP Effect Suite", "effect"},
 };
 
-// One command, and what it takes to send it once more.
+// A command, and its preparation before each round.
 struct Step {
     const char* name;
     std::function<void()> prepare;
     std::function<PF_Err()> command;
 };
 
-// One instance's life as the host leads it, with everything that a command can do in it.
-class Life : public ModuleTest {
+// One instance, with every command and every service that the commands use.
+class InstanceFailures : public ModuleTest {
 protected:
-    Life() : effect(addEffect(layer)) {
+    InstanceFailures() : effect(addEffect(layer)) {
         host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", "/nowhere");
     }
 
     std::vector<Step> steps();
-    // Whether the command, ended with that code, left everything in order. `failed` is the call or
-    // the suite that the host refused, if any.
+    // Checks the state after a command that returned `error`. `failed` is the call or suite that
+    // was made to fail, if any.
     void expectOrder(const Step& step, PF_Err error, const std::string& failed = "");
 
     Layer& layer = addPicture();
@@ -67,7 +67,7 @@ protected:
     const HostContext own{hostKinds().back()};
 
 private:
-    std::string freshFile(const std::string& place = "") {
+    std::string newFile(const std::string& place = "") {
         return write(place + std::to_string(++files_) + ".pbk",
                      kernelText("input image4 other; parameter float gain; parameter float2 spot;",
                                 "dst = sampleNearest(src, outCoord());"));
@@ -82,11 +82,11 @@ private:
     }
 
     int files_ = 0;
-    const std::string exported_ = write("Tvelmarondine_error_log.txt", ""); // of another day
-    const std::string good_ = freshFile();
+    const std::string exported_ = write("Tvelmarondine_error_log.txt", ""); // exported before
+    const std::string good_ = newFile();
 };
 
-std::vector<Step> Life::steps() {
+std::vector<Step> InstanceFailures::steps() {
     const auto answer = [this](std::deque<std::optional<std::string>> all) {
         host.scripts.answers = std::move(all);
     };
@@ -95,14 +95,14 @@ std::vector<Step> Life::steps() {
         return effect.render({}).error;
     };
     const auto withLog = [=, this] {
-        // Whatever was exported is not in the log any more.
+        // The exported log is cleared, so it is filled again.
         if (std::filesystem::remove(exported_))
             begin(write(std::to_string(++files_) + ".pbk", kernelText("", "dst = nowhere;")));
         begin(good_);
         answer({"yes", folder.string()});
     };
     const auto moved = [=, this] {
-        const std::filesystem::path file = freshFile("root" + std::to_string(files_) + "/sub/");
+        const std::filesystem::path file = newFile("root" + std::to_string(files_) + "/sub/");
         host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder",
                              file.parent_path().parent_path().string());
         begin("/gone/" + file.filename().string());
@@ -112,11 +112,12 @@ std::vector<Step> Life::steps() {
         {"global setup", [this] { plugin->setDown(); }, [this] { return plugin->setUp(); }},
         {"controls", [] {}, [this] { return effect.setUpParameters(); }},
         {"new instance", [=, this] { beginWithout(); }, [this] { return effect.setUpSequence(); }},
-        {"choice of a file", [=, this] { beginWithout(), answer({freshFile()}); },
+        {"choice of a file", [=, this] { beginWithout(), answer({newFile()}); },
          [this] { return effect.doDialog(); }},
-        {"marked file", [this] { layer.addMarker(0, freshFile()); },
+        {"marked file", [this] { layer.addMarker(0, newFile()); },
          [this] { return effect.setUpSequence(); }},
-        {"dressing", [this] { begin(good_); }, [this] { return effect.updateParamsUi(); }},
+        {"update of the controls", [this] { begin(good_); },
+         [this] { return effect.updateParamsUi(); }},
         {"frame", [] {}, render},
         {"report", withLog, [this] { return effect.doDialog(); }},
         {"about", withLog, [this] { return plugin->about(); }},
@@ -128,34 +129,34 @@ std::vector<Step> Life::steps() {
     };
 }
 
-void Life::expectOrder(const Step& step, PF_Err error, const std::string& failed) {
+void InstanceFailures::expectOrder(const Step& step, PF_Err error, const std::string& failed) {
     SCOPED_TRACE(step.name + (" with " + failed) + " failing: " + std::to_string(error));
     EXPECT_THAT(error, AnyOf(0, 1, 4, 77, 512, 516));
     const bool isSetup = step.name == std::string("global setup");
     const CurrentContext current = currentContext();
-    // A new device leaves nothing current.
+    // A new device leaves no context current.
     EXPECT_TRUE(current == own.all || (isSetup && current == CurrentContext{}));
     std::vector<std::string> kept = ledger::takeFaults();
-    // A chain that is broken hands null handles on, and the host refuses those.
+    // After a failure the module passes null handles on, which the host rejects.
     std::erase_if(kept, [](const std::string& fault) {
         return std::ranges::any_of(
             nullHandles, [&](const char* words) { return fault.find(words) != std::string::npos; });
     });
-    // What the host does not take back stays with the effect; nothing else may.
+    // Only an object whose release failed may stay acquired.
     const auto cannotEnd = releases.find(failed);
     if (cannotEnd != releases.end())
         EXPECT_THAT(kept, Each(AnyOf(HasSubstr("did not release: " + cannotEnd->second),
-                                     HasSubstr("a value is still out"))));
+                                     HasSubstr("a value that is not disposed of"))));
     else
         EXPECT_THAT(kept, IsEmpty());
-    ledger::close();
+    ledger::reset();
     host.infoPanel.clear();
     host.scripts.clear();
 }
 
 } // namespace
 
-TEST_F(Life, EverySuiteMayBeRefused) {
+TEST_F(InstanceFailures, EverySuiteMayBeMissing) {
     for (const auto& [name, version] : suites::offered())
         for (const Step& step : steps()) {
             suites::refuse(name, version);
@@ -165,7 +166,7 @@ TEST_F(Life, EverySuiteMayBeRefused) {
             expectOrder(step, error, name);
             suites::allowAll();
             if (error != 0 && plugin->globalData() == nullptr) {
-                EXPECT_EQ(step.command(), 0) << "asked again";
+                EXPECT_EQ(step.command(), 0) << "sent again";
             }
         }
     for (const Step& step : steps()) {
@@ -174,17 +175,17 @@ TEST_F(Life, EverySuiteMayBeRefused) {
     }
 }
 
-TEST_F(Life, EveryCallOfTheHostMayFail) {
+TEST_F(InstanceFailures, EveryCallOfTheHostMayFail) {
     for (const Step& step : steps())
-        // Far in, the calls are those of one control after another: not every round is needed.
+        // Most calls are repetitions for one control after another, so later rounds are sampled.
         for (std::uint64_t n = 1; !HasFailure(); n += n < 500 ? 1 : 37) {
             step.prepare();
             own.makeCurrent();
-            calls::restart();
+            calls::reset();
             calls::failAt(n);
             const PF_Err error = step.command();
             const std::string failed = calls::failedCall();
-            calls::restart();
+            calls::reset();
             expectOrder(step, error, failed);
             if (failed.empty()) {
                 EXPECT_EQ(error, 0) << step.name;
@@ -193,19 +194,19 @@ TEST_F(Life, EveryCallOfTheHostMayFail) {
         }
 }
 
-TEST_F(Life, MemoryMayRunOutAtEveryHandle) {
+TEST_F(InstanceFailures, MemoryMayRunOutAtEveryHandle) {
     for (const Step& step : steps()) {
         const auto run = [&](std::uint64_t handles) {
             step.prepare();
             own.makeCurrent();
             memory::setHandlesLeft(handles);
-            const std::uint64_t before = memory::handlesMade();
+            const std::uint64_t before = memory::handlesAllocated();
             const PF_Err error = step.command();
             memory::setHandlesLeft(memory::noLimit);
             expectOrder(step, error);
             EXPECT_EQ(error, handles == memory::noLimit ? 0 : PF_Err_OUT_OF_MEMORY)
                 << step.name << " with " << handles;
-            return memory::handlesMade() - before;
+            return memory::handlesAllocated() - before;
         };
         const std::uint64_t needed = run(memory::noLimit);
         for (std::uint64_t left = 0; left < needed && !HasFailure(); ++left)

@@ -1,5 +1,5 @@
-// The module as a host loads it: what it is made of, its plain commands, its dialogs, and commands
-// in the middle of others.
+// The module as a host loads it: its exports and resource, commands without an instance, dialogs,
+// and nested commands.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -38,8 +38,8 @@ EntryPoint moduleEntry() {
 
 } // namespace
 
-TEST_F(ModuleTest, ExportsOneFunctionAndIsWhatItsResourceSays) {
-#ifdef _WIN32 // the build machine looks at the exports: scripts/check_dll.py
+TEST_F(ModuleTest, ExportsOneFunctionAndMatchesItsResource) {
+#ifdef _WIN32 // checked on the build machine: scripts/check_dll.py
     const auto module = static_cast<HMODULE>(library::loaded(TVM_MODULE_PATH));
     HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(16000), L"PIPL");
     ASSERT_NE(resource, nullptr);
@@ -69,19 +69,19 @@ TEST_F(ModuleTest, ExportsOneFunctionAndIsWhatItsResourceSays) {
                     Entry("eMNA", sized("HOLMVARDEN_Tvelmarondine")), Entry("aeFL", number(0))));
 }
 
-TEST_F(ModuleTest, CommandsWithoutWorkOnlyMakeTheirScope) {
+TEST_F(ModuleTest, CommandsWithoutWorkSucceed) {
     for (const PF_Cmd command :
          {2, 10, 12, 13, 15, 16, 17, 18, 19, 20, 21, 22, 25, 1000, -1, INT32_MAX}) {
-        calls::restart();
+        calls::reset();
         EXPECT_EQ(plugin->send(command), 0) << command;
-        EXPECT_EQ(calls::count(), 3U) << command; // a handle made, locked, disposed of
+        EXPECT_EQ(calls::count(), 3U) << command; // a handle is allocated, locked, disposed of
     }
     Plugin other(TVM_MODULE_PATH);
-    EXPECT_EQ(other.send(PF_Cmd_GLOBAL_SETDOWN), 0); // nothing was set up
+    EXPECT_EQ(other.send(PF_Cmd_GLOBAL_SETDOWN), 0); // without global setup
 }
 
-// Projects render on the smart way; the older command leaves its output alone.
-TEST_F(ModuleTest, TheOlderRenderOnlySaysThatItCame) {
+// The host renders with smart rendering; PF_Cmd_RENDER leaves the output unchanged.
+TEST_F(ModuleTest, TheOlderRenderCommandDrawsNothing) {
     Effect& effect = applyKernel(addPicture(), copyKernel);
     World painted = makeOutput(4, 4, 1);
     std::ranges::fill(painted.data, std::byte{0x5A});
@@ -93,7 +93,7 @@ TEST_F(ModuleTest, TheOlderRenderOnlySaysThatItCame) {
     EXPECT_EQ(result.output.data, before);
 }
 
-TEST_F(ModuleTest, EndsItsGraphsInItsOwnContext) {
+TEST_F(ModuleTest, DeletesItsGraphsInItsOwnContext) {
     applyKernel(addPicture(), copyKernel);
     applyKernel(addPicture(), kernelText("", "dst = float4(1.0);"));
     const HostContext own(hostKinds().back());
@@ -104,7 +104,7 @@ TEST_F(ModuleTest, EndsItsGraphsInItsOwnContext) {
         glBindTexture(GL_TEXTURE_2D, texture);
         programs.push_back(glCreateProgram());
     }
-    while (!comp.layers.empty()) // an effect's last command still looks among the layers
+    while (!comp.layers.empty()) // setdown of an effect still reads the list of layers
         comp.layers.pop_back();
     EXPECT_EQ(plugin->setDown(), 0);
     EXPECT_EQ(currentContext(), own.all);
@@ -114,16 +114,16 @@ TEST_F(ModuleTest, EndsItsGraphsInItsOwnContext) {
         EXPECT_TRUE(glIsProgram(program)); // names are the same in every context
 }
 
-TEST_F(ModuleTest, RefusesRecordsThatNoHostSends) {
+TEST_F(ModuleTest, RejectsInvalidRecords) {
     const EntryPoint entry = moduleEntry();
     PF_OutData out{};
     EXPECT_EQ(entry(PF_Cmd_GLOBAL_SETUP, nullptr, &out, nullptr, nullptr, nullptr), 516);
     PF_InData in = *host.inData();
     EXPECT_EQ(entry(PF_Cmd_GLOBAL_SETUP, &in, nullptr, nullptr, nullptr, nullptr), 516);
-    EXPECT_EQ(entry(PF_Cmd_ABOUT, &in, &out, nullptr, nullptr, nullptr), 512); // not set up
+    // Without global setup.
+    EXPECT_EQ(entry(PF_Cmd_ABOUT, &in, &out, nullptr, nullptr, nullptr), 512);
     in.global_data = plugin->globalData();
-#ifndef _WIN32 // there a throwing callback is the host's own fault: runtimes do not share
-               // exceptions
+#ifndef _WIN32 // exceptions cannot cross runtimes there
     SPBasicSuite throwing = *in.pica_basicP;
     throwing.AcquireSuite = [](const char*, std::int32_t, const void**) -> SPErr {
         throw std::runtime_error("the host's own");
@@ -139,7 +139,7 @@ TEST_F(ModuleTest, TextsReachTheDialogUnchanged) {
     const std::string odd = "a \\ ' ? \t \xC3\xA9 \xF0\x9F\x8E\xA8\n); alert('no'); //";
     const std::string head = "Pixel Bender Kernel : Test\nversion : 1\nVendor : v\n\n";
     const std::string filler(254 - head.size() - odd.size(), 'x');
-    // The 255th byte is the first of a character of two.
+    // Byte 255 is the first of a two-byte character.
     applyKernel(addPicture(), kernelText("", "dst = sampleNearest(src, outCoord());",
                                          "description: \"" + odd + filler + "\xC3\xA9 more\"; "));
     host.scripts.clear();
@@ -160,7 +160,7 @@ TEST_F(ModuleTest, TextsReachTheDialogUnchanged) {
     EXPECT_EQ(host.scripts.asked()[0].message, "Where is " + name + "?");
 }
 
-TEST_F(ModuleTest, AboutTellsTheVersionsAndExportsTheErrorLog) {
+TEST_F(ModuleTest, AboutShowsTheVersionsAndExportsTheErrorLog) {
     EXPECT_EQ(plugin->about(), 0);
     ASSERT_EQ(host.infoPanel.messages().size(), 2U);
     const InfoPanel::Lines versions = host.infoPanel.messages()[0];
@@ -204,7 +204,7 @@ TEST_F(ModuleTest, AboutTellsTheVersionsAndExportsTheErrorLog) {
     EXPECT_THAT(dialogs({"yes", std::nullopt}), ElementsAre(offer, where, chooser));
     EXPECT_THAT(dialogs({"yes", "/nowhere"}), ElementsAre(offer, where, chooser, failed));
     const auto exported = folder / "Tvelmarondine_error_log.txt";
-    std::ofstream(exported) << std::string(5000, 'o'); // of another day
+    std::ofstream(exported) << std::string(5000, 'o'); // exported before
     EXPECT_THAT(dialogs({"yes", folder.string()}), ElementsAre(offer, where, chooser, done));
     const std::string text = bytesOf(exported);
     EXPECT_THAT(text, StartsWith("Win32bit\nvendor : " + texts[0] + "\nversion : " + texts[1] +
@@ -214,10 +214,11 @@ TEST_F(ModuleTest, AboutTellsTheVersionsAndExportsTheErrorLog) {
     EXPECT_THAT(dialogs({}), IsEmpty());
 }
 
-#ifndef _WIN32 // Wine has no screenless driver to take away; gpu_test tries a refused window there
+#ifndef _WIN32 // under Wine the driver cannot be removed; gpu_test covers a failed window there
 TEST_F(ModuleTest, WithoutOpenGlALoadFailsWithOneClearLine) {
     const char* drivers = "__EGL_VENDOR_LIBRARY_FILENAMES";
-    if (std::getenv(drivers) == nullptr) { // looked for once in a process: another one is needed
+    // Drivers are searched for once in a process, so the test is run in another one.
+    if (std::getenv(drivers) == nullptr) {
         const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
         const std::string command =
             drivers + ("=/nonexistent '" + self) + "' --gtest_filter=ModuleTest.WithoutOpenGl* >&2";
@@ -226,7 +227,7 @@ TEST_F(ModuleTest, WithoutOpenGlALoadFailsWithOneClearLine) {
     }
     Layer& layer = addPicture();
     Effect& effect = addEffect(layer);
-    host.scripts.answers = {"/nowhere.pbk"}; // told first: there is nothing to build
+    host.scripts.answers = {"/nowhere.pbk"}; // reported before anything is built
     EXPECT_EQ(effect.apply(), 0);
     EXPECT_EQ(shown(), "Kernel file could not be opened:\n/nowhere.pbk\n\n\nNo error log\n");
     host.infoPanel.clear();
@@ -241,14 +242,14 @@ TEST_F(ModuleTest, WithoutOpenGlALoadFailsWithOneClearLine) {
 #endif
 
 // Two instances of one kernel; each multiplies and adds by its own controls.
-TEST_F(ModuleTest, ACommandInTheMiddleOfAnotherDisturbsNothing) {
+TEST_F(ModuleTest, NestedCommandsAreIndependent) {
     const std::string path = write(
         "scale.pbk", kernelText("parameter float gain; parameter float lift;",
                                 "dst = sampleNearest(src, outCoord()) * gain + float4(lift);"));
     Layer& layer = addPicture(4, 4, 4);
     Effect& outer = apply(layer, path);
     Effect& inner = apply(layer, path);
-    const auto renderRightly = [&](Effect& effect, float gain, float lift) {
+    const auto expectRender = [&](Effect& effect, float gain, float lift) {
         effect.control(44).constant.value.one_d = gain;
         effect.control(45).constant.value.one_d = lift;
         const RenderResult result = effect.render({});
@@ -260,7 +261,7 @@ TEST_F(ModuleTest, ACommandInTheMiddleOfAnotherDisturbsNothing) {
     };
     bool hasRun = false;
     const auto event = [&] {
-        renderRightly(inner, 0.25F, 0.5F);
+        expectRender(inner, 0.25F, 0.5F);
         EXPECT_EQ(inner.doDialog() | inner.updateParamsUi() | plugin->about(), 0);
         hasRun = true;
     };
@@ -273,8 +274,8 @@ TEST_F(ModuleTest, ACommandInTheMiddleOfAnotherDisturbsNothing) {
             for (int i = 1; i < nth; ++i)
                 hook = [call, hook] { calls::onNext(call, hook); };
             calls::onNext(call, hook);
-            renderRightly(outer, 2, -0.5F);
-            calls::restart();
+            expectRender(outer, 2, -0.5F);
+            calls::reset();
         }
     for (const char* call : {"AcquireSuite", "PF_UpdateParamUI", "AEGP_SetDynamicStreamFlag"}) {
         hasRun = false;
@@ -286,7 +287,7 @@ TEST_F(ModuleTest, ACommandInTheMiddleOfAnotherDisturbsNothing) {
     EXPECT_EQ(outer.control(46).isHidden(), true);
     EXPECT_EQ(outer.control(45).isHidden(), false);
     hasRun = false;
-    calls::onNext("PF_InfoDrawText", event); // the new kernel has been loaded
+    calls::onNext("PF_InfoDrawText", event); // sent after the new kernel was loaded
     applyKernel(layer, copyKernel);
     EXPECT_TRUE(hasRun);
     layer.effects.clear();

@@ -1,4 +1,4 @@
-// Parameter values on their way into the shader, and what a graph tells about itself.
+// Parameter values passed to the shader, and the description of a graph.
 
 #include "tests/support/engine_fixture.h"
 
@@ -6,7 +6,7 @@ namespace {
 
 class Parameters : public EngineTest {
 protected:
-    // What one pixel of a kernel without inputs gives.
+    // The pixel of a kernel without inputs.
     Pixel pixelOf(pbGraph& graph) {
         HostImage output(1, 1, 4);
         renderFrame(graph, frameFor(output), output);
@@ -19,11 +19,11 @@ protected:
     }
 };
 
-// Each default reaches the shader by the call that its control, its word or its type asks for. What
-// the effect's controls send is looked at with these.
-TEST_F(Parameters, DefaultsReachTheShader) {
+// Each default is passed by the uniform call of its control, parameterType or type. The controls'
+// own values are tested elsewhere.
+TEST_F(Parameters, DefaultsArePassedToTheShader) {
     const std::tuple<const char*, const char*, Pixel> cases[] = {
-        // the parameter p, the pixel's value, what comes of it
+        // parameter p, pixel, expected values
         {"int3 p<defaultValue:int3(1,-2,3);>", "float4(float3(p), 0.0)", {1, -2, 3, 0}},
         {"pixel3 p<defaultValue:pixel3(1,2,3);>", "float4(p, 4.0)", {1, 2, 3, 4}},
         {"float4 p<defaultValue:float4(1,2,3,4);>", "p", {1, 2, 3, 4}},
@@ -34,15 +34,15 @@ TEST_F(Parameters, DefaultsReachTheShader) {
         {"float3 p<defaultValue:1,2,3; aeUIControl:\"aeColor\";>", "float4(p, 0.0)", {1, 2, 3, 0}},
         {"pixel4 p<defaultValue:1,2,3,4; aeUIControl:\"aeColor\";>", "p", {1, 2, 3, 4}},
         {"pixel3 p<defaultValue:1,2,3; aeUIControl:\"aeColor\";>", "float4(p, 0.0)", {1, 2, 3, 0}},
-        // The control decides before the word.
+        // aeUIControl takes precedence over parameterType.
         {"int p<defaultValue:2; aeUIControl:\"aePopup\"; parameterType:\"angleDegrees\";>",
          "float4(float(p))",
          {2, 2, 2, 2}},
-        // A popup's whole number does not fit a float: it is not sent, and the frame is none the
-        // worse. A colour control on a single number sends nothing either.
+        // An integer is not sent to a popup's float, and a colour control sends nothing to a single
+        // number; the frame renders anyway.
         {"float p<defaultValue:0.5; aeUIControl:\"aePopup\";>", "float4(p)", {0, 0, 0, 0}},
         {"float p<defaultValue:0.5; aeUIControl:\"aeColor\";>", "float4(p)", {0, 0, 0, 0}},
-        // The name field holds 31 bytes, the uniform's name is the whole.
+        // The name field holds 31 bytes, but the uniform has the whole name.
         {"float aNameThatIsTooLongForTheNameFieldOfTheModel<defaultValue:-7.5;>",
          "float4(aNameThatIsTooLongForTheNameFieldOfTheModel)",
          {-7.5F, -7.5F, -7.5F, -7.5F}},
@@ -55,8 +55,8 @@ TEST_F(Parameters, DefaultsReachTheShader) {
     }
 }
 
-// The int and bool dependents travel as floats; all are worked out before any pixel.
-TEST_F(Parameters, DependentsArriveAtEachPixel) {
+// Integer and boolean dependents are passed as floats; all are computed before the pixels.
+TEST_F(Parameters, DependentsArePassedToEachPixel) {
     const auto graph = kernelGraph(
         "kernel Test { output pixel4 dst; parameter float p<defaultValue:3.0;>;"
         "dependent int n, _m; dependent bool b; dependent float2 f;"
@@ -65,7 +65,7 @@ TEST_F(Parameters, DependentsArriveAtEachPixel) {
     EXPECT_EQ(pixelOf(*graph), (Pixel{4, -2, 3, 9})) << log();
 }
 
-TEST_F(Parameters, AnEmptyGraphTellsOfItself) {
+TEST_F(Parameters, DescribesAnEmptyGraph) {
     const auto empty = fileGraph("<graph/>");
     EXPECT_EQ(std::string(empty->infoText), "Pixel Bender Graph : -\nversion : 0\nVendor : -\n\n");
     EXPECT_EQ(info(), "No output node.\n\n");

@@ -1,4 +1,4 @@
-// What pbhost itself looks at before and behind the work: a graph's wiring, the frame.
+// Checks that pbhost makes itself: of a graph's connections and of the rendered frame.
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -62,35 +62,36 @@ std::string failureOf(const auto& work) {
 
 } // namespace
 
-TEST_F(Wiring, FaultsNameNodeInputAndWhatThereIs) {
+TEST_F(Wiring, FaultsNameNodeInputAndAlternatives) {
     const std::tuple<const char*, std::size_t, Texts> cases[] = {
-        // the graph, how many errors it has, what they and then the warnings tell
+        // graph, number of errors, messages (errors first)
         {"a:Blur b:Mix in>a.src a>b.src in>b.mask b>", 0, {}},
         {"a:Blr in>a.src a>",
          1,
          {R"(node "a": the graph has no kernel "Blr"; there are "Blur", "Mix")"}},
         {"a:Blur in>a.src in>b.src a>",
          0,
-         {R"("src" of node "b" leads nowhere: there is no such node; there is "a")"}},
+         {R"("src" of node "b" is ignored: there is no such node; there is "a")"}},
         {"a:Mix in>a.src in>a.maks in>a.mask in>in.src a>",
          0,
-         {R"(leads nowhere: kernel "Mix" has no such input; there are "mask", "src")",
-          R"("src" of node "in" leads nowhere: that is an input image; there is "a")"}},
+         {R"(is ignored: kernel "Mix" has no such input; there are "mask", "src")",
+          R"("src" of node "in" is ignored: that is an input image; there is "a")"}},
         {"a:Blur inn>a.src a>",
          0,
-         {R"(leads nowhere: it comes from no node or input image; there are "in", "a")"}},
-        {"a:Blur b:Blur in>a.src in>b.src b>a.src no> a>", 0, {}}, // a later one mends it
+         {R"(is ignored: its source is neither a node nor an input image; there are "in", "a")"}},
+        {"a:Blur b:Blur in>a.src in>b.src b>a.src no> a>", 0, {}}, // a later connection replaces it
         {"a:Mix b:Blur in>a.mask in>b.src a>",
          0,
-         {R"((kernel "Mix"), so it is transparent; to feed it there are "in", "b")"}},
+         {R"((kernel "Mix") is not connected and reads as transparent; to connect it there are "in", "b")"}},
         {"a:Blur in>a.src x>",
          1,
-         {R"(fed from "x", which is neither a node nor an input image; there are "a", "in")"}},
+         {R"(connected to "x", which is neither a node nor an input image; there are "a", "in")"}},
         {"a:Blur b:Blur c:Mix d:Blur c>a.src a>b.src b>c.mask in>c.src c>d.src d>",
          1,
-         {R"(these nodes feed one another in a cycle: "c" -> "a" -> "b" -> "c")"}},
-        {"a:Blur b:Blur in>a.src b>b.src a>", 0, {R"(in a cycle: "b" -> "b")"}},
-        // Two ways to one node are no cycle, and an image hides a node of its name.
+         {R"(these nodes form a cycle: "c" -> "a" -> "b" -> "c")"}},
+        {"a:Blur b:Blur in>a.src b>b.src a>", 0, {R"(form a cycle: "b" -> "b")"}},
+        // Two paths to one node are no cycle, and an image takes precedence over a node of its
+        // name.
         {"a:Blur b:Mix in:Blur in>a.src a>b.src a>b.mask b>", 0, {R"("src" of node "in")"}},
     };
     for (const auto& [graphWords, errorCount, messages] : cases) {
@@ -110,9 +111,9 @@ TEST_F(Wiring, FaultsNameNodeInputAndWhatThereIs) {
     }
 }
 
-TEST_F(Wiring, ManyFaultsAndLongChainsEnd) {
+TEST_F(Wiring, LimitsMessagesAndAllowsLongChains) {
     std::string text = "<graph name='G'>" + kernelElement("Blur", {"src"});
-    constexpr int count = 20000; // nodes in one chain, which closes at its end
+    constexpr int count = 20000; // nodes in one chain that ends in its start
     for (int i = 0; i < count; ++i)
         text += element(std::to_string(i) + ":Blur") +
                 element(std::to_string((i + 1) % count) + ">" + std::to_string(i) + ".src") +
@@ -121,13 +122,13 @@ TEST_F(Wiring, ManyFaultsAndLongChainsEnd) {
     ASSERT_EQ(readGraphText(text + "</graph>", graph), 0);
     const Texts warnings = pbhost::checkWiring(graph).warnings;
     EXPECT_EQ(warnings.size(), 21u);
-    EXPECT_EQ(warnings.back(), "and more of the kind");
+    EXPECT_EQ(warnings.back(), "and others");
     EXPECT_EQ(pbhost::namesLike("glow", {"a", "b", "c", "grow", "d", "e", "f", "glowing"}),
               "there are \"grow\", \"glowing\", \"a\", \"b\", \"c\", \"d\" and others");
     EXPECT_EQ(pbhost::namesLike("glow", {}), "there are none");
 }
 
-TEST(FrameFill, TellsEachRowThatWasNotWritten) {
+TEST(FrameFill, FindsEachUnwrittenRow) {
     for (const int componentBytes : {1, 2, 4}) {
         hostkit::World world = hostkit::makeOutput(5, 3, componentBytes);
         pbhost::fillUnwritten(world);
@@ -137,13 +138,13 @@ TEST(FrameFill, TellsEachRowThatWasNotWritten) {
         EXPECT_EQ(pbhost::unwrittenRow(world), 1);
         world.data[world.rowBytes + 5 * world.pixelBytes() - 1] ^= std::byte{1};
         EXPECT_EQ(pbhost::unwrittenRow(world), 2);
-        // A row in the wrong place was written.
+        // A row that was written, with the fill of another row.
         std::memcpy(&world.data[2 * world.rowBytes], filled.data.data(), world.rowBytes);
         EXPECT_EQ(pbhost::unwrittenRow(world), std::nullopt);
     }
 }
 
-// A module that copies its input, until it is told otherwise.
+// pbhost with a module that copies its input, unless the test changes it.
 class FrameChecks : public testing::Test {
 protected:
     FrameChecks() {
@@ -156,8 +157,8 @@ protected:
 
     ~FrameChecks() override { fs::current_path("/"); }
 
-    // What the render says; "none": it was written.
-    std::string render(const std::function<void(RecordingModule&, pbhost::Session&)>& tell) {
+    // The error of a render, or "none".
+    std::string render(const std::function<void(RecordingModule&, pbhost::Session&)>& change) {
         pbhost::SessionOptions options;
         options.module = fs::absolute("module.so");
         options.preferences = "preferences.json";
@@ -165,7 +166,7 @@ protected:
         void* library = dlopen(options.module.c_str(), RTLD_NOW | RTLD_NOLOAD);
         auto& module =
             *reinterpret_cast<RecordingModule* (*)()>(dlsym(library, "recordingModule"))();
-        tell(module, session);
+        change(module, session);
         const std::string failure = failureOf([&] {
             pbhost::RenderRequest request;
             request.file = "any.pbk";
@@ -183,17 +184,17 @@ protected:
     const pbhost::TemporaryFolder temporary_;
 };
 
-TEST_F(FrameChecks, UnwrittenAndFailedFramesAreNoPictures) {
+TEST_F(FrameChecks, UnwrittenAndFailedFramesAreErrors) {
     EXPECT_THAT(render([](RecordingModule& module, auto&) { module.draws = false; }),
-                HasSubstr("has not written its frame: row 0"));
-    // As the effect exports its log: into the folder that is the second answer to it.
+                HasSubstr("has not written its output: row 0"));
+    // Writes an error log as the effect does, into the folder of the second answer.
     const auto failLate = [](RecordingModule& module, pbhost::Session& session) {
-        module.behind[PF_Cmd_ABOUT] = [&session](const Sent&) {
+        module.handlers[PF_Cmd_ABOUT] = [&session](const Sent&) {
             std::ofstream(*session.host.scripts.answers.at(1) + "/Tvelmarondine_error_log.txt")
                 << "OpenGL error 0x505";
         };
     };
-    EXPECT_THAT(render(failLate), HasSubstr("the frame has failed: OpenGL error 0x505"));
+    EXPECT_THAT(render(failLate), HasSubstr("the render failed: OpenGL error 0x505"));
     EXPECT_EQ(bytesOf("out.png"), "old");
     EXPECT_EQ(render([](auto&, auto&) {}), "none");
     EXPECT_EQ(pbhost::readPicture("out.png").width, 4u);

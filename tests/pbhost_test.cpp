@@ -1,4 +1,4 @@
-// The program, as a user starts it: its output, messages, exit codes and files.
+// The program pbhost as a user runs it: output, messages, exit codes and files.
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -62,7 +62,7 @@ const std::string setText = kernelText(
     "                 isOn ? tone.r + 2.0 * tone.g + 4.0 * tone.b + 8.0 * tone.a : -1.0,\n"
     "                 float(mode) * 512.0 + turn); }");
 
-// The picture through node a; nothing feeds or reads node b, which may lack its kernel.
+// The picture passes through node a; node b is unconnected and may lack its kernel.
 std::string graphText(const std::string& kernel, const std::string& kernelOfB = "Mine") {
     return R"(<graph name="Pair"><inputImage type="image4" name="in"/>
         <outputImage type="pixel4" name="out"/><kernel><![CDATA[)" +
@@ -72,7 +72,7 @@ std::string graphText(const std::string& kernel, const std::string& kernelOfB = 
         <connect fromNode="a" fromOutput="dst" toImage="out"/></graph>)";
 }
 
-// Another value in each channel of each pixel, colours without alpha among them.
+// Different values in every channel of every pixel, including colours with alpha 0.
 Picture paint(Depth depth) {
     Picture picture = pbhost::makePicture(9, 6, depth);
     const unsigned bytes = pbhost::componentBytesOf(depth);
@@ -90,7 +90,7 @@ struct Result {
     std::string out, err;
 
     void expectSuccess() const { EXPECT_EQ(code, 0) << err; }
-    // A failure says why, on standard error alone, and leaves the old picture.
+    // A failure is explained on standard error only, and the old picture is kept.
     void expectFailure(int wanted, const Texts& messages) const {
         EXPECT_EQ(code, wanted) << err;
         EXPECT_EQ(out, "");
@@ -100,7 +100,7 @@ struct Result {
     }
 };
 
-// Each test works in a folder of its own, with preferences of its own.
+// Each test uses its own folder and its own preferences.
 class Pbhost : public testing::Test {
 protected:
     Pbhost() {
@@ -130,7 +130,7 @@ protected:
     const std::string examples = EXAMPLES_PATH "/";
 };
 
-// A render that takes longer than anybody waits, in its two processes. An end waits for both.
+// An endless render, in pbhost's two processes. `end` waits for both.
 class LongRender {
 public:
     LongRender() {
@@ -148,7 +148,7 @@ public:
             processFile(parent, "task/" + std::to_string(parent) + "/children");
         while ((child = std::atoi(bytesOf(children).c_str())) == 0 && kill(parent, 0) == 0)
             std::this_thread::sleep_for(10ms);
-        // What the child would have written by now.
+        // A file that the child would have created.
         write(".pbhost-" + std::to_string(child) + "-0.png", "a part");
     }
     int end(pid_t whom, int signal) const {
@@ -214,23 +214,23 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render broken.pbk -o old.png --verbose", 3, {"Info: !!!Mine", "** vglsl **"}},
         {"render broken.pbg -i in.png -o old.png", 3, {"runs kernel \"Mine\"", "  a, vertex"}},
         {"render lost.pbg -o old.png", 3, {"node \"b\": the graph has no kernel \"Lost\""}},
-        {"render loose.pbg -o old.png --strict", 3, {"warning: nothing feeds input \"src\""}},
+        {"render loose.pbg -o old.png --strict", 3, {"warning: input \"src\""}},
         {"render short.pbk -o old.png", 3, {"short.pbk: cannot be read: only", "4096 bytes"}},
-        {"render missing.pbk -o stdout.png", 1, {"stdout.png", "a process has open"}},
+        {"render missing.pbk -o stdout.png", 1, {"stdout.png", "an open file of a process"}},
         {"render mem.pbk -o old.png", 3, {"mem.pbk", "Input/output error"}},
         {"render missing.pbk -o old.xyz", 1, {"no picture format", "'.xyz'"}},
         {"render missing.pbk -o .png", 1, {"no picture format", "extension ''"}},
         {"render missing.pbk -o pipe.png", 1, {"it is a pipe"}},
         {"render missing.pbk -o folder.png", 1, {"it is a folder"}},
-        {"render missing.pbk -o dangling.png", 1, {"a link that leads to no file"}},
-        {"render missing.pbk -o /sys/x.png", 1, {"'/sys'"}}, // nobody may write there
+        {"render missing.pbk -o dangling.png", 1, {"a link without a target"}},
+        {"render missing.pbk -o /sys/x.png", 1, {"'/sys'"}}, // not writable
         {"render missing.pbk -o old.png --save /dev/null", 1, {"/dev/null", "a device"}},
         {"render copy.pbk -i missing.png -o old.png", 4, {"missing.png", "no such file"}},
         {"render copy.pbk -i in.png -o in.png/x.png", 1, {"in.png/x.png"}},
         {"render copy.pbk -i in.png -i in.png -o old.png", 2, {"takes 1 picture, 2 are given"}},
         {"render copy.pbk --layer 2=in.png -o old.png", 2, {"--layer 2", "there are:\n  none"}},
         {"render copy.pbk -o old.png --size 4x", 2, {"--size 4x", "WIDTHxHEIGHT"}},
-        {"render copy.pbk -i in.png -o old.png --size 4x4", 2, {"--size goes without"}},
+        {"render copy.pbk -i in.png -o old.png --size 4x4", 2, {"--size cannot be combined"}},
         {"render copy.pbk -o old.png --size 99999x1", 2, {"larger than"}},
         {"render copy.pbk -o old.png --downsample 0", 2, {"--downsample 0", "1 to 64"}},
         {"render set.pbk -o old.png --set size=1", 2, {"no such", "gain: fixed slider from -2 to"}},
@@ -241,23 +241,25 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render set.pbk -o old.png --set tone=1,1,2", 2, {"\"2\" is out of range, 0 to 1"}},
         {"render set.pbk -o old.png --set mode=4", 2, {"no such choice", "popup 1 soft, 2 hard"}},
         {"render set.pbk -o old.png --set isOn=yes", 2, {"\"yes\" is neither true nor false"}},
-        {"render --project in.png -o old.png", 2, {"in.png", "no project"}},
+        {"render --project in.png -o old.png", 2, {"in.png", "not a valid project"}},
         {"render --project old.json -o old.png", 2, {"old.json", "version 2 is unknown"}},
         {"render --project half.json -o old.png", 2, {"half.json", "odd number of digits"}},
         {"controls copy.pbk --module no.so", 2, {"no.so"}},
         {"prefs get rootFolder", 2, {"rootFolder"}},
-        {"frobnicate", 2, {"there is no command 'frobnicate'", "--help"}},
-        {"render in.png -o old.png", 3, {"in.png", "neither a kernel (.pbk) nor a graph"}},
+        {"frobnicate", 2, {"unknown command 'frobnicate'", "--help"}},
+        {"render in.png -o old.png",
+         3,
+         {"in.png", "neither that of a kernel (.pbk) nor of a graph"}},
         {"render \xff.pbk -o old.png", 3, {"the name is not UTF-8"}},
         {"render copy.pbk -o ''", 2, {"--output", "empty"}},
         {"render copy.pbk -o old.png --layer 1=", 2, {"--layer 1=", "CONTROL=PICTURE"}},
-        {"render copy.pbk -o old.png --save ./old.png", 2, {"the picture goes there"}},
+        {"render copy.pbk -o old.png --save ./old.png", 2, {"it is the output picture"}},
         {"render copy.pbk -o old.png --save link.json", 2, {"kernel or graph"}},
-        {"render copy.pbk -o old.png -i in.png --save in.png", 2, {"a picture comes from there"}},
+        {"render copy.pbk -o old.png -i in.png --save in.png", 2, {"it is an input picture"}},
         {"render copy.pbk -o old.png -i \xff.png --save p.json", 2, {"the name is not UTF-8"}},
         {"render --project . -o old.png", 2, {".: cannot be read: it is a folder"}},
         {"render --project damaged.json -o old.png", 2, {"the project is damaged"}},
-        {"render --project late.json -o old.png", 2, {"late.json", "\"time\" is no time"}},
+        {"render --project late.json -o old.png", 2, {"late.json", "\"time\" is not a valid time"}},
         {"render --project far.json -o old.png", 2, {"far.json", "gain: 3.0 is out of range, -2"}},
         {"prefs --prefs .", 2, {".: cannot hold preferences: it is a folder"}},
         {"prefs set rootFolder ''", 2, {"a folder's path is needed"}},
@@ -301,7 +303,7 @@ TEST_F(Pbhost, CopiesEveryValueAtEveryDepth) {
         {"copy.pbk", Depth::Bits16, "16.png", ""},
         {"copy.pbk", Depth::Bits32, "32.exr", ""},
         {"half.pbg", Depth::Bits8, "half.png",
-         "pbhost: warning: half.pbg: nothing feeds input \"src\" of node \"b\""},
+         "pbhost: warning: half.pbg: input \"src\" of node \"b\""},
     };
     for (const auto& [file, depth, name, note] : cases) {
         pbhost::writePicture(name, paint(depth));
@@ -339,7 +341,7 @@ TEST_F(Pbhost, SetsControlsOfEveryKind) {
     }
 }
 
-// The kernel moves behind the project's back, and is found by the setting or by an answer.
+// The kernel of a project is moved, and found by the preference or by an answer.
 TEST_F(Pbhost, FindsTheKernelOfAProject) {
     const std::string blend = "new/blend.pbk";
     fs::create_directories("old");
@@ -368,7 +370,7 @@ TEST_F(Pbhost, FindsTheKernelOfAProject) {
     EXPECT_FALSE(hasTemporaries());
 }
 
-TEST_F(Pbhost, WritesThroughLinks) {
+TEST_F(Pbhost, WritesToTheTargetOfALink) {
     fs::create_directory("away");
     write("away/out.png", "old");
     fs::permissions("away/out.png", fs::perms::owner_read | fs::perms::owner_write);
@@ -380,7 +382,7 @@ TEST_F(Pbhost, WritesThroughLinks) {
               fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(Pbhost, LetsTheEffectSpeak) {
+TEST_F(Pbhost, ShowsTheEffectsInformation) {
     EXPECT_EQ(run("info copy.pbk").out,
               "Pixel Bender Kernel : Mine\nversion : 1\nVendor : -\n\n\n");
     EXPECT_NE(run("about").out.find("OpenGL version : "), std::string::npos);
@@ -408,7 +410,7 @@ TEST_F(Pbhost, LetsTheEffectSpeak) {
     EXPECT_EQ(json::parse(run("controls set.pbk --json --all").out)["controls"].size(), 123U);
 }
 
-TEST_F(Pbhost, OutlivesItsWork) {
+TEST_F(Pbhost, SurvivesCrashesAndInterrupts) {
     const LongRender crashed, interrupted, orphaned;
     EXPECT_EQ(crashed.end(crashed.child, SIGABRT), 5);
     EXPECT_NE(bytesOf("err.txt").find("crashed (Aborted), most likely in the OpenGL driver over "
@@ -416,14 +418,15 @@ TEST_F(Pbhost, OutlivesItsWork) {
               std::string::npos);
     EXPECT_EQ(interrupted.end(interrupted.parent, SIGINT), 130);
     EXPECT_EQ(orphaned.end(orphaned.parent, SIGKILL), -SIGKILL);
-    fs::remove(".pbhost-" + std::to_string(orphaned.child) + "-0.png"); // nobody was left to do it
+    // No parent was left to remove it.
+    fs::remove(".pbhost-" + std::to_string(orphaned.child) + "-0.png");
     EXPECT_FALSE(hasTemporaries());
     EXPECT_EQ(bytesOf("old.png"), "old");
 }
 
 TEST_F(Pbhost, ShowsTextsAndModels) {
     const std::string tint = "'" + examples + "tint.pbk'", dissolve = examples + "dissolve.pbg";
-    // The program alone: only pictures need their library.
+    // The program without its libraries: only pictures need one.
     fs::copy(PBHOST_PATH, "alone");
     EXPECT_EQ(run("--version", "", "./alone").out, "pbhost " PBHOST_VERSION "\n");
     run("model copy.pbk", "", "./alone").expectSuccess();

@@ -26,7 +26,7 @@ namespace {
 
 class PictureTest : public testing::Test {
 protected:
-    // A file as another program would leave it.
+    // Writes a file with OpenImageIO directly.
     template<class Value>
     fs::path writeFile(const char* name, const OIIO::ImageSpec& spec,
                        const std::vector<Value>& pixels) {
@@ -57,7 +57,7 @@ std::vector<double> valuesOf(const Picture& picture) {
     return values;
 }
 
-// Another slope in each channel, alpha 0 over a colour included, and rows of an odd length.
+// A different gradient in each channel, including colours with alpha 0, and rows of odd length.
 Picture slopes(unsigned width, unsigned height, Depth depth) {
     Picture picture = pbhost::makePicture(width, height, depth);
     const unsigned bytes = pbhost::componentBytesOf(depth);
@@ -79,7 +79,7 @@ double worstDifference(const Picture& left, const Picture& right, bool hasAlpha)
     double worst = expected.size() == values.size() ? 0 : 1;
     for (std::size_t i = 0; i < std::min(expected.size(), values.size()); ++i) {
         const double error = std::abs((i % 4 > 0 || hasAlpha ? expected[i] : 1) - values[i]);
-        worst = error <= worst || std::isnan(worst) ? worst : error; // keeps what is no number
+        worst = error <= worst || std::isnan(worst) ? worst : error; // keeps a NaN
     }
     return worst;
 }
@@ -98,9 +98,9 @@ void expectError(const std::string& start, const char* reason, const auto& work)
 
 } // namespace
 
-TEST_F(PictureTest, WhatIsWrittenIsReadAgain) {
+TEST_F(PictureTest, WrittenPicturesAreReadBack) {
     const std::tuple<const char*, Depth, Depth, double, bool> cases[] = {
-        // the file, the picture's depth and the file's, tolerance, whether the file has alpha
+        // file, depth of the picture and of the file, tolerance, whether the file has alpha
         {"a.png", Depth::Bits8, Depth::Bits8, 0, true},
         {"b.PNG", Depth::Bits16, Depth::Bits16, 1 / 32768.0, true},
         {"c.png", Depth::Bits32, Depth::Bits16, 1 / 32768.0, true},
@@ -125,8 +125,8 @@ TEST_F(PictureTest, WhatIsWrittenIsReadAgain) {
     EXPECT_EQ(std::size_t(fileCount()), std::size(cases));
 }
 
-TEST_F(PictureTest, FloatsKeepTheirBits) {
-    // A NaN with a message, both infinities, -2.5, the smallest, -0, the largest, 1e-20.
+TEST_F(PictureTest, FloatsAreBitExact) {
+    // A NaN with a payload, both infinities, -2.5, the smallest, -0, the largest, 1e-20.
     const std::uint32_t bits[8] = {0x7fc12345, 0x7f800000, 0xff800000, 0xc0200000,
                                    1,          0x80000000, 0x7f7fffff, 0x1e3ce508};
     Picture picture = pbhost::makePicture(2, 1, Depth::Bits32);
@@ -137,10 +137,10 @@ TEST_F(PictureTest, FloatsKeepTheirBits) {
     }
 }
 
-TEST_F(PictureTest, ChannelsFindTheirPlaces) {
+TEST_F(PictureTest, MapsChannels) {
     using Numbers = std::vector<std::uint16_t>;
     const std::tuple<const char*, std::vector<std::string>, Numbers, Numbers> cases[] = {
-        // the file's channels and values; the picture's alpha, red, green, blue
+        // channels and values of the file; alpha, red, green, blue of the picture
         {"grey.png", {"Y"}, {30000}, {32768, 15000, 15000, 15000}},
         {"greyAlpha.png", {"Y", "A"}, {65535, 0}, {0, 32768, 32768, 32768}},
         {"colour.png", {"R", "G", "B"}, {0, 65535, 2000}, {32768, 0, 32768, 1000}},
@@ -156,8 +156,8 @@ TEST_F(PictureTest, ChannelsFindTheirPlaces) {
     }
 }
 
-// Halves, in columns -1 and 0 and row 1 of a display of 2 by 2 pixels.
-TEST_F(PictureTest, OpenExrPixelsLieInTheDisplayWindow) {
+// Half floats, in columns -1 and 0 and row 1 of a display window of 2 by 2 pixels.
+TEST_F(PictureTest, PlacesOpenExrPixelsInTheDisplayWindow) {
     OIIO::ImageSpec spec(2, 1, 5, OIIO::TypeDesc::HALF);
     spec.channelnames = {"Z", "B", "A", "R", "G"};
     spec.alpha_channel = 2;
@@ -165,12 +165,12 @@ TEST_F(PictureTest, OpenExrPixelsLieInTheDisplayWindow) {
     spec.y = 1;
     spec.full_width = spec.full_height = 2;
     const std::vector<float> values = {9, 9, 9, 9, 9, 9, 65504, 0.5F, -1, 0x1p-24F};
-    const std::vector<double> expected = {0,   0,  0,       0,     0, 0, 0, 0, //
+    const std::vector<double> expected = {0,   0,  0,       0,     0, 0, 0, 0,
                                           0.5, -1, 0x1p-24, 65504, 0, 0, 0, 0};
     EXPECT_EQ(valuesOf(readPicture(writeFile("x.exr", spec, values))), expected);
 }
 
-TEST_F(PictureTest, UnreadableFilesSayWhy) {
+TEST_F(PictureTest, UnreadableFilesGiveReasons) {
     for (const char* name : {"cut.png", "cut.jpg"}) {
         writePicture(folder / name, slopes(64, 64, Depth::Bits8));
         fs::resize_file(folder / name, fs::file_size(folder / name) / 2);
@@ -188,8 +188,8 @@ TEST_F(PictureTest, UnreadableFilesSayWhy) {
     }
 }
 
-// A stand-in for a full disk: no file may grow beyond 1000 bytes.
-TEST_F(PictureTest, AFailedWriteLeavesTheOldFile) {
+// Simulates a full disk with a file size limit of 1000 bytes.
+TEST_F(PictureTest, AFailedWriteKeepsTheOldFile) {
     const Picture large = slopes(500, 500, Depth::Bits16);
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit before;
@@ -199,7 +199,7 @@ TEST_F(PictureTest, AFailedWriteLeavesTheOldFile) {
         {"a.xyz", "'.xyz'"},
         {"b.png", "File too large"},
         {"c.exr", "File too large"},
-        {"d.sgi", "damaged"}, // its writer notices nothing
+        {"d.sgi", "damaged"}, // its writer does not detect the error
     };
     for (const auto& [name, reason] : cases) {
         const fs::path path = folder / name;

@@ -1,4 +1,4 @@
-// The scanner: tokens, comments, strings, directives, and the counters that go with them.
+// The scanner: tokens, comments, strings, directives, and its counters.
 #include <string>
 #include <tuple>
 #include <utility>
@@ -8,8 +8,8 @@
 
 namespace {
 
-// Writes each token down with a letter for its kind in front, and behind it '|', or "..." where it
-// took the rest of the text.
+// Appends each token with a letter for its kind before it and '|' after it, or "..." if the token
+// is the rest of the text.
 class TokenList : public ShaderReader::Parser {
 public:
     bool parse(ShaderReader&, std::int32_t length, ShaderReader::TokenKind kind,
@@ -55,7 +55,7 @@ TEST_F(ShaderReaderTest, readsTheNextOfAKind) {
     const Read identifier = &ShaderReader::readIdentifier;
     const Read number = &ShaderReader::readNumber;
     const Read string = &ShaderReader::readString;
-    // The source, the call and its stop, the result, and what the reader then stands before.
+    // source, call and stop, result, the text after the reader's position
     const std::tuple<const char*, Read, const char*, const char*, const char*> cases[] = {
         {" 12+name x", identifier, "", "name", " x"},
         {";float", identifier, ";", "", "float"},

@@ -34,7 +34,7 @@ using JstArray = _JST::Array<aeAllocator>;
 
 class Support : public RunningCommand {};
 
-// The `long` that the work throws; 0 when it ends well.
+// The `long` that the work throws; 0 if it throws nothing.
 long thrownBy(const auto& work) {
     try {
         work();
@@ -44,7 +44,7 @@ long thrownBy(const auto& work) {
     return 0;
 }
 
-std::string heard; // from report handlers and from a host's memory
+std::string recorded; // filled by report handlers and by a host's memory callbacks
 
 } // namespace
 
@@ -57,40 +57,40 @@ TEST_F(Support, AScopeWithoutContextHidesTheOuterHeap) {
         EXPECT_TRUE(currentInData() == nullptr && currentSuites() == nullptr);
         EXPECT_TRUE(allocate(8) == nullptr && allocateAligned(8, 16) == nullptr);
         EXPECT_EQ(handleSize(handleOf(outer)), 0);
-        release(outer); // stays: the release below must find it alive
+        release(outer); // still allocated when it is released below
     }
     EXPECT_EQ(currentInData(), host.inData());
     release(outer);
 }
 
-TEST(Heap, TalksToTheHostOfTheRunningCommand) {
+TEST(Heap, UsesTheHostOfTheRunningCommand) {
     EXPECT_EQ(allocate(1), nullptr) << "no command runs";
     hostkit::Host host;
     auto scope = std::make_unique<CommandScope>(1, 0, host.inData());
     void* block = allocate(0);
     ASSERT_NE(block, nullptr);
     scope.reset();
-    release(block); // nobody to give it to
+    release(block); // no host to return it to
     EXPECT_EQ(memory::liveHandles(), 1U);
 
-    heard.clear();
+    recorded.clear();
     PF_UtilCallbacks utils = memory::callbacks();
-    utils.host_unlock_handle = [](PF_Handle) { heard += "unlock "; };
+    utils.host_unlock_handle = [](PF_Handle) { recorded += "unlock "; };
     utils.host_dispose_handle = [](PF_Handle handle) {
-        heard += "dispose ";
+        recorded += "dispose ";
         memory::callbacks().host_dispose_handle(handle);
     };
     host.inData()->utils = &utils;
     scope = std::make_unique<CommandScope>(2, 0, host.inData());
     release(nullptr);
     release(block);
-    EXPECT_EQ(heard, "unlock dispose ");
+    EXPECT_EQ(recorded, "unlock dispose ");
     scope.reset();
     EXPECT_EQ(memory::liveHandles(), 0U);
     EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
 }
 
-TEST(Heap, GivesBackAHandleThatTheHostDoesNotLock) {
+TEST(Heap, DisposesOfAHandleThatCannotBeLocked) {
     hostkit::Host host;
     PF_UtilCallbacks utils = memory::callbacks();
     host.inData()->utils = &utils;
@@ -107,40 +107,40 @@ TEST(Heap, GivesBackAHandleThatTheHostDoesNotLock) {
     EXPECT_EQ(ledger::takeFaults(), std::vector<std::string>());
 }
 
-TEST_F(Support, AlignedBlocksFitAndOverflowGivesNothing) {
+TEST_F(Support, AlignedBlocksAreLargeEnoughAndOverflowFails) {
     for (std::size_t alignment = 1; alignment <= 4096; alignment *= 2)
         for (const std::size_t size : {0, 1, 24, 1000}) {
             void* block = allocateAligned(size, alignment);
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0U);
-            std::memset(block, 0x5A, size); // AddressSanitizer watches the end
+            std::memset(block, 0x5A, size); // AddressSanitizer detects a write past the end
             releaseAligned(block);
         }
     releaseAligned(nullptr);
-    const std::uint64_t made = memory::handlesMade();
+    const std::uint64_t made = memory::handlesAllocated();
     for (std::size_t less = 0; less < 70; ++less)
         EXPECT_EQ(allocateAligned(SIZE_MAX - less, 64), nullptr) << less;
     EXPECT_EQ(allocate(SIZE_MAX - sizeof(void*) + 1), nullptr);
     EXPECT_EQ(thrownBy([] { aeAllocator<std::int64_t>().allocate(SIZE_MAX / 8 + 2); }), 4);
-    EXPECT_EQ(memory::handlesMade(), made);
+    EXPECT_EQ(memory::handlesAllocated(), made);
 }
 
-TEST_F(Support, AnObjectWithoutMemoryIsNotMade) {
+TEST_F(Support, WithoutMemoryNoObjectIsCreated) {
     struct Counted : aeBase {
-        explicit Counted(int& count) : alive(++count) {}
-        ~Counted() override { --alive; }
-        int& alive;
+        explicit Counted(int& count) : liveObjects(++count) {}
+        ~Counted() override { --liveObjects; }
+        int& liveObjects;
     };
-    int alive = 0;
+    int liveObjects = 0;
     {
-        const auto object = makeObject<Counted>(alive);
+        const auto object = makeObject<Counted>(liveObjects);
         EXPECT_EQ(*handleOf(object.get()), reinterpret_cast<void**>(object.get()) - 1);
     }
     memory::setHandlesLeft(0);
-    EXPECT_EQ(new Counted(alive), nullptr);
-    EXPECT_EQ(alive, 0) << "a constructor ran without an object, or a destructor did not";
+    EXPECT_EQ(new Counted(liveObjects), nullptr);
+    EXPECT_EQ(liveObjects, 0) << "a constructor ran without an object, or a destructor did not";
 }
 
-TEST_F(Support, TextsAreDividedAndJoined) {
+TEST_F(Support, SplitsAndJoinsTexts) {
     const std::array<const char*, 3> splits[] = {
         {",a,", ",", "|a|"}, {"", ",", ""}, {"abc", "", "abc"}, {"a---b-c", "--", "a|-b-c"}};
     for (const auto& [text, delimiter, joined] : splits) {
@@ -157,12 +157,12 @@ TEST_F(Support, TextsAreDividedAndJoined) {
     EXPECT_EQ(JstArray().type() * 10 + JstString().type(), 13);
     JstArray texts;
     texts.push("an element that its own array takes in once more");
-    for (int i = 0; i < 9; ++i) // grows under the argument's feet
+    for (int i = 0; i < 9; ++i) // the argument is an element of the array that grows
         texts.push(texts[0]);
     EXPECT_EQ(texts[9].text(), texts[0].text());
 }
 
-TEST_F(Support, TextIsConvertedAndReadsNoFurtherThanItsEnd) {
+TEST_F(Support, ConvertsTextWithoutReadingPastItsEnd) {
     const std::pair<std::string, std::u16string> bothWays[] = {
         {"a\0b"s, u"a\0b"s},
         {"\xc2\x80\xdf\xbf\xe0\xa0\x80\xef\xbf\xbf", u"\x80\x7ff\x800\xffff"},
@@ -172,17 +172,18 @@ TEST_F(Support, TextIsConvertedAndReadsNoFurtherThanItsEnd) {
         EXPECT_EQ(std::u16string_view(toWide(narrow)), wide) << narrow;
         EXPECT_EQ(std::string_view(toNarrow(wide)), narrow);
     }
-    // On the heap and full to the last unit, so that AddressSanitizer sees one read too many.
+    // Allocated on the heap with the exact size, so that AddressSanitizer detects a read past the
+    // end.
     const std::pair<std::vector<char>, std::u16string> toUtf16[] = {
-        {{'a', '\x80', '\xbf', 'z', '\xfe', '!'}, u"az!"}, // none of these begins a sequence
-        {{'a', '\xc3'}, u"a"},                             // cut off
-        {{'\xc3', 'z'}, u"\xfa"},                          // taken as it comes
+        {{'a', '\x80', '\xbf', 'z', '\xfe', '!'}, u"az!"}, // none of these starts a sequence
+        {{'a', '\xc3'}, u"a"},                             // truncated
+        {{'\xc3', 'z'}, u"\xfa"},                          // the second byte is not checked
         {{'\xf8', '\x88', '\x80', '\x80', '\x80'}, u"\xdfc0\xdc00"}, // 2 to the power of 21
     };
     for (const auto& [bytes, wide] : toUtf16)
         EXPECT_EQ(std::u16string_view(toWide({bytes.data(), bytes.size()})), wide);
     const std::pair<std::vector<char16_t>, std::string> toUtf8[] = {
-        {{u'\xd83d', 'z', '!'}, "\xf0\x91\xa1\xba!"}, // the next unit is the second half, anyway
+        {{u'\xd83d', 'z', '!'}, "\xf0\x91\xa1\xba!"}, // any next unit is the second half
         {{'a', u'\xd83d'}, "a\xf0\x91\xa0\x80"},
     };
     for (const auto& [units, narrow] : toUtf8)
@@ -197,7 +198,7 @@ TEST_F(Support, SequencesHaveTheLengthThatTheirLeadByteAnnounces) {
     for (const auto& [from, to, length] : leads)
         for (int lead = from; lead <= to; ++lead)
             EXPECT_EQ(utf8SequenceLength(static_cast<unsigned char>(lead)), length) << lead;
-    // The last code of each length and the first of the next, with the bytes of the first.
+    // The last code of each length, and the first of the next with its bytes.
     const std::pair<std::uint32_t, std::string> codes[] = {
         {0x7F, "\x7f"},
         {0x80, "\xc2\x80"},
@@ -218,19 +219,19 @@ TEST_F(Support, SequencesHaveTheLengthThatTheirLeadByteAnnounces) {
     }
 }
 
-TEST(Reports, ReachTheHandlerOfTheirChannel) {
-    heard.clear();
-    setReportHandler([](const char* text) { heard += "info "s + text; }, ChannelInfo);
+TEST(Reports, ArePassedToTheHandlerOfTheirChannel) {
+    recorded.clear();
+    setReportHandler([](const char* text) { recorded += "info "s + text; }, ChannelInfo);
     for (const int unknown : {-1, 3, 1 << 30})
-        setReportHandler([](const char* text) { heard += "unknown "s + text; }, unknown);
+        setReportHandler([](const char* text) { recorded += "unknown "s + text; }, unknown);
     for (const int channel : {ChannelTrace, ChannelInfo, ChannelErrorLog, -1, 3, 1 << 30})
         reportMessage("100%s;", channel);
     setReportHandler(nullptr, ChannelInfo);
     reportMessage("too late", ChannelInfo);
-    EXPECT_EQ(heard, "info 100%s;");
+    EXPECT_EQ(recorded, "info 100%s;");
 }
 
-TEST(Reports, DebugOutputIsCutAndOnlyThereWhenWanted) {
+TEST(Reports, DebugOutputIsCutAndOptional) {
     const std::string longest(1023, 'x');
     const auto printed = [](const char* format, auto... arguments) {
         return debugOutputOf([&] { _printf(format, arguments...); });
@@ -239,17 +240,17 @@ TEST(Reports, DebugOutputIsCutAndOnlyThereWhenWanted) {
     EXPECT_EQ(printed((longest + "x").c_str(), ""), "_printf error ;Message too large\n");
     EXPECT_EQ(printed("%s\n", "caf\u00e9"), "caf\u00e9\n");
     testing::internal::CaptureStderr();
-    _printf("%d", 7); // nobody listens
+    _printf("%d", 7); // without a debugger
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {
+TEST(Numbers, UseAPointInEveryLocaleAndAreClamped) {
     constexpr std::int32_t largestInteger = std::numeric_limits<std::int32_t>::max();
     constexpr float largest = std::numeric_limits<float>::max();
     const CommaLocale locale;
     const auto scan = [](const char* text, auto scanNumber, auto value) {
         const bool isFound = scanNumber(text, value);
-        return std::tuple(isFound, value, std::string(text)); // with what is left
+        return std::tuple(isFound, value, std::string(text)); // and the rest of the text
     };
     EXPECT_EQ(scan(" \t\n-12,5", scanInteger, 3), std::tuple(true, -12, ",5"s));
     EXPECT_EQ(scan("2147483648x", scanInteger, 3), std::tuple(true, largestInteger, "x"s));
@@ -260,11 +261,12 @@ TEST(Numbers, HaveAPointInEveryLocaleAndStayInRange) {
     EXPECT_EQ(leadingInteger("2147483648", true), -largestInteger - 1);
     EXPECT_EQ(leadingInteger("99999999999999999999"), largestInteger);
     EXPECT_EQ(leadingFloat("0." + std::string(99, '0') + "1"), 0.0F);
-    const std::string tiny = "0x." + std::string(99, '0') + "1p130"; // a digit moves it by four
+    // Each hexadecimal digit shifts by four bits.
+    const std::string tiny = "0x." + std::string(99, '0') + "1p130";
     EXPECT_EQ(scan(tiny.c_str(), scanFloat, 3.0F), std::tuple(true, 0.0F, ""s));
 }
 
-// Texts that look like numbers or nearly so, the same on every platform.
+// Texts that are numbers or nearly so, the same on every platform.
 class NumberTexts {
 public:
     NumberTexts() {
@@ -302,7 +304,7 @@ TEST(Numbers, AreScannedAlikeOnEveryPlatform) {
         const bool isFound = scanFloat(rest, value);
         const auto used = static_cast<std::uint32_t>(rest - text.c_str());
         ASSERT_EQ(isFound, used > 0) << text;
-#ifndef _WIN32 // the system's own scan by the same rules, in its locale with a point
+#ifndef _WIN32 // compared with the C library's scan, which has the same rules in the C locale
         char* end = nullptr;
         const float wanted = std::strtof(text.c_str(), &end);
         constexpr float largest = std::numeric_limits<float>::max();

@@ -1,5 +1,5 @@
-// Vectors and matrices, by what algebra says of them; entries are whole numbers where results must
-// be exact.
+// Vectors and matrices, checked by their algebraic properties; entries are integers where results
+// must be exact.
 #include "view/matrices.h"
 
 #include <cmath>

@@ -31,12 +31,12 @@ namespace {
 
 constexpr A_long pluginId = 7;
 
-// A layer with an effect of one control, whose module is sent no command.
+// A layer with an effect of one control, whose module gets no command.
 class Scene : public RunningCommand {
 protected:
     Scene() {
         currentPluginId = pluginId;
-        effect.addControl({{1}, PF_Param_SLIDER, "Control", 0, {}}); // behind the input layer
+        effect.addControl({{1}, PF_Param_SLIDER, "Control", 0, {}}); // index 1
         group.name = u"Effect";
         group.matchName = "effect";
         control().matchName = "control";
@@ -56,8 +56,8 @@ protected:
 
 } // namespace
 
-TEST_F(Scene, AWrapperWithoutASuiteOfItsOwnAsksTheTableOrTellsWhy) {
-    suites::offer("AEGP Item Suite", 13, nullptr); // acquired with success, but there is none
+TEST_F(Scene, AWrapperWithoutASuiteUsesTheTableOrReports) {
+    suites::offer("AEGP Item Suite", 13, nullptr); // acquisition succeeds and returns a null table
     suites::refuse("AEGP Comp Suite", 11);
     {
         const CommandScope command(PF_Cmd_RENDER, pluginId, host.inData());
@@ -81,10 +81,10 @@ TEST_F(Scene, AWrapperWithoutASuiteOfItsOwnAsksTheTableOrTellsWhy) {
         EXPECT_EQ(calls::count(), before);
     }
     EXPECT_EQ(ledger::outstanding(), std::vector<std::string>{"suite \"AEGP Item Suite 13\""});
-    ledger::close();
+    ledger::reset();
 }
 
-TEST_F(Scene, LayersTellWhatTheyAre) {
+TEST_F(Scene, LayerProperties) {
     double next = 10;
     for (auto& [which, stream] : layer.streams)
         if (stream.type != AEGP_StreamType_MARKER)
@@ -154,10 +154,10 @@ TEST_F(Scene, StreamsTakeKeyframesExpressionsAndNames) {
     EXPECT_EQ(stream.err() + parent.err(), 0);
 }
 
-// What this host never answers itself, and what it does not look at.
-TEST_F(Scene, ArgumentsReachTheHostAsTheyAreGiven) {
-    static std::string heard;
-    heard.clear();
+// Results that this host never returns, and arguments that it ignores.
+TEST_F(Scene, PassesArgumentsUnchanged) {
+    static std::string recorded;
+    recorded.clear();
     AEGP_DynamicStreamSuite5 dynamics = tables::dynamicStreamSuite();
     dynamics.AEGP_CanAddStream = [](AEGP_StreamRefH, const char* matchName,
                                     A_Boolean* canAdd) -> A_Err {
@@ -168,7 +168,7 @@ TEST_F(Scene, ArgumentsReachTheHostAsTheyAreGiven) {
     AEGP_EffectSuite3 effects = tables::effectSuite();
     effects.AEGP_ApplyEffect = [](AEGP_PluginID plugin, AEGP_LayerH layer,
                                   AEGP_InstalledEffectKey key, AEGP_EffectRefH* applied) {
-        heard = std::to_string(plugin) + " applies " + std::to_string(key);
+        recorded = std::to_string(plugin) + " applies " + std::to_string(key);
         return tables::effectSuite().AEGP_GetLayerEffectByIndex(plugin, layer, 0, applied);
     };
     suites::offer(effects.name, effects.version, &effects);
@@ -178,12 +178,12 @@ TEST_F(Scene, ArgumentsReachTheHostAsTheyAreGiven) {
     const A_long key = plugin.live.number();
     AEO::Layer onLayer(basic, handle);
     AEO::Effect applied(basic, onLayer.applyEffect(key));
-    EXPECT_EQ(heard, std::to_string(pluginId) + " applies " + std::to_string(key));
+    EXPECT_EQ(recorded, std::to_string(pluginId) + " applies " + std::to_string(key));
     EXPECT_EQ(applied.installedKey(), key);
 
     const std::uint64_t before = calls::count();
     { const AEO::Stream nothing(basic, nullptr); }
-    EXPECT_EQ(calls::count() - before, 3U) << "acquired, a null stream given back, released";
+    EXPECT_EQ(calls::count() - before, 3U) << "acquired, a null stream disposed of, released";
 
     layer.inSeconds = 2;
     AEO::Interface interface(basic, reinterpret_cast<PF_ProgPtr>(&effect));

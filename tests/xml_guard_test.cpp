@@ -1,4 +1,4 @@
-// The guard in front of the XML parser, measured against what the parser itself does.
+// The guard in front of the XML parser, compared with the parser itself.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -15,7 +15,8 @@
 
 namespace {
 
-// Elements below one another that the parser has gone into. Raises `most` to the most attributes.
+// The depth of nested elements in the parsed document. Sets `most` to the largest number of
+// attributes.
 int nesting(const TiXmlNode& node, int& most) {
     const TiXmlElement* element = node.ToElement();
     int attributes = 0;
@@ -36,7 +37,8 @@ std::string repeated(const std::string& piece, std::size_t count) {
     return text;
 }
 
-// The guard must see each element and attribute that the parser sees. The nesting.
+// Checks that the guard counts every element and attribute that the parser reads. Returns the
+// nesting depth.
 int expectSeen(const std::string& text) {
     TiXmlDocument document;
     document.SetTabSize(0);
@@ -48,7 +50,7 @@ int expectSeen(const std::string& text) {
     return depth;
 }
 
-TEST(XmlGuard, seesAllThatTheParserSees) {
+TEST(XmlGuard, countsAllThatTheParserReads) {
     std::istringstream words("<a> </a> <a/> <a|b=' \" ' > <!-- --> <![CDATA[ ]]> <?xml| version= & "
                              "\xEF\xBB\xBF \xE2 \xF0 \xC2 \xEF \xFF / = | x </b> <b ?> < <! &#x3c; "
                              "; encoding= a |c=d|e='f' \xEF\xBF\xBE <\x7F> standalone='");
@@ -63,12 +65,12 @@ TEST(XmlGuard, seesAllThatTheParserSees) {
             text += pieces[random() % (random() % 4 == 0 ? 3 : pieces.size())];
         nested += expectSeen(text) > 1 ? 1 : 0;
     }
-    EXPECT_GT(nested, 3000); // else this proves little
+    EXPECT_GT(nested, 3000); // the generated texts do nest
     for (const std::string front : {"<?xml version='><!--'?>", "<a b=\xEF\xBB\xBF'><!--'/>"})
-        EXPECT_EQ(expectSeen(front + "<c><d>x"), 2) << front; // elements behind false comments
+        EXPECT_EQ(expectSeen(front + "<c><d>x"), 2) << front; // elements after malformed comments
 }
 
-TEST(XmlGuard, refusesNoDecentDocument) {
+TEST(XmlGuard, acceptsValidDocuments) {
     const std::string document =
         "<?xml version='1.0' encoding=\"UTF-8\"?>\n<!DOCTYPE a>" +
         repeated("<a name='<a> &gt;' b = \">\" ><!-- <a> --><![CDATA[<a><a>]]>text "
@@ -82,7 +84,7 @@ TEST(XmlGuard, refusesNoDecentDocument) {
 
 class HostileGraphTest : public RunningCommand {};
 
-// The parser gives up at the first word that is no attribute, and what it has read so far stands.
+// The parser stops at the first word that is not an attribute and keeps what it has read.
 TEST_F(HostileGraphTest, readsAGraphWithPlainWordsInAnElement) {
     const std::string words = repeated("word ", 300);
     for (const std::string& piece :
@@ -101,7 +103,7 @@ TEST_F(HostileGraphTest, readsAGraphWithPlainWordsInAnElement) {
 
 TEST_F(HostileGraphTest, survivesAMegabyteOfAnything) {
     const std::array<const char*, 3> cases[] = {
-        // the start, a piece again and again, the end
+        // start, repeated piece, end
         {"", "<graph>", ""},
         {"<graph ", "a='x' ", ""},
         {"<graph a='", "&#x1", ";"},

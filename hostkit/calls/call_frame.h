@@ -1,6 +1,6 @@
-// The frame of a function of the contract: counted, made to fail when a test wishes so, checked for
-// its suite and its plug-in id, and closed to exceptions, since the module calls through plain C
-// pointers.
+// Wrapper for every function that a module calls: it counts the call, injects a failure if a test
+// asks for one, checks that the suite is acquired and that the plug-in id is registered, and
+// converts exceptions to error codes, because the module calls through plain C pointers.
 #pragma once
 
 #include <exception>
@@ -15,20 +15,20 @@
 
 namespace hostkit {
 
-// Keeps the misuse as a fault of the call; the code that the call answers.
+// Records the misuse as a fault of the call and returns the error code for the call.
 inline PF_Err misuse(const char* call, const std::string& what) {
     ledger::fault(std::string(call) + ": " + what);
     return PF_Err_BAD_CALLBACK_PARAM;
 }
 
-// Of a suite's function that comes after the suite's last release, or before its first acquisition.
+// Misuse of a suite's function before the suite's first acquisition or after its last release.
 PF_Err misuseWithoutSuite(const char* call, const char* suite, A_long version);
 
-// 0 for an id that the host gave to a module at its registration.
+// PF_Err_NONE if the host gave this id to a module at registration; otherwise records a fault.
 PF_Err checkPlugin(const char* call, AEGP_PluginID plugin);
 
-// Runs the work of the call, which answers a PF_Err. `call` must live for ever. A function of a
-// suite names it; a callback has none.
+// Runs `work`, which returns a PF_Err. `call` must be a string with static storage. A suite
+// function names its suite as template argument; a callback has none.
 template<class Suite = void, class Work>
 PF_Err contractCall(const char* call, const Work& work) {
     try {
@@ -47,7 +47,7 @@ PF_Err contractCall(const char* call, const Work& work) {
     }
 }
 
-// The same for a function that is told the plug-in id of its caller.
+// The same for a function that receives the plug-in id of its caller.
 template<class Suite, class Work>
 PF_Err contractCall(const char* call, AEGP_PluginID plugin, const Work& work) {
     return contractCall<Suite>(call, [&]() -> PF_Err {

@@ -15,7 +15,7 @@ namespace {
 
 struct Failure {
     std::string name; // empty: any call
-    std::uint64_t left;
+    std::uint64_t remaining;
     PF_Err code;
 };
 
@@ -38,7 +38,7 @@ Calls& calls() {
 
 PF_Err failureOf(std::string_view name) {
     std::optional<Failure>& failure = calls().failure;
-    if (!failure || (!failure->name.empty() && failure->name != name) || --failure->left > 0)
+    if (!failure || (!failure->name.empty() && failure->name != name) || --failure->remaining > 0)
         return PF_Err_NONE;
     calls().failed = name;
     return std::exchange(failure, {})->code;
@@ -49,13 +49,13 @@ void runHook(std::string_view name) {
     const auto hook = std::ranges::find(hooks, name, &Hook::name);
     if (hook == hooks.end())
         return;
-    // Out of the list first: the event makes calls of its own.
+    // Erased before it runs, because the event makes calls of its own.
     const std::function<void()> event = std::move(hook->event);
     hooks.erase(hook);
     try {
         event();
     } catch (const std::exception& error) {
-        ledger::fault(std::string(name) + ": the event during it threw: " + error.what());
+        ledger::fault(std::string(name) + ": the test's hook threw: " + error.what());
     }
 }
 
@@ -64,7 +64,7 @@ void runHook(std::string_view name) {
 PF_Err enter(const char* name) {
     ++calls().count;
     MovableBlock::moveUnlocked();
-    // This call's turn, whatever the event does.
+    // Decided before the hook runs, because the hook's own calls count too.
     const PF_Err error = failureOf(name);
     runHook(name);
     return error;
@@ -74,7 +74,7 @@ std::uint64_t count() {
     return calls().count;
 }
 
-void restart() {
+void reset() {
     calls() = Calls();
 }
 

@@ -1,8 +1,7 @@
-// Every call that a module makes into the host passes here first: it is counted, it can be made to
-// fail, something else can be made to happen in the middle of it, and memory that is not locked
-// moves.
+// Hook at the start of every call from a module into the host: it counts the call, can make it
+// fail, can run other code during it, and moves all unlocked memory.
 //
-// One count for the process, like the host's memory: the host's callbacks carry no context.
+// The state is global to the process, because the host's callbacks carry no context.
 #pragma once
 
 #include <cstdint>
@@ -13,28 +12,30 @@
 
 namespace hostkit::calls {
 
-// What a failed call answers unless told otherwise: a code that nothing else in the contract means.
+// Error code of an injected failure by default: a value with no other meaning in the contract.
 inline constexpr PF_Err injectedError = 77;
 
-// The first line of every function of the contract: 0, or the code with which the call must fail
-// without doing anything. `name` is the contract's name and must live for ever.
+// Must be the first statement of every contract function. Returns 0, or the code with which the
+// call must fail without doing anything. `name` is the contract's name of the function, a string
+// with static storage.
 PF_Err enter(const char* name);
 
-// Calls since the last `restart`.
+// Number of calls since the last `reset`.
 std::uint64_t count();
 
-// Forgets the counts, the wish for a failure and the hook.
-void restart();
+// Clears the count, the injected failure and the hooks.
+void reset();
 
-// The n-th call from now on fails, counted from 1; with a name, the n-th call of that name.
+// Makes the n-th call from now fail, counted from 1; with a name, the n-th call of that name. 0
+// cancels.
 void failAt(std::uint64_t n, PF_Err code = injectedError);
 void failAt(const std::string& name, std::uint64_t n, PF_Err code = injectedError);
 
-// The name of the call that was made to fail since the last `restart`; empty if none was.
+// Name of the call that was made to fail since the last `reset`; empty if none was.
 std::string failedCall();
 
-// Runs once, at the start of the next call of that name: a command that the host sends while
-// another one runs.
+// Runs `event` once, at the start of the next call of that name; for example a command that the
+// host sends while another one is running.
 void onNext(const std::string& name, std::function<void()> event);
 
 } // namespace hostkit::calls

@@ -55,7 +55,7 @@ ActiveCommand::~ActiveCommand() {
     faultForEach(acquiredAfter, acquiredBefore_, commandName(number) + " did not release: ");
     faultForEach(acquiredBefore_, acquiredAfter,
                  commandName(number) + " released what it had not acquired: ");
-    // Their pixels end here, so nobody can give them back any more.
+    // The destructor frees their pixels, so the module can no longer check them in.
     for (const ParameterCheckout& checkout : parameters)
         ledger::release(ledger::Kind::Parameter, checkout.record, "checkin_param");
     newestCommand = older_;

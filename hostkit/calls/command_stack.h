@@ -1,5 +1,5 @@
-// The commands that the module is working on: one while it answers the host, more when a command
-// is sent in the middle of another. Every callback serves the newest one and no other.
+// The stack of commands that the module is executing: normally one, more if the host sends a
+// command during another. Callbacks always act on the newest one.
 #pragma once
 
 #include <memory>
@@ -15,25 +15,26 @@ class Effect;
 
 // A parameter that the running command has checked out.
 struct ParameterCheckout {
-    const PF_ParamDef* record;               // the module's
-    std::unique_ptr<CheckedOutWorld> pixels; // of a layer control; else null
+    const PF_ParamDef* record;               // owned by the module
+    std::unique_ptr<CheckedOutWorld> pixels; // of a layer control; null for other kinds
 };
 
 class ActiveCommand {
 public:
-    // From now on the newest.
+    // Becomes the newest command.
     ActiveCommand(PF_Cmd commandNumber, const PF_InData& asSent);
-    // Whatever is acquired during the command and not released is a fault, and the reverse.
+    // Records a fault for each thing that the command acquired and did not release, or released
+    // without having acquired it.
     ~ActiveCommand();
     ActiveCommand(const ActiveCommand&) = delete;
     ActiveCommand& operator=(const ActiveCommand&) = delete;
 
-    static ActiveCommand* newest(); // null: the module is at rest
+    static ActiveCommand* newest(); // null: no command is running
 
-    // The newest command, if it is one of that effect; else null, with a fault of the call.
+    // The newest command if it was sent to that effect; otherwise null, and a fault is recorded.
     static ActiveCommand* of(PF_ProgPtr effect, const char* call);
 
-    Effect& effect() const; // of a command that concerns an instance
+    Effect& effect() const; // only for a command that was sent to an instance
 
     const PF_Cmd number;
     const PF_InData inData;
@@ -44,7 +45,7 @@ private:
     ActiveCommand* older_;
 };
 
-// As the contract calls it.
+// The contract's name of a command, for example "PF_Cmd_RENDER".
 std::string commandName(PF_Cmd number);
 
 } // namespace hostkit

@@ -24,9 +24,9 @@ struct Acquisition {
 };
 
 struct State {
-    std::uint64_t made = 0;
-    std::multimap<Key, Acquisition> out;
-    std::map<Key, std::string> known; // the last description under a key: for the faults
+    std::uint64_t nextNumber = 0;
+    std::multimap<Key, Acquisition> acquired;
+    std::map<Key, std::string> known; // the last description of each key, for the texts of faults
     std::vector<std::string> faults;
 };
 
@@ -53,19 +53,19 @@ void faultNotAcquired(const Key& key, const char* call) {
 } // namespace
 
 void acquire(Kind kind, const void* key, const std::string& what) {
-    state().out.insert({{kind, key}, {state().made++, what}});
+    state().acquired.insert({{kind, key}, {state().nextNumber++, what}});
     state().known[{kind, key}] = what;
 }
 
 bool release(Kind kind, const void* key, const char* call) {
     if (!requireAcquired(kind, key, call))
         return false;
-    state().out.erase(std::prev(state().out.upper_bound({kind, key})));
+    state().acquired.erase(std::prev(state().acquired.upper_bound({kind, key})));
     return true;
 }
 
 bool requireAcquired(Kind kind, const void* key, const char* call) {
-    if (state().out.contains({kind, key}))
+    if (state().acquired.contains({kind, key}))
         return true;
     faultNotAcquired({kind, key}, call);
     return false;
@@ -73,7 +73,7 @@ bool requireAcquired(Kind kind, const void* key, const char* call) {
 
 std::vector<std::string> outstanding() {
     std::map<std::uint64_t, std::string> byNumber;
-    for (const auto& [key, acquisition] : state().out)
+    for (const auto& [key, acquisition] : state().acquired)
         byNumber[acquisition.number] = describe(key, acquisition.what);
     std::vector<std::string> all;
     for (const auto& [number, text] : byNumber)
@@ -89,7 +89,7 @@ std::vector<std::string> takeFaults() {
     return std::exchange(state().faults, {});
 }
 
-void close() {
+void reset() {
     state() = State();
 }
 

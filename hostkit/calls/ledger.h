@@ -1,8 +1,8 @@
-// Everything that a module has acquired from the host: references, stream values, checkouts,
-// suites, groups. Releasing what was not acquired and use after release are faults: sentences that
-// name the call and the thing. A fault never ends the process.
+// Records everything that a module has acquired from the host and not yet released: suites,
+// references, stream values, checkouts, undo groups. Releasing what is not acquired, and use after
+// release, are faults: sentences that name the call and the object. A fault never ends the process.
 //
-// One ledger for the process, like the host's memory.
+// There is one ledger for the process.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@
 namespace hostkit::ledger {
 
 enum class Kind {
-    Suite, // name and version
+    Suite, // key: name and version
     Memory,
     Stream,
     Effect,
@@ -22,26 +22,27 @@ enum class Kind {
     Mask,
 };
 
-// `key` identifies the thing within its kind; the same key may be acquired several times. `what`
-// describes it ("stream of control 5").
+// `key` identifies the object within its kind; the same key may be acquired several times. `what`
+// describes it in faults ("stream of control 5").
 void acquire(Kind kind, const void* key, const std::string& what);
 
-// False, with a fault, when no such thing is acquired. `call` is the contract's name of the call.
+// Returns false and records a fault if no such object is acquired. `call` is the contract's name of
+// the calling function.
 bool release(Kind kind, const void* key, const char* call);
 
-// Whether the thing is acquired; if not, that is a fault of the call.
+// Returns whether the object is acquired; if it is not, records a fault of the call.
 bool requireAcquired(Kind kind, const void* key, const char* call);
 
-// Descriptions of what is acquired at the moment, in the order of acquisition. Handles of the
-// host's heap are not among them (see memory.h).
+// Descriptions of what is acquired now, in the order of acquisition. Handles of the host's heap are
+// counted elsewhere (memory.h).
 std::vector<std::string> outstanding();
 
 void fault(const std::string& sentence);
 
-// The faults since the last call; empties the list.
+// Returns and clears the faults recorded since the last call.
 std::vector<std::string> takeFaults();
 
-// Forgets all acquisitions and faults, when a host ends.
-void close();
+// Forgets all acquisitions and faults.
+void reset();
 
 } // namespace hostkit::ledger

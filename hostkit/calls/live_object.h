@@ -1,7 +1,8 @@
-// The registry of the objects of a kind that exist at the moment: it tells whether a handle is
-// valid without access to what it points at.
+// Registry of the existing objects of a type: tells whether a handle is valid without dereferencing
+// it.
 //
-// A member `LiveObject<T> live{this};`, declared before the other data so that it ends last.
+// Use: a member `LiveObject<T> live{this};`, declared before the other data so that it is destroyed
+// last.
 #pragma once
 
 #include <algorithm>
@@ -22,16 +23,16 @@ public:
     LiveObject(const LiveObject&) = delete;
     LiveObject& operator=(const LiveObject&) = delete;
 
-    // Locks to null once the object is gone; a lock keeps nothing alive.
+    // Expires when the object is destroyed; a lock does not extend the object's lifetime.
     std::weak_ptr<T> watch() const { return token_; }
 
-    // From 1, in the order in which objects of the kind were made; never reused.
+    // Counted from 1 in the order of construction; never reused.
     A_long number() const { return number_; }
 
-    // In the order in which they were made.
+    // In the order of construction.
     static const std::vector<T*>& all() { return objects(); }
 
-    // The object at that address; null: there is none.
+    // The object at that address, or null if there is none.
     static T* find(const void* address) {
         const auto found = std::find(objects().begin(), objects().end(), address);
         return found == objects().end() ? nullptr : *found;
@@ -47,7 +48,7 @@ private:
         return count;
     }
 
-    std::shared_ptr<T> token_; // owns nothing: it only ends with the object
+    std::shared_ptr<T> token_; // has an empty deleter: it expires with the object and owns nothing
     A_long number_;
 };
 

@@ -16,7 +16,7 @@ std::vector<std::unique_ptr<AEGP_Mem>>& records() {
     return instance;
 }
 
-// `what` for the ledger: enough of the text to know it again.
+// `what` for the ledger: the start of the text.
 template<class Text>
 std::string shorten(Text text) {
     constexpr std::size_t limit = 40;
@@ -54,7 +54,7 @@ AEGP_Mem* findMemory(AEGP_MemHandle memory, const char* call) {
     return ledger::requireAcquired(ledger::Kind::Memory, memory, call) ? memory : nullptr;
 }
 
-void dropMemoryHandles() {
+void resetMemoryHandles() {
     records().clear();
 }
 

@@ -1,7 +1,7 @@
-// The contract's memory handles: blocks in which the host returns texts. The caller frees them.
+// The contract's memory handles: blocks in which the host returns texts; the caller frees them.
 //
-// The record of a freed handle stays, without its bytes, so that a use after the free is a fault
-// and no crash. All records are freed when the host ends.
+// The record of a freed handle is kept without its bytes until the next host is created, so that
+// use after free is a fault instead of a crash.
 #pragma once
 
 #include <cstddef>
@@ -15,22 +15,22 @@
 
 struct AEGP_Mem {
     void* address = nullptr;
-    std::unique_ptr<hostkit::MovableBlock> block; // null once the handle is free
+    std::unique_ptr<hostkit::MovableBlock> block; // null once the handle is freed
 };
 
 namespace hostkit {
 
-// A new handle with a copy of the text and its final zero; the caller owns it.
+// A new handle with a copy of the text and a terminating zero; the caller owns it.
 AEGP_MemHandle newTextHandle(std::string_view text);
 AEGP_MemHandle newTextHandle(std::u16string_view text);
 
-// A new handle with these bytes; `what` is for the ledger.
+// A new handle with these bytes; `what` describes it in the ledger.
 AEGP_MemHandle newMemoryHandle(std::vector<std::byte> bytes, const std::string& what);
 
-// The record of a valid handle; null, with a fault of the call, for any other.
+// The record of a valid handle; otherwise null, and a fault is recorded.
 AEGP_Mem* findMemory(AEGP_MemHandle memory, const char* call);
 
-// Frees all records; the ledger must be closed at the same time.
-void dropMemoryHandles();
+// Frees all records; the ledger must be reset at the same time.
+void resetMemoryHandles();
 
 } // namespace hostkit

@@ -11,8 +11,8 @@ namespace {
 
 using ledger::Kind;
 
-// Records are not freed before the host ends, so the address of a released one may be looked up and
-// is never that of another reference.
+// Records are kept until the next host is created, so the address of a released reference is never
+// reused.
 struct Records {
     std::vector<std::unique_ptr<AEGP_StreamRef>> streams;
     std::vector<std::unique_ptr<AEGP_EffectRef>> effects;
@@ -32,12 +32,12 @@ Record* keep(std::vector<std::unique_ptr<Record>>& kept, Record record, Kind kin
     return kept.back().get();
 }
 
-// The object that a valid reference watches.
+// The object to which a valid reference refers; null, with a fault, if it no longer exists.
 template<class T>
 T* liveObject(const std::weak_ptr<T>& watched, const char* call, const char* what) {
     if (const auto found = watched.lock())
         return found.get();
-    ledger::fault(std::string(call) + ": " + what + " that is gone with its owner");
+    ledger::fault(std::string(call) + ": " + what + " whose owner was deleted");
     return nullptr;
 }
 
@@ -59,12 +59,12 @@ AEGP_AddKeyframesInfoH newKeyframeBatch(Stream& stream) {
 void newStreamValue(AEGP_StreamRefH stream, const StreamValue& value, AEGP_StreamValue2& record) {
     record.streamH = stream;
     record.val = value.value;
-    StreamValue& copy = stream->valuesOut.emplace_back(value);
+    StreamValue& copy = stream->acquiredValues.emplace_back(value);
     if (copy.outline != nullptr)
         copy.outline = std::make_shared<Outline>(*copy.outline);
     if (copy.document != nullptr)
         copy.document = std::make_shared<TextDocument>(*copy.document);
-    if (copy.object() != nullptr) // whatever it is: its address is all that the record holds
+    if (copy.object() != nullptr) // the record holds only the object's address, for every type
         record.val.markerP = static_cast<AEGP_MarkerValP>(const_cast<void*>(copy.object()));
     const auto live = stream->stream.lock();
     ledger::acquire(Kind::StreamValue, stream, "value of " + (live ? live->matchName : "nothing"));
@@ -73,9 +73,9 @@ void newStreamValue(AEGP_StreamRefH stream, const StreamValue& value, AEGP_Strea
 bool release(AEGP_StreamRefH stream, const char* call) {
     if (stream == nullptr || !ledger::release(Kind::Stream, stream, call))
         return false;
-    if (stream->valuesOut.empty())
+    if (stream->acquiredValues.empty())
         return true;
-    ledger::fault(std::string(call) + ": a stream of which a value is still out");
+    ledger::fault(std::string(call) + ": a stream with a value that is not disposed of");
     return false;
 }
 
@@ -90,7 +90,7 @@ bool release(AEGP_AddKeyframesInfoH batch, const char* call) {
 bool release(AEGP_StreamValue2& record, const char* call) {
     if (!ledger::release(Kind::StreamValue, record.streamH, call))
         return false;
-    std::vector<StreamValue>& out = record.streamH->valuesOut;
+    std::vector<StreamValue>& out = record.streamH->acquiredValues;
     const auto same = std::find_if(out.begin(), out.end(), [&](const StreamValue& value) {
         return value.object() == record.val.markerP;
     });
@@ -118,32 +118,32 @@ AEGP_AddKeyframesInfo* find(AEGP_AddKeyframesInfoH batch, const char* call) {
 namespace {
 
 template<class Object>
-std::shared_ptr<Object> findOut(std::shared_ptr<Object> StreamValue::*member, const void* handle,
-                                const char* call, const char* what) {
+std::shared_ptr<Object> findAcquired(std::shared_ptr<Object> StreamValue::*member,
+                                     const void* handle, const char* call, const char* what) {
     if (handle != nullptr)
         for (const auto& record : records().streams)
-            for (const StreamValue& value : record->valuesOut)
+            for (const StreamValue& value : record->acquiredValues)
                 if ((value.*member).get() == handle)
                     return value.*member;
-    ledger::fault(std::string(call) + ": " + what + " of which no value is out");
+    ledger::fault(std::string(call) + ": " + what + " that is not in an acquired value");
     return nullptr;
 }
 
 } // namespace
 
 std::shared_ptr<Marker> find(AEGP_MarkerValP marker, const char* call) {
-    return findOut(&StreamValue::marker, marker, call, "a marker");
+    return findAcquired(&StreamValue::marker, marker, call, "a marker");
 }
 
 std::shared_ptr<Outline> find(AEGP_MaskOutlineValH outline, const char* call) {
-    return findOut(&StreamValue::outline, outline, call, "an outline");
+    return findAcquired(&StreamValue::outline, outline, call, "an outline");
 }
 
 std::shared_ptr<TextDocument> find(AEGP_TextDocumentH document, const char* call) {
-    return findOut(&StreamValue::document, document, call, "a text document");
+    return findAcquired(&StreamValue::document, document, call, "a text document");
 }
 
-void close() {
+void reset() {
     records() = Records();
 }
 

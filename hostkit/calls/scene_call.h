@@ -1,8 +1,8 @@
-// One call of the contract as the scene suites serve it: its arguments are checked, and every
-// misuse becomes a fault in the ledger and an error code.
+// Argument checks for the functions of the scene suites: every misuse becomes a fault in the ledger
+// and an error code.
 //
-// The checks throw; `serve` catches. Handles are looked up among the objects that exist
-// (live_object.h), references in the ledger; both are the host's, and there must be one.
+// The checks throw; `serve` catches. Handles are looked up in the live-object registry
+// (live_object.h), references in the ledger. Requires a Host.
 #pragma once
 
 #include <cstddef>
@@ -14,22 +14,22 @@
 
 namespace hostkit {
 
-// Ends a call with that code. Whoever throws it has noted the fault, if it is one.
-struct Refusal {
+// Thrown to end a call with this code. The thrower has recorded the fault, if it is one.
+struct CallFailure {
     PF_Err code;
 };
 
-// The checks of one running call; each names the call in its fault.
+// The checks of one running call. Each names the call in its fault.
 class SceneCall {
 public:
     explicit SceneCall(const char* contractName) : name(contractName) {}
 
-    [[noreturn]] void refuse(const std::string& why) const;
+    [[noreturn]] void fail(const std::string& why) const;
 
     template<class T>
     T& at(T* place) const {
         if (place == nullptr)
-            refuse("a null pointer");
+            fail("a null pointer");
         return *place;
     }
 
@@ -37,25 +37,25 @@ public:
     Effect& effect(PF_ProgPtr instance) const;
     Layer& layer(AEGP_LayerH handle) const;
     Composition& composition(AEGP_CompH handle) const;
-    Item& item(AEGP_ItemH handle) const; // a composition or what a layer shows
+    Item& item(AEGP_ItemH handle) const; // a composition or the source of a layer
     Stream& stream(AEGP_StreamRefH reference) const;
-    Stream& leaf(AEGP_StreamRefH reference) const; // one that has values
+    Stream& leaf(AEGP_StreamRefH reference) const; // a stream with values
     Stream& group(AEGP_StreamRefH reference) const;
 
-    // The stream's value out of the record, which must name a reference to that very stream. Only
-    // what the stream's type has is read. A marker must be an acquired one.
+    // Reads a value for stream `wanted` from the record, which must contain a reference to that
+    // stream. Reads only the fields of the stream's type. A marker must be in an acquired value.
     StreamValue value(const Stream& wanted, const AEGP_StreamValue2* record) const;
 
-    // An index that counts from 0.
+    // Checks an index that counts from 0.
     std::size_t index(A_long wanted, std::size_t count) const;
 
-    // The flags with exactly one of them set or cleared.
+    // The flags with the single flag `oneFlag` set or cleared.
     A_long withFlag(A_long flags, A_long oneFlag, bool isSet) const;
 
     double seconds(const A_Time* time) const;
 
-    // What the layer's clock shows at a time of that clock or of its composition's, and back. A
-    // stream without a layer counts in the composition's time.
+    // Converts a time of the layer or of its composition (by `mode`) to seconds of the layer's
+    // time, and back. Without a layer, both are the composition's time.
     double layerSeconds(const Layer* layer, AEGP_LTimeMode mode, const A_Time* time) const;
     A_Time time(const Layer* layer, AEGP_LTimeMode mode, double layerSeconds) const;
 
@@ -65,33 +65,34 @@ private:
     template<class T>
     T& known(T* object, const char* what) const {
         if (object == nullptr)
-            refuse(std::string("a handle of no ") + what);
+            fail(std::string("not a valid handle of a ") + what);
         return *object;
     }
     double start(const Layer* layer, AEGP_LTimeMode mode) const;
 };
 
 template<class Body>
-PF_Err answerOf(const char* contractName, const Body& body) {
+PF_Err errorOf(const char* contractName, const Body& body) {
     try {
         body(SceneCall(contractName));
         return PF_Err_NONE;
-    } catch (const Refusal& refusal) {
-        return refusal.code;
+    } catch (const CallFailure& failure) {
+        return failure.code;
     }
 }
 
-// A function of that suite; `plugin` is the id of its caller, for those that are told it.
+// Runs the body of a function of that suite; `plugin` is the caller's id, for functions that
+// receive it.
 template<class Suite = void, class Body>
 PF_Err serve(const char* contractName, const Body& body) {
-    return contractCall<Suite>(contractName, [&] { return answerOf(contractName, body); });
+    return contractCall<Suite>(contractName, [&] { return errorOf(contractName, body); });
 }
 template<class Suite, class Body>
 PF_Err serve(const char* contractName, AEGP_PluginID plugin, const Body& body) {
-    return contractCall<Suite>(contractName, plugin, [&] { return answerOf(contractName, body); });
+    return contractCall<Suite>(contractName, plugin, [&] { return errorOf(contractName, body); });
 }
 
-// Handles of the contract out of the host's objects.
+// The contract's handles of the host's objects.
 inline AEGP_LayerH handleOf(Layer* layer) {
     return reinterpret_cast<AEGP_LayerH>(layer);
 }

@@ -15,7 +15,7 @@ namespace {
 
 using U = PF_ParamDefUnion;
 
-// Rounded to the nearest and held within the type.
+// Rounds to the nearest integer and clamps to the type's range.
 template<typename Integer>
 Integer toInteger(double value) {
     constexpr double low = std::numeric_limits<Integer>::min();
@@ -23,7 +23,7 @@ Integer toInteger(double value) {
     return static_cast<Integer>(std::clamp(std::round(value), low, high));
 }
 
-// Kinds of one number: `units` of the field are 1.
+// Kinds with one number; the field stores it multiplied by `units`.
 
 template<auto control, auto field, int units>
 AEGP_StreamVal2 readNumber(const U& u, const Layer&) {
@@ -86,7 +86,7 @@ std::optional<NumberRange> rangeOfPopup(const U& u) {
     return NumberRange{1, std::max(1.0, static_cast<double>(u.pd.num_choices))};
 }
 
-// By its number if there is one of it, else by its text.
+// A choice's number takes precedence over its text, an exact text over one with other case.
 double parseChoice(const U& u, const std::string& text) {
     const std::vector<std::string> choices = choicesOf(u.pd);
     for (std::size_t i = 0; i < choices.size(); ++i)
@@ -101,7 +101,7 @@ double parseChoice(const U& u, const std::string& text) {
 
 const char* faultOfPopup(const U& u) {
     return u.pd.num_choices < 1         ? "the popup has no choices"
-           : u.pd.u.namesptr == nullptr ? "the popup has no text of choices"
+           : u.pd.u.namesptr == nullptr ? "the popup has no names of choices"
                                         : nullptr;
 }
 
@@ -169,10 +169,8 @@ void writeLayer(U& u, const AEGP_StreamVal2& value, const Layer& layer,
     u.ld.pix_aspect_ratio = frameItem(*chosen).pixelAspect;
 }
 
-// A layer control has a name and nothing more.
+// Layer controls have nothing to configure.
 void configureNothing(U&, const U&) {}
-
-constexpr int fixedUnits = static_cast<int>(fixedOne);
 
 constexpr std::array<ControlKind, 8> kinds = {{
     {.type = PF_Param_LAYER,
@@ -319,7 +317,7 @@ int choiceCount(const PF_ParamDef& definition) {
 
 bool hasNamesForChoices(const PF_PopupDef& popup) {
     const std::string_view names = popup.u.namesptr;
-    // One choice more than there are names is allowed: some count from 0.
+    // One missing name is allowed, because some kernels count choices from 0.
     return std::ranges::count(names, '|') + 1 >= popup.num_choices - 1;
 }
 

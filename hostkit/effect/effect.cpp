@@ -17,7 +17,7 @@ namespace {
 
 void requireSuccess(PF_Err error, const std::string& what) {
     if (error != PF_Err_NONE)
-        throw std::runtime_error(what + " answers " + std::to_string(error));
+        throw std::runtime_error(what + " returned " + std::to_string(error));
 }
 
 void copyValues(const Stream& from, Stream& to) {
@@ -36,8 +36,8 @@ std::string matchNameOf(const Pipl& pipl, std::size_t index) {
 
 } // namespace
 
-Effect::Effect(Plugin& owner, Layer& place)
-    : plugin(&owner), layer(&place),
+Effect::Effect(Plugin& owner, Layer& ownerLayer)
+    : plugin(&owner), layer(&ownerLayer),
       group(std::make_unique<Stream>(toUtf16(owner.pipl().text("name")), owner.pipl().text("eMNA"),
                                      AEGP_StreamType_NO_DATA)) {
     group->layer = layer;
@@ -50,7 +50,7 @@ Effect::~Effect() {
         setDownSequence();
     if (sequenceData == nullptr)
         return;
-    ledger::fault("PF_Cmd_SEQUENCE_SETDOWN left the handle of the sequence data");
+    ledger::fault("PF_Cmd_SEQUENCE_SETDOWN did not dispose of the sequence data");
     memory::drop(sequenceData);
 }
 
@@ -59,9 +59,9 @@ PF_Err Effect::apply() {
     if (error == PF_Err_NONE)
         error = setUpSequence();
     if (error == PF_Err_NONE && (outFlags & PF_OutFlag_SEND_DO_DIALOG) != 0 &&
-        wants(PF_OutFlag_I_DO_DIALOG))
+        hasOutFlag(PF_OutFlag_I_DO_DIALOG))
         error = doDialog();
-    if (error == PF_Err_NONE && wants(PF_OutFlag_SEND_UPDATE_PARAMS_UI))
+    if (error == PF_Err_NONE && hasOutFlag(PF_OutFlag_SEND_UPDATE_PARAMS_UI))
         error = updateParamsUi();
     return error;
 }
@@ -77,13 +77,13 @@ PF_Err Effect::open(const std::vector<std::byte>& flatBlock,
     error = resetUpSequence();
     if (error == PF_Err_NONE && fillStreams)
         fillStreams(*this);
-    if (error == PF_Err_NONE && wants(PF_OutFlag_SEND_UPDATE_PARAMS_UI))
+    if (error == PF_Err_NONE && hasOutFlag(PF_OutFlag_SEND_UPDATE_PARAMS_UI))
         error = updateParamsUi();
     return error;
 }
 
 std::vector<std::byte> Effect::save() {
-    const bool isFlattened = wants(PF_OutFlag_SEQUENCE_DATA_NEEDS_FLATTENING);
+    const bool isFlattened = hasOutFlag(PF_OutFlag_SEQUENCE_DATA_NEEDS_FLATTENING);
     if (isFlattened)
         requireSuccess(flattenSequence(), "PF_Cmd_SEQUENCE_FLATTEN");
     std::vector<std::byte> block;
@@ -99,13 +99,13 @@ Effect& Effect::duplicate() {
     auto& all = layer->effects;
     const auto self = std::ranges::find(all, this, [](const auto& effect) { return effect.get(); });
     const auto place = self == all.end() ? self : std::next(self);
-    Effect& twin = **all.insert(place, std::make_unique<Effect>(*plugin, *layer));
-    const PF_Err error = twin.open(block, [this](Effect& filled) {
+    Effect& copy = **all.insert(place, std::make_unique<Effect>(*plugin, *layer));
+    const PF_Err error = copy.open(block, [this](Effect& filled) {
         for (std::size_t i = 1; i < filled.definitions.size(); ++i)
             copyValues(control(i), filled.control(i));
     });
     requireSuccess(error, "opening the duplicate");
-    return twin;
+    return copy;
 }
 
 PF_ParamDef Effect::valueAt(std::size_t index, double compSeconds) const {
@@ -133,7 +133,7 @@ int Effect::componentBytes() const {
     return Host::current().project.componentBytes;
 }
 
-bool Effect::wants(A_long outFlag) const {
+bool Effect::hasOutFlag(A_long outFlag) const {
     return (plugin->outFlags() & static_cast<A_u_long>(outFlag)) != 0;
 }
 
@@ -158,7 +158,7 @@ void Effect::configureControl(std::size_t index, const PF_ParamDef& look) {
     Stream& stream = control(index);
     stream.name = toUtf16(look.name);
     stream.choices = choiceCount(look);
-    // The stored value stands, as far as there are that many choices now.
+    // The stored value is kept, but clamped if there are fewer choices now.
     if (stream.choices > 0 && stream.keyframes.empty())
         stream.set(stream.constant, 0);
 }

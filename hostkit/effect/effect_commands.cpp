@@ -1,4 +1,4 @@
-// The commands of an instance: what each is sent with, and what is taken over behind it.
+// The commands of an instance: their inputs, and what is stored of their outputs.
 #include <array>
 #include <cmath>
 #include <stdexcept>
@@ -14,11 +14,11 @@ namespace hostkit {
 
 namespace {
 
-// One frame. A rate of 29.97 is a whole number of units too.
-constexpr A_long unitsOfAFrame = 100;
+// Time units in a frame: with 100, a rate of 29.97 is a whole number of units per second.
+constexpr A_long unitsPerFrame = 100;
 
-// Commands for which a module asks by a flag of its global setup.
-constexpr std::array<std::pair<PF_Cmd, A_long>, 3> askedFor = {{
+// Commands that are sent only if the module requested them by a flag in global setup.
+constexpr std::array<std::pair<PF_Cmd, A_long>, 3> requestedCommands = {{
     {PF_Cmd_SEQUENCE_FLATTEN, PF_OutFlag_SEQUENCE_DATA_NEEDS_FLATTENING},
     {PF_Cmd_DO_DIALOG, PF_OutFlag_I_DO_DIALOG},
     {PF_Cmd_UPDATE_PARAMS_UI, PF_OutFlag_SEND_UPDATE_PARAMS_UI},
@@ -57,10 +57,11 @@ PF_Err Effect::updateParamsUi() {
 }
 
 PF_Err Effect::send(PF_Cmd command, void* extra) {
-    for (const auto& [asked, flag] : askedFor)
-        if (asked == command && !wants(flag))
-            throw std::logic_error(commandName(command) + " goes to modules that ask for it only");
-    // The module may write into what it gets: copies.
+    for (const auto& [requested, flag] : requestedCommands)
+        if (requested == command && !hasOutFlag(flag))
+            throw std::logic_error(commandName(command) +
+                                   " is sent only to modules that request it");
+    // Copies, because the module may write into its parameters.
     std::vector<PF_ParamDef> copies;
     for (std::size_t i = 0; i < definitions.size(); ++i)
         copies.push_back(valueAt(i, now()));
@@ -68,18 +69,18 @@ PF_Err Effect::send(PF_Cmd command, void* extra) {
     for (PF_ParamDef& copy : copies)
         params.push_back(&copy);
     PF_InData inData = inDataAt(now(), Resolution());
-    // Before their setup is over there are no parameters.
+    // During parameter setup there are no parameters yet.
     return run(command, inData, command == PF_Cmd_PARAMS_SETUP ? nullptr : params.data(), extra);
 }
 
-// A unit is the hundredth part of a frame; times count by the layer's clock.
+// Times are in layer time; the time step is one frame.
 PF_InData Effect::inDataAt(double compSeconds, const Resolution& resolution) const {
     PF_InData inData = *Host::current().inData();
     const Item& item = frameItem(*layer);
     inData.effect_ref = reinterpret_cast<PF_ProgPtr>(const_cast<Effect*>(this));
     inData.time_scale =
-        static_cast<A_u_long>(std::lround(layer->composition->frameRate * unitsOfAFrame));
-    inData.time_step = unitsOfAFrame;
+        static_cast<A_u_long>(std::lround(layer->composition->frameRate * unitsPerFrame));
+    inData.time_step = unitsPerFrame;
     inData.current_time =
         static_cast<A_long>(std::lround((compSeconds - layer->inSeconds) * inData.time_scale));
     inData.width = item.width;
@@ -97,7 +98,7 @@ PF_Err Effect::run(PF_Cmd command, PF_InData& inData, PF_ParamDef** params, void
     outData.sequence_data = sequenceData;
     outData.num_params = static_cast<A_long>(definitions.size());
     const PF_Err error = plugin->call(command, inData, outData, params, output, extra);
-    takeOver(command, inData.sequence_data, outData);
+    storeOutData(command, inData.sequence_data, outData);
     if (command == PF_Cmd_PARAMS_SETUP && error == PF_Err_NONE &&
         outData.num_params != static_cast<A_long>(definitions.size()))
         ledger::fault("PF_Cmd_PARAMS_SETUP announced " + std::to_string(outData.num_params) +
@@ -105,7 +106,7 @@ PF_Err Effect::run(PF_Cmd command, PF_InData& inData, PF_ParamDef** params, void
     return error;
 }
 
-void Effect::takeOver(PF_Cmd command, PF_Handle asSent, const PF_OutData& outData) {
+void Effect::storeOutData(PF_Cmd command, PF_Handle asSent, const PF_OutData& outData) {
     switch (command) {
     case PF_Cmd_SEQUENCE_SETUP:
         outFlags = static_cast<A_u_long>(outData.out_flags);

@@ -1,4 +1,4 @@
-// One frame: the two commands of smart rendering and the callbacks behind them.
+// Rendering of a frame: the render commands and the callbacks that they use.
 #include <stdexcept>
 #include <utility>
 
@@ -6,12 +6,13 @@
 #include "hostkit/calls/command_stack.h"
 #include "hostkit/effect/control_kinds.h"
 #include "hostkit/effect/effect.h"
+#include "sdk/pf_rect.h"
 
 namespace hostkit {
 
 namespace {
 
-// The newest command, if it is that one of the effect and renders; else null, with a fault.
+// The newest command, if it is `number` of that effect and renders; otherwise null, with a fault.
 ActiveCommand* renderingCommand(PF_ProgPtr effect, PF_Cmd number, const char* call) {
     ActiveCommand* command = ActiveCommand::of(effect, call);
     if (command == nullptr)
@@ -37,15 +38,16 @@ PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (request == nullptr || result == nullptr || time_scale == 0)
-            return misuse(call, "no request, no place for the result, or a time scale of 0");
+            return misuse(call,
+                          "the request or the result pointer is null, or the time scale is 0");
         Effect& owner = command->effect();
         if (index < 0 || static_cast<std::size_t>(index) >= owner.definitions.size() ||
             !isLayerControl(owner.definitions[index]))
-            return misuse(call, "control " + std::to_string(index) + " is no layer");
+            return misuse(call, "control " + std::to_string(index) + " is not a layer control");
         Frame& frame = *owner.frame();
         Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);
         const PF_LRect most = contentsOf(layer, frame.resolution);
-        const LayerPart part = {layer, intersection(request->rect, most),
+        const LayerPart part = {layer, commonPart(request->rect, most),
                                 request->preserve_rgb_of_zero_alpha != 0};
         if (!frame.announced.emplace(checkout_id, part).second)
             return misuse(call, "id " + std::to_string(checkout_id) + " is announced already");
@@ -61,12 +63,12 @@ PF_Err checkoutLayerPixels(PF_ProgPtr effect, A_long checkout_id, PF_EffectWorld
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (pixels == nullptr)
-            return misuse(call, "no place for the world");
+            return misuse(call, "the world pointer is null");
         Frame& frame = *command->effect().frame();
         const auto announced = frame.announced.find(checkout_id);
         if (announced == frame.announced.end())
             return misuse(call, "id " + std::to_string(checkout_id) + " was not announced");
-        std::unique_ptr<CheckedOutWorld>& world = frame.taken[checkout_id];
+        std::unique_ptr<CheckedOutWorld>& world = frame.checkedOut[checkout_id];
         if (world == nullptr)
             world = checkOutLayer(announced->second, frame);
         *pixels = &world->record;
@@ -81,7 +83,7 @@ PF_Err checkoutOutput(PF_ProgPtr effect, PF_EffectWorld** output) {
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (output == nullptr)
-            return misuse(call, "no place for the world");
+            return misuse(call, "the world pointer is null");
         *output = &command->effect().frame()->output.record;
         return PF_Err_NONE;
     });
@@ -102,36 +104,36 @@ void makeOutputOf(Frame& frame, Layer& layer, const PF_LRect& rect, World& reuse
 
 } // namespace
 
-// The frame of a render for as long as it goes on: a render in the middle of another one puts its
-// own in front.
-class Effect::FrameInFront {
+// Sets the effect's current Frame during a render and restores the previous one afterwards: a
+// render can run during another one.
+class Effect::ActiveFrame {
 public:
-    FrameInFront(Effect& effect, const RenderRequest& request) : place_(effect.frame_) {
+    ActiveFrame(Effect& effect, const RenderRequest& request) : current_(effect.frame_) {
         frame.resolution = {request.downsampleX, request.downsampleY};
         frame.componentBytes = effect.componentBytes();
         requireResolution(frame.resolution);
         const Footage* source = effect.layer->source.get();
         if (source == nullptr || source->pixels.componentBytes != frame.componentBytes)
-            throw std::logic_error("the layer of an effect has a source of the project's depth");
+            throw std::logic_error("the layer of an effect needs a source of the project's depth");
         const bool takesFloats = (effect.plugin->outFlags2() & PF_OutFlag2_FLOAT_COLOR_AWARE) != 0;
-        if ((frame.componentBytes == 2 && !effect.wants(PF_OutFlag_DEEP_COLOR_AWARE)) ||
+        if ((frame.componentBytes == 2 && !effect.hasOutFlag(PF_OutFlag_DEEP_COLOR_AWARE)) ||
             (frame.componentBytes == 4 && !takesFloats))
-            throw std::logic_error("the module takes no frames of the project's depth");
-        outer_ = std::exchange(place_, &frame);
+            throw std::logic_error("the module does not support the project's depth");
+        previous_ = std::exchange(current_, &frame);
     }
-    ~FrameInFront() { place_ = outer_; }
-    FrameInFront(const FrameInFront&) = delete;
-    FrameInFront& operator=(const FrameInFront&) = delete;
+    ~ActiveFrame() { current_ = previous_; }
+    ActiveFrame(const ActiveFrame&) = delete;
+    ActiveFrame& operator=(const ActiveFrame&) = delete;
 
     Frame frame;
 
 private:
-    Frame*& place_;
-    Frame* outer_ = nullptr;
+    Frame*& current_;
+    Frame* previous_ = nullptr;
 };
 
 RenderResult Effect::renderPlain(const RenderRequest& request, World reusedOutput) {
-    FrameInFront rendering(*this, request);
+    ActiveFrame rendering(*this, request);
     Frame& frame = rendering.frame;
     std::vector<PF_ParamDef> values;
     for (std::size_t i = 0; i < definitions.size(); ++i)
@@ -153,7 +155,7 @@ RenderResult Effect::renderPlain(const RenderRequest& request, World reusedOutpu
 RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
     if ((plugin->outFlags2() & PF_OutFlag2_SUPPORTS_SMART_RENDER) == 0)
         return renderPlain(request, std::move(reusedOutput));
-    FrameInFront rendering(*this, request);
+    ActiveFrame rendering(*this, request);
     Frame& frame = rendering.frame;
     const PF_LRect whole = frameOf(layer, frame.resolution);
     PF_PreRenderInput input{{request.region.value_or(whole), 0}};
@@ -168,10 +170,10 @@ RenderResult Effect::render(const RenderRequest& request, World reusedOutput) {
     if (result.error != PF_Err_NONE)
         return result;
 
-    const PF_LRect part = intersection(announced.result_rect, whole);
+    const PF_LRect part = commonPart(announced.result_rect, whole);
     makeOutputOf(frame, *layer, part, reusedOutput);
     if (isEmpty(part))
-        return result; // nobody would see what it draws
+        return result; // the output is empty
     PF_SmartRenderCallbacks callbacks = {checkoutLayerPixels, checkoutOutput};
     PF_SmartRenderExtra extra = {&callbacks};
     result.error = run(PF_Cmd_SMART_RENDER, inData, nullptr, &extra);

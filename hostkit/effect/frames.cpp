@@ -9,11 +9,13 @@
 #include <type_traits>
 #include <vector>
 
+#include "sdk/pf_rect.h"
+
 namespace hostkit {
 
 namespace {
 
-constexpr int rowUnitPixels = 16; // rows of the host's own worlds have a multiple of this length
+constexpr int rowUnitPixels = 16; // row lengths of the host's worlds are multiples of it
 constexpr std::size_t channels = 4;
 
 bool isFactor(const A_Ratio& ratio) {
@@ -51,11 +53,11 @@ const Channel* rowOf(const World& world, int y) {
     return reinterpret_cast<const Channel*>(world.data.data() + offsetOf(world, 0, y));
 }
 
-// Room for the sum of as many whole channels as a picture has.
+// Large enough for the sum of all integer channel values of an image.
 template<typename Channel>
 using Sum = std::conditional_t<std::is_integral_v<Channel>, std::uint64_t, double>;
 
-// Of as many as a column has.
+// The same for a column of an image.
 template<typename Channel>
 using ColumnSum = std::conditional_t<std::is_integral_v<Channel>, std::uint32_t, double>;
 
@@ -63,7 +65,7 @@ template<typename Channel, typename Number>
 Channel meanOf(Number sum, unsigned count) {
     if constexpr (!std::is_integral_v<Channel>)
         return static_cast<Channel>(sum / count);
-    else if (std::has_single_bit(count)) // mostly: a frame is drawn at a half or a quarter
+    else if (std::has_single_bit(count)) // the usual case: a resolution of 1/2 or 1/4
         return static_cast<Channel>((sum + count / 2) >> std::countr_zero(count));
     else
         return static_cast<Channel>((2 * sum + count) / (2 * count));
@@ -76,7 +78,7 @@ std::vector<Span> spansOf(int targetLength, int length, const A_Ratio& factor) {
     return spans;
 }
 
-// Rows are added first, each from its start to its end: that is the order of the memory.
+// Sums whole rows first, in the order of memory.
 template<typename Channel>
 void addRows(const World& source, const Span& rows, std::vector<ColumnSum<Channel>>& sums) {
     std::ranges::fill(sums, ColumnSum<Channel>{});
@@ -101,8 +103,8 @@ void averageColumns(const std::vector<ColumnSum<Channel>>& sums, const std::vect
     }
 }
 
-// The same for four whole pixels, as most frames at half the resolution need it: a loop that the
-// compiler makes vector code of.
+// The common case of resolution 1/2, where each output pixel covers 2 by 2 source pixels: a loop
+// that the compiler vectorizes.
 template<typename Channel>
 void averagePairs(const ColumnSum<Channel>* __restrict sums, Channel* __restrict out, int width) {
     for (int x = 0; x < width; ++x, sums += 2 * channels, out += channels)
@@ -127,7 +129,7 @@ void downsampleInto(World& target, const World& source, const Resolution& resolu
     }
 }
 
-// The layer's pixels at the frame's resolution.
+// The layer's pixels at the frame's resolution, downsampled at the first request.
 World& pixelsOf(Layer& layer, Frame& frame) {
     World& source = layer.source->pixels;
     if (source.componentBytes != frame.componentBytes)
@@ -135,13 +137,13 @@ World& pixelsOf(Layer& layer, Frame& frame) {
                                " has another depth than the project");
     if (isOne(frame.resolution.x) && isOne(frame.resolution.y))
         return source;
-    const auto [place, isNew] = frame.smaller.try_emplace(&layer);
+    const auto [entry, isNew] = frame.downsampled.try_emplace(&layer);
     if (isNew)
-        place->second = downsampled(source, frame.resolution);
-    return place->second;
+        entry->second = downsampled(source, frame.resolution);
+    return entry->second;
 }
 
-// A copy of the part in which transparent pixels are black.
+// A copy of the part with transparent pixels set to black.
 World withoutHiddenRgb(const World& pixels, const PF_LRect& part) {
     World copy = makeOutput(part.right - part.left, part.bottom - part.top, pixels.componentBytes);
     const std::size_t alphaBytes = static_cast<std::size_t>(pixels.componentBytes);
@@ -159,7 +161,7 @@ World withoutHiddenRgb(const World& pixels, const PF_LRect& part) {
 
 void requireResolution(const Resolution& resolution) {
     if (!isFactor(resolution.x) || !isFactor(resolution.y))
-        throw std::logic_error("a downsample factor lies above 0 and up to 1");
+        throw std::logic_error("a downsample factor must be above 0 and at most 1");
 }
 
 PF_LRect frameOf(const Layer* layer, const Resolution& resolution) {
@@ -174,24 +176,19 @@ PF_LRect contentsOf(const Layer* layer, const Resolution& resolution) {
     const PF_LRect whole = frameOf(layer, resolution);
     if (layer == nullptr || !layer->contents)
         return whole;
-    // A pixel that is covered in part counts.
+    // Partly covered pixels belong to the area.
     const auto scaledStart = [](A_long start, const A_Ratio& factor) {
         return static_cast<A_long>(std::int64_t{start} * factor.num / std::int64_t{factor.den});
     };
     const PF_LRect& full = *layer->contents;
-    return intersection({scaledStart(full.left, resolution.x), scaledStart(full.top, resolution.y),
-                         scaledLength(full.right, resolution.x),
-                         scaledLength(full.bottom, resolution.y)},
-                        whole);
+    return commonPart({scaledStart(full.left, resolution.x), scaledStart(full.top, resolution.y),
+                       scaledLength(full.right, resolution.x),
+                       scaledLength(full.bottom, resolution.y)},
+                      whole);
 }
 
-bool isEmpty(const PF_LRect& rect) {
-    return rect.left >= rect.right || rect.top >= rect.bottom;
-}
-
-PF_LRect intersection(const PF_LRect& a, const PF_LRect& b) {
-    const PF_LRect common = {std::max(a.left, b.left), std::max(a.top, b.top),
-                             std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
+PF_LRect commonPart(const PF_LRect& a, const PF_LRect& b) {
+    const PF_LRect common = intersection(a, b);
     return isEmpty(common) ? PF_LRect{} : common;
 }
 

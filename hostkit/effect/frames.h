@@ -1,6 +1,5 @@
-// Pictures as a command gets them: a part of a layer's pixels at the resolution of the frame. At
-// full resolution they are the source's own; at any other the layer is made smaller once in a
-// frame.
+// Layer pixels for a command: a part of a layer's image at the resolution of the frame. At full
+// resolution they are the source's own pixels; otherwise each layer is downsampled once per frame.
 #pragma once
 
 #include <map>
@@ -11,54 +10,54 @@
 
 namespace hostkit {
 
-struct Resolution { // 1/2: half as many pixels
+struct Resolution { // 1/2: half the pixels in that direction
     A_Ratio x{1, 1};
     A_Ratio y{1, 1};
 };
 
-// Throws std::logic_error unless both factors lie above 0 and up to 1.
+// Throws std::logic_error unless both factors are above 0 and at most 1.
 void requireResolution(const Resolution& resolution);
 
-// The whole of a layer's picture, and where it has pixels; empty without a layer or a source.
+// The whole area of a layer, and the area with visible pixels; empty without a layer or a source.
 PF_LRect frameOf(const Layer* layer, const Resolution& resolution);
 PF_LRect contentsOf(const Layer* layer, const Resolution& resolution);
 
-bool isEmpty(const PF_LRect& rect);
-PF_LRect intersection(const PF_LRect& a, const PF_LRect& b); // all 0 when there is none
+// The common part of two rectangles; zeros if there is none.
+PF_LRect commonPart(const PF_LRect& a, const PF_LRect& b);
 
-// Each pixel is the mean of the pixels that it covers, channel by channel.
+// Each pixel is the mean of the source pixels that it covers, by channel.
 World downsampled(const World& source, const Resolution& resolution);
 
-// Transparent black, the rows longer than they need to be.
+// An image of transparent black with padded rows.
 World makeOutput(int width, int height, int componentBytes);
 
-// A checked-out picture. The layer must outlive it.
+// Checked-out pixels. The layer must outlive them.
 struct CheckedOutWorld {
-    World own;            // empty where the record points at pixels of the layer or of the frame
+    World own;            // empty if the record points at pixels of the layer or of the frame
     PF_LayerDef record{}; // reserved0 is the Layer; null: no layer
 };
 
 PF_LayerDef recordOf(World& world);
 
-// What a module asks of a layer.
+// A request for a part of a layer.
 struct LayerPart {
-    Layer* layer = nullptr;      // null: none is chosen
-    PF_LRect rect{};             // of the layer at the frame's resolution
-    bool keepsHiddenRgb = false; // else the colours of transparent pixels are gone
+    Layer* layer = nullptr;      // null: no layer is chosen
+    PF_LRect rect{};             // in pixels of the layer at the frame's resolution
+    bool keepsHiddenRgb = false; // false: transparent pixels become black
 };
 
-// What one render has announced and taken.
+// State of one render.
 struct Frame {
     Resolution resolution;
     int componentBytes = 1;
-    std::map<A_long, LayerPart> announced; // by checkout id
-    std::map<const Layer*, World> smaller; // layers at the resolution, if that is not the full one
-    std::map<A_long, std::unique_ptr<CheckedOutWorld>> taken;
+    std::map<A_long, LayerPart> announced;     // by checkout id
+    std::map<const Layer*, World> downsampled; // pixels of each layer that was downsampled
+    std::map<A_long, std::unique_ptr<CheckedOutWorld>> checkedOut; // by checkout id
     CheckedOutWorld output;
 };
 
-// Without a layer or a source, a record of zeros. Throws std::logic_error when the source has
-// another depth than the frame. The frame must outlive the result.
+// Returns a record of zeros without a layer or a source. Throws std::logic_error if the source's
+// depth differs from the frame's. The frame must outlive the result.
 std::unique_ptr<CheckedOutWorld> checkOutLayer(const LayerPart& part, Frame& frame);
 
 } // namespace hostkit

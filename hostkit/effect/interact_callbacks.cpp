@@ -1,4 +1,4 @@
-// The callbacks that speak of the effect's own parameters.
+// The callbacks that add, check out and check in the effect's parameters.
 #include <algorithm>
 
 #include "hostkit/calls/call_frame.h"
@@ -23,12 +23,12 @@ PF_Err checkOutParameter(ActiveCommand& command, A_long index, double layerSecon
     ParameterCheckout checkout{param, nullptr};
     if (isLayerControl(value)) {
         auto* layer = static_cast<Layer*>(value.u.ld.reserved0);
-        Frame atRest; // outside a frame everything has its full resolution
-        atRest.componentBytes = effect.componentBytes();
+        Frame fullFrame; // outside of a render the resolution is full
+        fullFrame.componentBytes = effect.componentBytes();
         const bool isInFrame = command.number == PF_Cmd_SMART_PRE_RENDER ||
                                command.number == PF_Cmd_SMART_RENDER ||
                                command.number == PF_Cmd_RENDER;
-        Frame& frame = isInFrame && effect.frame() != nullptr ? *effect.frame() : atRest;
+        Frame& frame = isInFrame && effect.frame() != nullptr ? *effect.frame() : fullFrame;
         checkout.pixels = checkOutLayer({layer, frameOf(layer, frame.resolution), true}, frame);
         checkout.pixels->record.dephault = value.u.ld.dephault;
         value.u.ld = checkout.pixels->record;
@@ -47,7 +47,7 @@ PF_Err checkoutParam(PF_ProgPtr effect, A_long index, A_long what_time, A_long, 
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (param == nullptr || time_scale == 0)
-            return misuse(call, "no place for the definition, or a time scale of 0");
+            return misuse(call, "the definition is null, or the time scale is 0");
         if (index < 0 || static_cast<std::size_t>(index) >= command->effect().definitions.size())
             return misuse(call, "there is no " + controlName(index));
         return checkOutParameter(*command, index, static_cast<double>(what_time) / time_scale,
@@ -80,7 +80,7 @@ PF_Err addParam(PF_ProgPtr effect, A_long index, PF_ParamDef* definition) {
         if (command->number != PF_Cmd_PARAMS_SETUP)
             return misuse(call, "not during " + commandName(command->number));
         if (index != -1 || definition == nullptr)
-            return misuse(call, "the index is -1, and there is a definition");
+            return misuse(call, "the index must be -1, and the definition must not be null");
         if (const std::string fault = faultOf(*definition); !fault.empty())
             return misuse(call, fault);
         if (choiceCount(*definition) > 0 && !hasNamesForChoices(definition->u.pd))

@@ -12,7 +12,7 @@
 
 namespace hostkit::library {
 
-// The whole path, always: a bare name would be searched for in the system's folders.
+// Always an absolute path: a bare name would be searched for in the system's folders.
 
 #ifdef _WIN32
 
@@ -21,7 +21,7 @@ void* load(const std::filesystem::path& path) {
     if (library == nullptr)
         throw std::runtime_error(path.string() + ": " +
                                  std::system_category().message(static_cast<int>(GetLastError())));
-    // A second user who lets go of it cannot take it away.
+    // Pinned, so that FreeLibrary by another user of the library does not unload it.
     HMODULE pinned = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                        reinterpret_cast<LPCWSTR>(library), &pinned);

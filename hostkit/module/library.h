@@ -1,4 +1,4 @@
-// Shared libraries of the machine's system: the file of a module becomes code.
+// Loading of shared libraries.
 #pragma once
 
 #include <filesystem>
@@ -6,14 +6,14 @@
 
 namespace hostkit::library {
 
-// A library that stays in the process to its end. Throws std::runtime_error, with the file's name
-// and the reason.
+// Loads a library that stays loaded until the process ends. Throws std::runtime_error with the
+// file's name and the reason.
 void* load(const std::filesystem::path& path);
 
-// The same library if it is already in the process, otherwise null.
+// The library if it is already loaded, otherwise null.
 void* loaded(const std::filesystem::path& path);
 
-// Null when the library has no function of that name.
+// Null if the library exports no function of that name.
 void* functionIn(void* library, const std::string& name);
 
 } // namespace hostkit::library

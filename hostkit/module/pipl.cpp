@@ -10,7 +10,7 @@ namespace hostkit {
 
 namespace {
 
-// Takes the file apart from its start to its end.
+// Reads the fields of the file in order.
 class Reader {
 public:
     explicit Reader(std::string_view all) : rest_(all) {}
@@ -73,7 +73,7 @@ Pipl parse(std::string_view all) {
     for (A_u_long i = 0; i < count; ++i) {
         PiplProperty property = readProperty(reader, "property " + std::to_string(i));
         if (findProperty(pipl.properties, property.key) != nullptr)
-            throw std::runtime_error("property '" + property.key + "' stands twice");
+            throw std::runtime_error("property '" + property.key + "' occurs twice");
         pipl.properties.push_back(std::move(property));
     }
     reader.end();
@@ -83,7 +83,7 @@ Pipl parse(std::string_view all) {
 std::string readWhole(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string all{std::istreambuf_iterator<char>(file), {}};
-    // A folder opens and then fails to read.
+    // On some systems, opening a folder succeeds and only reading fails.
     if (!file.is_open() || file.bad() || std::filesystem::is_directory(path))
         throw std::runtime_error("the file cannot be read");
     return all;
@@ -101,9 +101,9 @@ const std::string& dataOf(const Pipl& pipl, const std::string& key) {
 std::string Pipl::text(const std::string& key) const {
     const std::string& data = dataOf(*this, key);
     if (data.empty() || static_cast<unsigned char>(data[0]) != data.size() - 1)
-        throw std::runtime_error("property '" + key + "' is not a text of the length that it says");
+        throw std::runtime_error("property '" + key + "' is not a text of its stated length");
     if (data.find('\0', 1) != std::string::npos)
-        throw std::runtime_error("property '" + key + "' has a zero in its text");
+        throw std::runtime_error("property '" + key + "' contains a zero byte in its text");
     return data.substr(1);
 }
 

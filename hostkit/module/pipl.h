@@ -1,13 +1,14 @@
-// A module's resource: how a host learns of it before it loads it.
+// Reader of a module's resource file (PiPL), from which a host learns a module's name and entry
+// point before loading it.
 //
-// The file lies beside the module, under the module's name with the ending ".pipl". All integers
-// are 32 bits, little-endian:
+// The file lies beside the module, with the same name and the extension ".pipl". All integers are
+// 32 bits, little-endian:
 //
 //   "PIPL", resource id, number of properties; then for each property
 //   vendor, key (four bytes each, as text), property id, length in bytes, the data,
 //   padded with zeros to a multiple of four.
 //
-// A text's data is one byte of length and its bytes.
+// The data of a text is one length byte and the text's bytes.
 #pragma once
 
 #include <filesystem>
@@ -27,14 +28,14 @@ struct PiplProperty {
 
 struct Pipl {
     A_long id = 0;
-    std::vector<PiplProperty> properties; // in the file's order
+    std::vector<PiplProperty> properties; // in the order of the file
 
-    // Both throw std::runtime_error when the property is missing or of another size.
+    // Throw std::runtime_error if the property is missing or has another size.
     std::string text(const std::string& key) const;
     A_u_long number(const std::string& key) const;
 };
 
-// Throws std::runtime_error, with the file's name, for what is no such file.
+// Throws std::runtime_error, with the file's name, if the file is malformed.
 Pipl readPipl(const std::filesystem::path& path);
 
 } // namespace hostkit

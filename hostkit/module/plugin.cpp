@@ -15,7 +15,7 @@ namespace hostkit {
 
 namespace {
 
-// What every use of the module needs must be there before its code is loaded.
+// The properties that are needed to load and use the module.
 void requireProperties(const Pipl& pipl) {
     for (const char* key : {"name", "wx86", "eMNA"})
         pipl.text(key);
@@ -41,18 +41,18 @@ EntryPoint loadEntry(const std::filesystem::path& path, const std::string& name)
     return reinterpret_cast<EntryPoint>(entry);
 }
 
-// In the record's flags before each command: a module sets flags there, and clears none.
-constexpr A_long flagOfTheHost = 1 << 2;
+// Set in out_flags before each command, to check that the module only sets flags and clears none.
+constexpr A_long hostFlag = 1 << 2;
 
-void takeBackFlag(PF_Cmd command, PF_OutData& outData) {
-    if ((outData.out_flags & flagOfTheHost) == 0)
+void checkHostFlag(PF_Cmd command, PF_OutData& outData) {
+    if ((outData.out_flags & hostFlag) == 0)
         ledger::fault(commandName(command) + " cleared a flag that it had not set");
-    outData.out_flags &= ~flagOfTheHost;
+    outData.out_flags &= ~hostFlag;
 }
 
-void compareFact(const Pipl& pipl, const char* key, A_u_long answered) {
-    if (pipl.number(key) != answered)
-        ledger::fault("PF_Cmd_GLOBAL_SETUP answered " + std::to_string(answered) + ", but " + key +
+void compareWithResource(const Pipl& pipl, const char* key, A_u_long returned) {
+    if (pipl.number(key) != returned)
+        ledger::fault("PF_Cmd_GLOBAL_SETUP returned " + std::to_string(returned) + ", but " + key +
                       " of the resource is " + std::to_string(pipl.number(key)));
 }
 
@@ -78,9 +78,9 @@ PF_Err Plugin::setUp() {
         return error;
     outFlags_ = static_cast<A_u_long>(outData.out_flags);
     outFlags2_ = static_cast<A_u_long>(outData.out_flags2);
-    compareFact(pipl_, "eVER", outData.my_version);
-    compareFact(pipl_, "eGLO", outFlags_);
-    compareFact(pipl_, "eGL2", outFlags2_);
+    compareWithResource(pipl_, "eVER", outData.my_version);
+    compareWithResource(pipl_, "eGLO", outFlags_);
+    compareWithResource(pipl_, "eGL2", outFlags2_);
     return error;
 }
 
@@ -109,29 +109,29 @@ PF_Err Plugin::call(PF_Cmd command, PF_InData& inData, PF_OutData& outData, PF_P
     inData.pica_basicP = &suites::basicSuite();
     inData.global_data = globalData_;
     outData.global_data = globalData_;
-    outData.out_flags |= flagOfTheHost;
+    outData.out_flags |= hostFlag;
     lastCommand_ = command;
     const ActiveCommand active(command, inData);
     PF_Err error = PF_Err_INTERNAL_STRUCT_DAMAGED;
     try {
         error = entry_(command, &inData, &outData, params, output, extra);
     } catch (...) {
-        ledger::fault(commandName(command) + " let an exception out of the module");
+        ledger::fault(commandName(command) + " threw an exception");
     }
-    takeOverGlobalData(command, error, outData);
+    storeGlobalData(command, error, outData);
     if (command != PF_Cmd_GLOBAL_SETUP)
-        takeBackFlag(command, outData);
+        checkHostFlag(command, outData);
     return error;
 }
 
-void Plugin::takeOverGlobalData(PF_Cmd command, PF_Err error, const PF_OutData& outData) {
+void Plugin::storeGlobalData(PF_Cmd command, PF_Err error, const PF_OutData& outData) {
     switch (command) {
     case PF_Cmd_GLOBAL_SETUP:
         globalData_ = outData.global_data;
         isSetUp_ = true;
         break;
     case PF_Cmd_GLOBAL_SETDOWN:
-        // A module that could not end keeps what it has, and is asked again.
+        // If setdown failed, the module keeps its data, and setdown is sent again later.
         if (error == PF_Err_NONE)
             globalData_ = nullptr;
         isSetUp_ = globalData_ != nullptr;

@@ -39,7 +39,7 @@ constexpr std::array<LayerStreamRow, 10> layerStreams = {{
     {AEGP_LayerStream_ZOOM, u"Zoom", "zoom", AEGP_StreamType_OneD, Has::Cameras},
 }};
 
-// The streams that a layer of its type has.
+// Creates the streams of the layer's type.
 void makeStreams(Layer& layer) {
     const Has without = layer.type == AEGP_ObjectType_CAMERA ? Has::Pictures : Has::Cameras;
     layer.streams.clear();
@@ -58,7 +58,7 @@ void setConstant(Layer& layer, AEGP_LayerStream which, double x, double y = 0, d
 
 using Vector = std::array<double, 3>;
 
-// The fallback for a stream that the layer does not have.
+// The value of the layer's stream, or `fallback` if the layer does not have it.
 Vector vectorAt(const Layer& layer, AEGP_LayerStream which, double seconds,
                 const Vector& fallback = {}) {
     const auto found = layer.streams.find(which);
@@ -87,7 +87,7 @@ A_Matrix4 translation(const Vector& by, double sign = 1) {
     return result;
 }
 
-// About the axis 0, 1 or 2, from the next axis towards the one behind it.
+// Rotation about axis 0, 1 or 2, from the next axis towards the one after it.
 A_Matrix4 rotation(std::size_t axis, double degrees) {
     const double angle = degrees * std::numbers::pi / 180;
     const std::size_t from = (axis + 1) % 3;
@@ -146,12 +146,12 @@ Layer::Layer(Composition& owner, AEGP_LayerIDVal layerId) : composition(&owner),
     setConstant(*this, AEGP_LayerStream_OPACITY, 100);
 }
 
-// The effects go while everything that they may ask for is still there; layers that hang on this
-// one stay, without a parent.
+// Effects are destroyed while the objects that their setdown may ask for still exist. Child layers
+// stay, without a parent.
 Layer::~Layer() {
     while (!effects.empty()) {
         const std::unique_ptr<Effect> last = std::move(effects.back());
-        effects.pop_back(); // first: the effect may still ask for the list
+        effects.pop_back(); // taken from the list first: setdown may still ask for the list
     }
     for (Layer* each : LiveObject<Layer>::all())
         if (each->parent == this)
@@ -232,7 +232,7 @@ Layer* Composition::activeCamera(double compSeconds) {
 
 Project::Project() : undo(std::make_unique<UndoHistory>()) {}
 
-// The history must be there as long as an effect may change something.
+// Setdown of an effect may still record changes, so the undo history is destroyed last.
 Project::~Project() {
     compositions.clear();
 }

@@ -17,11 +17,11 @@ namespace hostkit {
 
 namespace {
 
-// A value's numbers in the order of their members; how many of them hold is the type's.
+// The components of a value; the stream's type says how many are used.
 using Numbers = std::array<double, 4>;
 static_assert(sizeof(Numbers) == sizeof(AEGP_StreamVal2));
 
-double share(const Keyframe& before, const Keyframe& after, double seconds) {
+double fraction(const Keyframe& before, const Keyframe& after, double seconds) {
     return std::clamp((seconds - before.seconds) / (after.seconds - before.seconds), 0.0, 1.0);
 }
 
@@ -33,7 +33,8 @@ StreamValue blend(const StreamValue& from, const StreamValue& to, std::size_t co
     return {std::bit_cast<AEGP_StreamVal2>(numbers), nullptr};
 }
 
-// "1,2.5": how many numbers the text is made of; 0: it is made of something else, or of too many.
+// Parses numbers separated by commas, such as "1,2.5". Returns their count; 0 if the text is
+// anything else or has too many.
 std::size_t readNumbers(const std::string& text, Numbers& numbers) {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -48,7 +49,7 @@ std::size_t readNumbers(const std::string& text, Numbers& numbers) {
     return 0;
 }
 
-// The first keyframe that does not lie before that time.
+// The first keyframe at or after that time.
 template<class Keyframes>
 auto firstFrom(Keyframes& keyframes, double seconds) {
     return std::lower_bound(
@@ -95,9 +96,9 @@ StreamValue Stream::at(double seconds) const {
     if (next == keyframes.begin() || next->seconds <= seconds + timeTolerance)
         return next->value;
     const Keyframe& before = *std::prev(next);
-    if (holds(before, *next))
+    if (isHold(before, *next))
         return before.value;
-    return blend(before.value, next->value, componentCount(type), share(before, *next, seconds));
+    return blend(before.value, next->value, componentCount(type), fraction(before, *next, seconds));
 }
 
 StreamValue Stream::withExpression(double seconds) const {
@@ -109,7 +110,7 @@ StreamValue Stream::withExpression(double seconds) const {
     Numbers numbers{};
     if (!result.value || readNumbers(*result.value, numbers) != count)
         return before;
-    return held({std::bit_cast<AEGP_StreamVal2>(numbers), nullptr});
+    return clamped({std::bit_cast<AEGP_StreamVal2>(numbers), nullptr});
 }
 
 std::string Stream::expressionScript(const StreamValue& before, double seconds) const {
@@ -124,7 +125,7 @@ std::string Stream::expressionScript(const StreamValue& before, double seconds) 
 
 void Stream::set(const StreamValue& newValue, double seconds) {
     if (keyframes.empty())
-        constant = held(newValue);
+        constant = clamped(newValue);
     else
         setKeyframe(addKeyframe(seconds), newValue);
     isModified = true;
@@ -147,7 +148,7 @@ std::size_t Stream::addKeyframe(double seconds) {
 }
 
 void Stream::setKeyframe(std::size_t index, const StreamValue& newValue) {
-    keyframes.at(index).value = held(newValue);
+    keyframes.at(index).value = clamped(newValue);
     isModified = true;
 }
 
@@ -158,15 +159,15 @@ void Stream::removeKeyframe(std::size_t index) {
     isModified = true;
 }
 
-StreamValue Stream::held(const StreamValue& wanted) const {
+StreamValue Stream::clamped(const StreamValue& wanted) const {
     StreamValue value = wanted;
-    if (choices > 0) // fmax takes the number where the other is none
+    if (choices > 0) // fmin and fmax ignore NaN
         value.value.one_d = std::fmin(std::fmax(value.value.one_d, 1.0), choices);
     return value;
 }
 
-// There is nothing between two choices, nor between two things that are no numbers.
-bool Stream::holds(const Keyframe& before, const Keyframe& after) const {
+// Choices and objects are never interpolated.
+bool Stream::isHold(const Keyframe& before, const Keyframe& after) const {
     return before.out == AEGP_KeyInterp_HOLD || after.in == AEGP_KeyInterp_HOLD || choices > 0 ||
            componentCount(type) == 0;
 }

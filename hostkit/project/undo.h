@@ -1,7 +1,7 @@
-// The undo history: every change that an effect makes to a stream in an undoable way, in groups.
+// The undo history: records every undoable change that an effect makes to a stream.
 //
-// A change outside a group is a step of its own. Groups nest; the outermost one is the step. A
-// group in which nothing changed leaves no step.
+// A change outside a group is one undo step. Groups nest; the outermost group is one step. A group
+// without changes is no step.
 #pragma once
 
 #include <functional>
@@ -15,19 +15,18 @@ class Stream;
 class UndoHistory {
 public:
     struct Step {
-        std::string name;                             // of the group, may be empty
+        std::string name;                             // of the group; may be empty
         std::vector<std::function<void()>> reversals; // in the order of the changes
     };
 
     void startGroup(const std::string& name);
-    bool endGroup(); // false: none is open
+    bool endGroup(); // false: no group is open
     void record(std::function<void()> reversal);
 
-    // The same for a stream, which may be gone by then with its layer or effect: then it is left
-    // out.
+    // The same for a change of a stream; undo skips the change if the stream no longer exists.
     void record(Stream& stream, std::function<void(Stream&)> reversal);
 
-    // Takes the newest step back; false: there is none, or a group is open.
+    // Undoes the newest step. Returns false if there is none or if a group is open.
     bool undo();
 
     const std::vector<Step>& steps() const { return steps_; }

@@ -1,5 +1,5 @@
-// Files that appear only when they are complete: written under another name, then moved to their
-// place in one step.
+// Writing of files so that other processes never see an incomplete file: written under a temporary
+// name, then renamed.
 #pragma once
 
 #include <filesystem>
@@ -8,10 +8,10 @@
 
 namespace hostkit {
 
-// Writes the text over a file.
-std::error_code writeWhole(const std::filesystem::path& file, const std::string& text);
+// Writes the text to the file, replacing its content; not atomic.
+std::error_code writeFile(const std::filesystem::path& file, const std::string& text);
 
-// A file that was in the place gives its permissions to this one.
-std::error_code moveToPlace(const std::filesystem::path& file, const std::filesystem::path& place);
+// Renames `file` to `target`, replacing it. An existing target's permissions are kept.
+std::error_code replaceFile(const std::filesystem::path& file, const std::filesystem::path& target);
 
 } // namespace hostkit

@@ -1,4 +1,4 @@
-// One process at a time: a lock that lies in a file.
+// A file lock that excludes other processes.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace hostkit {
 
-// Waits until no other process holds the lock of that file, and keeps it until its end. The lock is
-// a file of its own, with the ending ".lock" behind the name. Throws std::runtime_error.
+// Waits until no other process holds the lock on `file`, and holds it until destruction. The lock
+// itself is a separate file with ".lock" appended to the name. Throws std::runtime_error.
 class FileLock {
 public:
     explicit FileLock(std::filesystem::path file);
@@ -17,10 +17,10 @@ public:
     FileLock& operator=(const FileLock&) = delete;
 
 private:
-    std::intptr_t lock_; // as the system numbers its open files
+    std::intptr_t lock_; // file descriptor or HANDLE
 };
 
-// This process' number, for the names of files that are its own.
+// The id of this process, for unique file names.
 std::string processName();
 
 } // namespace hostkit

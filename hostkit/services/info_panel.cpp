@@ -26,7 +26,7 @@ A_Err drawText(const char* call, std::initializer_list<const char*> texts) {
         if (*texts.begin() == nullptr)
             return misuse(call, "without a first line");
         InfoPanel::Lines lines;
-        std::size_t used = 0; // up to the last line that is there
+        std::size_t used = 0; // without empty lines at the end
         for (const char* text : texts) {
             lines.emplace_back(text == nullptr ? "" : text);
             if (text != nullptr)

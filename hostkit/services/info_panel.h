@@ -9,9 +9,9 @@ namespace hostkit {
 
 class InfoPanel {
 public:
-    using Lines = std::vector<std::string>; // UTF-8, without line ends at their ends
+    using Lines = std::vector<std::string>; // UTF-8, without line ends
 
-    // Called for each message as it comes; a host without a listener only keeps them.
+    // Called for each message, if set; messages are stored in any case.
     std::function<void(const Lines&)> onMessage;
 
     void show(Lines lines);

@@ -14,7 +14,7 @@ namespace hostkit::memory {
 
 namespace {
 
-// What a handle points to: the address of the block comes first, as the contract has it.
+// What a handle points to. The contract requires the block's address as the first member.
 struct Block {
     void* address = nullptr;
     MovableBlock block;
@@ -57,7 +57,7 @@ PF_Handle newHandle(A_u_longlong size) {
         if (memory().left != noLimit)
             --memory().left;
         return handle;
-    } catch (const std::exception&) { // too little memory, or more than any vector holds
+    } catch (const std::exception&) { // out of memory, or larger than a vector can be
         return nullptr;
     }
 }
@@ -73,7 +73,7 @@ void* lockHandle(PF_Handle handle) {
     return block->address;
 }
 
-// This one and the next have no answer that could say a failure: they are only counted.
+// unlock and dispose return nothing, so an injected failure only counts the call.
 void unlockHandle(PF_Handle handle) {
     constexpr const char* call = "host_unlock_handle";
     calls::enter(call);
@@ -109,7 +109,7 @@ std::size_t liveHandles() {
     return memory().blocks.size();
 }
 
-std::uint64_t handlesMade() {
+std::uint64_t handlesAllocated() {
     return memory().made;
 }
 
@@ -133,7 +133,7 @@ void drop(PF_Handle handle) {
         memory().blocks.erase(handle);
 }
 
-void restart() {
+void reset() {
     memory().blocks.clear();
     memory().left = noLimit;
 }

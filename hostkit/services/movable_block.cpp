@@ -21,26 +21,28 @@ namespace hostkit {
 
 namespace {
 
-// The last places that blocks have left. As long as they are kept, no block gets them again.
-class OldPlaces {
+// The blocks' most recent former allocations, poisoned. While they are kept, no new allocation gets
+// their addresses.
+class FormerAllocations {
 public:
-    void keep(std::vector<std::byte> left) {
-        if (!left.empty())
-            std::memset(left.data(), std::to_integer<int>(leftoverByte), left.size());
-        ASAN_POISON_MEMORY_REGION(left.data(), left.size());
-        std::vector<std::byte>& oldest = places_[next_];
+    void keep(std::vector<std::byte> former) {
+        if (!former.empty())
+            std::memset(former.data(), std::to_integer<int>(leftoverByte), former.size());
+        ASAN_POISON_MEMORY_REGION(former.data(), former.size());
+        std::vector<std::byte>& oldest = allocations_[next_];
         ASAN_UNPOISON_MEMORY_REGION(oldest.data(), oldest.size());
-        oldest = std::move(left);
-        next_ = (next_ + 1) % places_.size();
+        oldest = std::move(former);
+        next_ = (next_ + 1) % allocations_.size();
     }
 
 private:
-    std::array<std::vector<std::byte>, 32> places_;
+    std::array<std::vector<std::byte>, 32> allocations_;
     std::size_t next_ = 0;
 };
 
-OldPlaces& oldPlaces() {
-    static OldPlaces& instance = *new OldPlaces; // blocks may end after any static object
+FormerAllocations& formerAllocations() {
+    // Never destroyed, because blocks may outlive any static object.
+    static FormerAllocations& instance = *new FormerAllocations;
     return instance;
 }
 
@@ -49,7 +51,7 @@ std::vector<MovableBlock*>& unlocked() {
     return instance;
 }
 
-// Mostly the newest: a handle is locked right after it was made.
+// Searched from the end: a handle is usually locked right after it was allocated.
 void eraseFrom(std::vector<MovableBlock*>& blocks, const MovableBlock* block) {
     const auto found = std::find(blocks.rbegin(), blocks.rend(), block);
     if (found != blocks.rend())
@@ -95,7 +97,7 @@ void MovableBlock::moveUnlocked() {
 }
 
 void MovableBlock::replace(std::vector<std::byte> bytes) {
-    oldPlaces().keep(std::exchange(bytes_, std::move(bytes)));
+    formerAllocations().keep(std::exchange(bytes_, std::move(bytes)));
     *address_ = bytes_.data();
 }
 

@@ -1,6 +1,6 @@
-// Memory that a module may use only while it has it locked. An unlocked block moves at each call
-// into the host: a pointer that is kept across an unlock then reads the filling of an old place,
-// and AddressSanitizer ends the process there.
+// Memory that a module may access only while it is locked. An unlocked block moves at each call
+// into the host, so that access through a pointer kept after unlocking reads `leftoverByte`, and
+// AddressSanitizer ends the process.
 #pragma once
 
 #include <cstddef>
@@ -10,33 +10,33 @@ namespace hostkit {
 
 class MovableBlock {
 public:
-    // `address` always holds where the bytes lie at the moment; it must stay where it is.
+    // `address` receives the block's current address at each move; it must outlive the block.
     MovableBlock(std::vector<std::byte> content, void** address);
     ~MovableBlock();
     MovableBlock(const MovableBlock&) = delete;
     MovableBlock& operator=(const MovableBlock&) = delete;
 
     void lock();
-    bool unlock(); // false: it is not locked
+    bool unlock(); // false: it was not locked
     bool isLocked() const { return locks_ > 0; }
 
     std::size_t size() const { return size_; }
     const std::byte* data() const { return bytes_.data(); }
-    void resize(std::size_t size); // only while it is not locked; what is new is not zero
+    void resize(std::size_t size); // only while unlocked; new bytes are `leftoverByte`
 
-    // Moves all that are not locked.
+    // Moves all unlocked blocks.
     static void moveUnlocked();
 
 private:
     void replace(std::vector<std::byte> bytes);
 
-    std::vector<std::byte> bytes_; // one at least, so that each block has an address
+    std::vector<std::byte> bytes_; // never empty, so that each block has an address
     std::size_t size_;
     void** address_;
     int locks_ = 0;
 };
 
-// Neither zero, which ends texts, nor part of a pointer.
+// Fill of freed addresses and of new bytes: not zero, which would terminate texts.
 inline constexpr std::byte leftoverByte{0xA5};
 
 } // namespace hostkit

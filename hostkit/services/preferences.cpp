@@ -31,24 +31,24 @@ Values readFile(const fs::path& file) {
     try {
         return nlohmann::json::parse(stream).get<Values>();
     } catch (const nlohmann::json::exception& error) {
-        throw failure(file, std::string("no preferences: ") + error.what());
+        throw failure(file, std::string("not a preferences file: ") + error.what());
     }
 }
 
 std::string toJson(const fs::path& file, const Values& values) {
     try {
         return nlohmann::json(values).dump(4) + "\n";
-    } catch (const nlohmann::json::exception& error) { // a text that is not UTF-8
+    } catch (const nlohmann::json::exception& error) { // for example text that is not valid UTF-8
         throw failure(file, error.what());
     }
 }
 
-void writeFile(const fs::path& file, const Values& values) {
+void writeValues(const fs::path& file, const Values& values) {
     const std::string text = toJson(file, values);
     fs::path fresh = file;
     fresh += "." + processName() + ".new";
-    const bool isWritten = !writeWhole(fresh, text);
-    const std::error_code error = isWritten ? moveToPlace(fresh, file) : std::error_code();
+    const bool isWritten = !writeFile(fresh, text);
+    const std::error_code error = isWritten ? replaceFile(fresh, file) : std::error_code();
     if (isWritten && !error)
         return;
     std::error_code ignored;
@@ -90,15 +90,15 @@ void Preferences::erase(const std::string& section, const std::string& key) {
     });
 }
 
-// Another process may have changed the file since it was read.
+// Rereads the file first, because another process may have changed it.
 void Preferences::change(const std::function<void(Values&)>& work) {
     if (file_.empty())
         return work(values_);
-    // Keeps other processes from changing the same preferences for as long as it stands.
+    // Locked until the file is written.
     const FileLock lock(file_);
     Values changed = readIfThere(file_);
     work(changed);
-    writeFile(file_, changed);
+    writeValues(file_, changed);
     values_ = std::move(changed);
 }
 

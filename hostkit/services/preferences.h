@@ -1,4 +1,4 @@
-// The host's preferences: sections of keys with text values, kept in a JSON file.
+// The host's preferences: text values by section and key, stored in a JSON file.
 #pragma once
 
 #include <filesystem>
@@ -12,20 +12,20 @@ namespace hostkit {
 
 class Preferences {
 public:
-    using Values = std::map<std::string, std::map<std::string, std::string>>; // section, key
+    using Values = std::map<std::string, std::map<std::string, std::string>>; // by section and key
 
-    // Reads the file if there is one; an empty path: in memory only. Throws std::runtime_error,
-    // with the file's name, when it is there and cannot be read as preferences.
+    // Reads the file if it exists; an empty path stores the preferences in memory only. Throws
+    // std::runtime_error, with the file's name, if the file is not a valid preferences file.
     explicit Preferences(std::filesystem::path file);
 
     std::optional<std::string> get(const std::string& section, const std::string& key) const;
-    // Written to the file at once, under a name of its own first, so that a failure leaves the old
-    // one. What other processes have changed meanwhile is kept; a lock file beside it sees to that.
-    // Throws std::runtime_error.
+    // Writes the file at once and atomically: if writing fails, the old file is unchanged. Merges
+    // changes by other processes, which a lock file excludes during the write. Throws
+    // std::runtime_error.
     void set(const std::string& section, const std::string& key, const std::string& value);
     void erase(const std::string& section, const std::string& key);
 
-    std::vector<std::string> sections() const; // in the order of the alphabet
+    std::vector<std::string> sections() const; // in alphabetical order
     std::vector<std::string> keys(const std::string& section) const;
 
 private:

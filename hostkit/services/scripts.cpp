@@ -12,8 +12,8 @@ namespace hostkit {
 
 namespace {
 
-// What a script finds in the global object; `ask` is the native function below, which takes a kind
-// of question by its number.
+// JavaScript that defines the global functions. `ask` is the native function below; its first
+// argument is the number of a Question::Kind.
 constexpr const char* prelude = R"js(
 (function (ask, global) {
     function text(value) { return value === undefined ? "" : String(value); }
@@ -39,13 +39,13 @@ constexpr const char* prelude = R"js(
 })
 )js";
 
-// One run of a script. The interpreter leaves its functions by long jumps, so nothing that has a
-// destructor may stand in a frame that calls it: what must live longer stands here.
+// State of one run of a script. The interpreter unwinds with longjmp, so functions that call it may
+// have no objects with destructors; those are here.
 struct Run {
     ScriptRunner* runner;
-    std::string script; // as the interpreter keeps texts, like the next two
+    std::string script; // CESU-8, as the interpreter requires; also `answer` and `failure`
     std::optional<std::string> answer;
-    std::string failure; // of the one who was asked
+    std::string failure; // message of an exception from ask
 };
 
 Run& runOf(duk_context* context) {
@@ -58,7 +58,8 @@ std::string takeText(duk_context* context, duk_idx_t index) {
     return fromCesu8(duk_get_string_default(context, index, ""));
 }
 
-// False when the one who was asked threw. Calls nothing that can jump.
+// Calls ScriptRunner::ask; returns false if that throws. Does not call interpreter functions that
+// may longjmp.
 bool askRunner(duk_context* context) noexcept {
     Run& run = runOf(context);
     try {
@@ -85,7 +86,7 @@ duk_ret_t ask(duk_context* context) {
     return 1;
 }
 
-// Leaves the last expression's value as text on the stack.
+// Pushes the value of the last expression as text.
 duk_ret_t evaluate(duk_context* context, void* /*data*/) {
     duk_eval_string(context, prelude);
     duk_push_c_function(context, ask, 5);
@@ -117,8 +118,8 @@ std::optional<std::string> ScriptRunner::ask(Question question) {
     if (!isAlert && !answers.empty()) {
         answer = std::move(answers.front());
         answers.pop_front();
-    } else if (person) {
-        answer = person(question);
+    } else if (askUser) {
+        answer = askUser(question);
     }
     if (!isAlert)
         question.answer = answer;

@@ -1,9 +1,9 @@
-// Runs the scripts with which an effect speaks to the user, and finds the answers to their
-// questions: `alert`, `confirm`, `File.openDialog`, `Folder.selectDialog`.
+// Runs an effect's scripts, including their dialogs: `alert`, `confirm`, `File.openDialog`,
+// `Folder.selectDialog`.
 //
-// Answers come from the list of prepared ones first, then from whoever is asked (a terminal), and
-// else the question is cancelled: `confirm` is no, a chooser gives null. `File` and `Folder`
-// objects have their `fsName` and nothing more.
+// Answers are taken from a prepared list first, then from `askUser`; otherwise the dialog is
+// cancelled: `confirm` returns false, a file dialog returns null. `File` and `Folder` objects have
+// only the property `fsName`.
 #pragma once
 
 #include <deque>
@@ -17,34 +17,36 @@ namespace hostkit {
 struct Question {
     enum class Kind { Alert, Confirm, OpenFile, SelectFolder };
     Kind kind;
-    std::string title;                 // of alert and confirm; UTF-8 as all texts here
-    std::string message;               // or the prompt of a chooser
-    std::string filter;                // of OpenFile
-    bool flag = false;                 // alert: an error icon; confirm: no is the default
-    std::optional<std::string> answer; // what was answered: "yes", "no" or a path; none: cancelled
+    std::string title;                 // of alert and confirm; all texts are UTF-8
+    std::string message;               // the prompt of a file dialog
+    std::string filter;                // of a file dialog
+    bool flag = false;                 // alert: show an error icon; confirm: the default is no
+    std::optional<std::string> answer; // "yes", "no" or a path; none: cancelled
 };
 
 struct ScriptResult {
-    std::optional<std::string> value; // the last expression as text; none when the script failed
-    std::string error;                // why it failed; empty when it did not
+    std::optional<std::string> value; // of the last expression; none: the script failed
+    std::string error;                // reason of a failure, otherwise empty
 };
 
 class ScriptRunner {
 public:
-    // For one question each, in order; an empty optional cancels. An alert takes none.
+    // Prepared answers, one for each question, in order; an empty optional cancels. An alert uses
+    // none.
     std::deque<std::optional<std::string>> answers;
-    // Asked when no answer is prepared, and shown every alert; may be empty. What it throws ends
-    // the script as an error.
-    std::function<std::optional<std::string>(const Question&)> person;
+    // Called if no answer is prepared, and for every alert; may be empty. An exception from it ends
+    // the script with an error.
+    std::function<std::optional<std::string>(const Question&)> askUser;
 
-    // In an interpreter of its own, UTF-8 in and out; a zero byte ends every text. A script that
-    // never ends is not guarded against: the packaged interpreter cannot be interrupted.
+    // Runs the script in a new interpreter. The script and results are UTF-8 and end at the first
+    // zero byte. An endless script never returns, because the packaged interpreter cannot be
+    // interrupted.
     ScriptResult run(const std::string& script);
 
-    const std::vector<Question>& asked() const { return asked_; } // every dialog so far
+    const std::vector<Question>& asked() const { return asked_; } // all dialogs so far
     void clear() { asked_.clear(); }
 
-    // What `alert` and the others end in, for the interpreter.
+    // Implements the dialogs; called by the interpreter.
     std::optional<std::string> ask(Question question);
 
 private:

@@ -16,7 +16,7 @@ bool isSurrogate(char32_t code) {
 }
 
 struct Lead {
-    std::size_t length; // of the sequence; 0: no such lead
+    std::size_t length; // in bytes; 0: not a lead byte
     char32_t bits;
 };
 
@@ -32,7 +32,7 @@ Lead readLead(unsigned char byte) {
     return {0, 0};
 }
 
-// The code point at the front, which is taken off the text. Surrogates are let through.
+// Decodes the first code point and removes it from the text. Surrogates are accepted.
 char32_t takeCode(std::string_view& text) {
     constexpr std::array<char32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
     const auto [length, bits] = readLead(static_cast<unsigned char>(text[0]));

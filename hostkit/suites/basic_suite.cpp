@@ -34,7 +34,7 @@ SPErr acquire(const char* name, std::int32_t version, const void** table) {
     if (const PF_Err error = calls::enter(call); error != 0)
         return error;
     if (name == nullptr || table == nullptr) {
-        ledger::fault(std::string(call) + ": without a name, or without a place for the table");
+        ledger::fault(std::string(call) + ": the name or the table pointer is null");
         return refusal;
     }
     const auto found = suites().find({name, version});
@@ -73,10 +73,10 @@ void offer(const std::string& name, std::int32_t version, const void* table) {
     suites()[{name, version}].table = table;
 }
 
-void withdrawAll() {
+void reset() {
     for (const auto& [key, suite] : suites())
         for (std::uint64_t out = suite.acquired - suite.released; out > 0; --out)
-            ledger::release(ledger::Kind::Suite, &suite, "withdrawAll");
+            ledger::release(ledger::Kind::Suite, &suite, "reset");
     suites().clear();
 }
 

@@ -1,8 +1,8 @@
-// The substitute host's basic suite, by which a module acquires and releases suites: registered
-// tables, found by exact name and version.
+// The substitute host's basic suite, with which a module acquires and releases suites by exact name
+// and version.
 //
-// One for the process, like the memory. Releasing a suite twice, or under another version
-// than it was acquired, is a fault in the ledger.
+// The state is global to the process. Releasing a suite that is not acquired in that version is a
+// fault in the ledger.
 #pragma once
 
 #include <cstdint>
@@ -14,34 +14,34 @@
 
 namespace hostkit::suites {
 
-// The table for PF_InData::pica_basicP.
+// Value for PF_InData::pica_basicP.
 SPBasicSuite& basicSuite();
 
-// Makes a suite available; the caller keeps the table alive. A null table is acquired with
-// success: some hosts do that.
+// Registers a suite; the caller keeps the table alive. Acquiring a suite with a null table succeeds
+// and returns null, as some hosts do.
 void offer(const std::string& name, std::int32_t version, const void* table);
 
-// Removes all suites, and forgets what is acquired and what is refused.
-void withdrawAll();
+// Removes all suites and their acquisition counts.
+void reset();
 
-// Whether the suite was acquired and not yet released as often.
+// Whether the suite has been acquired more often than released.
 bool isAcquired(const std::string& name, std::int32_t version);
 
 struct Usage {
     std::string name;
     std::int32_t version = 0;
-    std::uint64_t acquired = 0; // how often
-    std::uint64_t released = 0; // how often
+    std::uint64_t acquired = 0; // number of acquisitions
+    std::uint64_t released = 0; // number of releases
 };
 
-// Every suite that was acquired since the last `withdrawAll`, in the order of name and version.
+// Usage of every suite that was acquired since the last `reset`, ordered by name and version.
 std::vector<Usage> usage();
 
-// From now on the suite cannot be acquired, until `allowAll`.
+// Makes acquisition of the suite fail until `allowAll`.
 void refuse(const std::string& name, std::int32_t version);
 void allowAll();
 
-// Name and version of every suite that there is, refused ones too, in their order.
+// Name and version of every registered suite, including refused ones, in order.
 std::vector<std::pair<std::string, std::int32_t>> offered();
 
 } // namespace hostkit::suites

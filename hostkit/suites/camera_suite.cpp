@@ -1,4 +1,4 @@
-// Camera layers.
+// Suite for camera layers.
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
 
@@ -10,7 +10,7 @@ A_Err getCameraType(AEGP_LayerH camera, AEGP_CameraType* type) {
     return serve<AEGP_CameraSuite2>("AEGP_GetCameraType", [&](const SceneCall& call) {
         const Layer& found = call.layer(camera);
         if (found.type != AEGP_ObjectType_CAMERA)
-            call.refuse("a layer that is no camera");
+            call.fail("not a camera layer");
         call.at(type) = found.cameraType;
     });
 }

@@ -1,4 +1,4 @@
-// Compositions.
+// Suite for compositions.
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
 
@@ -23,7 +23,7 @@ A_Err setCompFramerate(AEGP_CompH comp, const A_FpLong* framesPerSecond) {
         Composition& found = call.composition(comp);
         const A_FpLong wanted = call.at(framesPerSecond);
         if (!(wanted > 0))
-            call.refuse("a frame rate that is not above 0");
+            call.fail("a frame rate that is not above 0");
         found.frameRate = wanted;
     });
 }

@@ -1,4 +1,4 @@
-// Streams as a tree: groups, names, whether the user sees them.
+// Suite for the tree of streams: groups, names, visibility.
 #include <algorithm>
 
 #include "hostkit/calls/scene_call.h"
@@ -35,7 +35,7 @@ A_Err setDynamicStreamFlag(AEGP_StreamRefH stream, AEGP_DynStreamFlag oneFlag, A
     return serve<AEGP_DynamicStreamSuite5>("AEGP_SetDynamicStreamFlag", [&](const SceneCall& call) {
         Stream& found = call.stream(stream);
         if (oneFlag != AEGP_DynStreamFlag_HIDDEN)
-            call.refuse("a flag that cannot be set");
+            call.fail("a flag that cannot be set");
         const AEGP_DynStreamFlag before = found.flags;
         found.flags = call.withFlag(before, oneFlag, set != 0);
         if (undoable != 0 && found.flags != before)
@@ -66,12 +66,12 @@ A_Err getNewStreamRefByMatchname(AEGP_PluginID plugin, AEGP_StreamRefH group, co
                 std::find_if(children.begin(), children.end(),
                              [&](const auto& each) { return each->matchName == wanted; });
             if (found == children.end())
-                call.refuse("no stream called " + wanted);
+                call.fail("no stream called " + wanted);
             result = references::newStreamRef(**found, wanted);
         });
 }
 
-// The groups of this host are complete.
+// Always false: no stream can be added to a group of this host.
 A_Err canAddStream(AEGP_StreamRefH group, const char* matchName, A_Boolean* canAdd) {
     return serve<AEGP_DynamicStreamSuite5>("AEGP_CanAddStream", [&](const SceneCall& call) {
         call.group(group);
@@ -95,7 +95,7 @@ A_Err setStreamName(AEGP_StreamRefH stream, const A_UTF16Char* streamName) {
 Stream& parentOf(const SceneCall& call, AEGP_StreamRefH stream) {
     Stream* parent = call.stream(stream).parent;
     if (parent == nullptr)
-        call.refuse("a stream that stands in no group");
+        call.fail("a stream without a parent group");
     return *parent;
 }
 

@@ -1,5 +1,5 @@
-// The effects of a layer, and the plug-ins that are loaded. A plug-in's key is its number in the
-// order in which the host loaded them.
+// Suite for the effects of a layer and for the installed plug-ins. The key of a plug-in is its
+// number in loading order.
 #include <algorithm>
 
 #include "hostkit/calls/scene_call.h"
@@ -15,7 +15,7 @@ Plugin& installed(const SceneCall& call, AEGP_InstalledEffectKey key) {
     for (Plugin* each : LiveObject<Plugin>::all())
         if (each->live.number() == key)
             return *each;
-    call.refuse("no installed effect of the key " + std::to_string(key));
+    call.fail("no installed effect has the key " + std::to_string(key));
 }
 
 A_Err getLayerNumEffects(AEGP_LayerH layer, A_long* count) {
@@ -50,11 +50,11 @@ A_Err getEffectFlags(AEGP_EffectRefH effect, A_long* flags) {
 A_Err disposeEffect(AEGP_EffectRefH effect) {
     return serve<AEGP_EffectSuite3>("AEGP_DisposeEffect", [&](const SceneCall& call) {
         if (!references::release(effect, call.name))
-            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+            throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 
-// An instance that cannot be set up does not stay on the layer.
+// If setup fails, the new instance is removed from the layer.
 A_Err applyEffect(AEGP_PluginID plugin, AEGP_LayerH layer, AEGP_InstalledEffectKey key,
                   AEGP_EffectRefH* effect) {
     return serve<AEGP_EffectSuite3>("AEGP_ApplyEffect", plugin, [&](const SceneCall& call) {
@@ -70,8 +70,8 @@ A_Err applyEffect(AEGP_PluginID plugin, AEGP_LayerH layer, AEGP_InstalledEffectK
         const auto place = std::find_if(effects.begin(), effects.end(),
                                         [made](const auto& each) { return each.get() == made; });
         const std::unique_ptr<Effect> gone = std::move(*place);
-        effects.erase(place); // first: the effect may still ask for the list
-        throw Refusal{error};
+        effects.erase(place); // removed from the list first, because setdown may ask for the list
+        throw CallFailure{error};
     });
 }
 

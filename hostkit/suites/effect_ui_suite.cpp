@@ -1,4 +1,4 @@
-// The button of an effect.
+// Suite for the text of an effect's options button.
 #include "hostkit/calls/call_frame.h"
 #include "hostkit/calls/command_stack.h"
 #include "hostkit/effect/effect.h"
@@ -15,7 +15,7 @@ PF_Err setOptionsButtonName(PF_ProgPtr effect, const char* name) {
         if (command == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (command->number != PF_Cmd_PARAMS_SETUP || name == nullptr)
-            return misuse(call, "no name, or not during parameter setup");
+            return misuse(call, "the name is null, or parameter setup is not running");
         command->effect().setOptionsButton(name);
         return PF_Err_NONE;
     });

@@ -1,4 +1,4 @@
-// From the instance that a command is for to the scene that it stands in.
+// Suite that finds the layer of the instance that received the command, and converts its time.
 #include <cmath>
 
 #include "hostkit/calls/scene_call.h"
@@ -22,13 +22,13 @@ A_Err getNewEffectForEffect(AEGP_PluginID plugin, PF_ProgPtr effect, AEGP_Effect
                                          });
 }
 
-// An effect's time is its layer's.
+// An effect's time is the time of its layer.
 A_Err convertEffectToCompTime(PF_ProgPtr effect, A_long whatTime, A_u_long timeScale,
                               A_Time* compTime) {
     return serve<AEGP_PFInterfaceSuite1>(
         "AEGP_ConvertEffectToCompTime", [&](const SceneCall& call) {
             if (timeScale == 0)
-                call.refuse("a time of scale 0");
+                call.fail("a time of scale 0");
             const double start = call.effect(effect).layer->inSeconds * timeScale;
             call.at(compTime) = {static_cast<A_long>(whatTime + std::lround(start)), timeScale};
         });

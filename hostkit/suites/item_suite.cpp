@@ -1,4 +1,4 @@
-// Items: what layers and compositions show.
+// Suite for items: the sources of layers, and compositions.
 #include "hostkit/calls/memory_handles.h"
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/services/text.h"

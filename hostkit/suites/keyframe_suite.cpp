@@ -1,4 +1,4 @@
-// Keyframes of a stream, one by one or as a batch that is added at its end or not at all.
+// Suite for the keyframes of a stream, added one by one or as a batch (all or none).
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
 
@@ -93,7 +93,7 @@ A_Err setKeyframeInterpolation(AEGP_StreamRefH stream, A_long index,
     return serve<AEGP_KeyframeSuite4>("AEGP_SetKeyframeInterpolation", [&](const SceneCall& call) {
         Keyframe& found = keyframe(call, stream, index);
         if (!isInterpolation(in) || !isInterpolation(out))
-            call.refuse("an unknown interpolation");
+            call.fail("an unknown interpolation");
         found.in = in;
         found.out = out;
     });
@@ -102,15 +102,15 @@ A_Err setKeyframeInterpolation(AEGP_StreamRefH stream, A_long index,
 AEGP_AddKeyframesInfo& openBatch(const SceneCall& call, AEGP_AddKeyframesInfoH batch) {
     AEGP_AddKeyframesInfo* found = references::find(batch, call.name);
     if (found == nullptr)
-        throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+        throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
     return *found;
 }
 
-// Good as long as nothing else runs.
+// Valid only until the stream's owner is deleted.
 Stream& streamOf(const SceneCall& call, const AEGP_AddKeyframesInfo& batch) {
     const auto found = batch.stream.lock();
     if (found == nullptr)
-        call.refuse("keyframes of a stream that is gone with its owner");
+        call.fail("keyframes of a stream whose owner was deleted");
     return *found;
 }
 

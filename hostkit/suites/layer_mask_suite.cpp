@@ -1,4 +1,4 @@
-// The masks of a layer. The handle of a mask is its address; each acquisition counts.
+// Suite for the masks of a layer. A mask's handle is its address; acquisitions are counted.
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
 
@@ -8,10 +8,10 @@ namespace {
 
 Mask& mask(const SceneCall& call, AEGP_MaskRefH handle) {
     if (!ledger::requireAcquired(ledger::Kind::Mask, handle, call.name))
-        throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+        throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
     Mask* found = LiveObject<Mask>::find(handle);
     if (found == nullptr)
-        call.refuse("a mask that is gone");
+        call.fail("a mask that no longer exists");
     return *found;
 }
 
@@ -34,7 +34,7 @@ A_Err getLayerMaskByIndex(AEGP_LayerH layer, A_long index, AEGP_MaskRefH* result
 A_Err disposeMask(AEGP_MaskRefH handle) {
     return serve<AEGP_LayerMaskSuite5>("AEGP_DisposeMask", [&](const SceneCall& call) {
         if (!ledger::release(ledger::Kind::Mask, handle, call.name))
-            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+            throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 

@@ -1,4 +1,4 @@
-// Layers: what they are, when they are there, where they lie.
+// Suite for layers: type, time span, transform, parent.
 #include "hostkit/calls/memory_handles.h"
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/services/text.h"
@@ -25,12 +25,12 @@ A_Err getLayerFromLayerId(AEGP_CompH comp, AEGP_LayerIDVal id, AEGP_LayerH* laye
     return serve<AEGP_LayerSuite12>("AEGP_GetLayerFromLayerID", [&](const SceneCall& call) {
         Layer* found = call.composition(comp).findLayer(id);
         if (found == nullptr)
-            call.refuse("no layer of the id " + std::to_string(id));
+            call.fail("no layer has the id " + std::to_string(id));
         call.at(layer) = handleOf(found);
     });
 }
 
-// Null for a layer that shows nothing itself, as a camera.
+// Null for a layer without a source, such as a camera.
 A_Err getLayerSourceItem(AEGP_LayerH layer, AEGP_ItemH* item) {
     return serve<AEGP_LayerSuite12>("AEGP_GetLayerSourceItem", [&](const SceneCall& call) {
         call.at(item) = handleOf(static_cast<Item*>(call.layer(layer).source.get()));
@@ -106,7 +106,7 @@ A_Err getLayerInPoint(AEGP_LayerH layer, AEGP_LTimeMode mode, A_Time* time) {
 
 A_Err getLayerDuration(AEGP_LayerH layer, AEGP_LTimeMode mode, A_Time* duration) {
     return serve<AEGP_LayerSuite12>("AEGP_GetLayerDuration", [&](const SceneCall& call) {
-        // Both clocks run alike.
+        // A duration is the same in layer time and composition time.
         call.at(duration) = call.time(nullptr, mode, call.layer(layer).durationSeconds);
     });
 }
@@ -128,10 +128,10 @@ A_Err setLayerParent(AEGP_LayerH layer, AEGP_LayerH parent) {
         Layer& child = call.layer(layer);
         Layer* wanted = parent == nullptr ? nullptr : &call.layer(parent);
         if (wanted != nullptr && wanted->composition != child.composition)
-            call.refuse("a parent in another composition");
+            call.fail("a parent in another composition");
         for (const Layer* each = wanted; each != nullptr; each = each->parent)
             if (each == &child)
-                call.refuse("a parent that hangs on the layer itself");
+                call.fail("a parent that is the layer itself or its descendant");
         child.parent = wanted;
     });
 }

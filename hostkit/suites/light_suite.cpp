@@ -1,4 +1,4 @@
-// Light layers.
+// Suite for light layers.
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
 
@@ -10,7 +10,7 @@ A_Err getLightType(AEGP_LayerH light, AEGP_LightType* type) {
     return serve<AEGP_LightSuite2>("AEGP_GetLightType", [&](const SceneCall& call) {
         const Layer& found = call.layer(light);
         if (found.type != AEGP_ObjectType_LIGHT)
-            call.refuse("a layer that is no light");
+            call.fail("not a light layer");
         call.at(type) = found.lightType;
     });
 }

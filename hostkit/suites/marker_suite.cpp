@@ -1,4 +1,4 @@
-// The text of a marker.
+// Suite for the texts of markers.
 #include "hostkit/calls/memory_handles.h"
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
@@ -13,9 +13,9 @@ A_Err getMarkerString(AEGP_PluginID plugin, AEGP_MarkerValP marker, AEGP_MarkerS
         AEGP_MemHandle& result = call.at(utf16);
         const auto found = references::find(marker, call.name);
         if (found == nullptr)
-            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+            throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
         if (kind != AEGP_MarkerString_COMMENT)
-            call.refuse("a text that markers do not have");
+            call.fail("an unknown kind of marker text");
         result = newTextHandle(found->comment);
     });
 }

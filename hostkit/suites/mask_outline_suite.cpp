@@ -1,4 +1,4 @@
-// The outlines of masks, which stream values contain.
+// Suite for mask outlines in stream values.
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
 
@@ -9,8 +9,8 @@ namespace {
 Outline& outline(const SceneCall& call, AEGP_MaskOutlineValH handle) {
     const std::shared_ptr<Outline> found = references::find(handle, call.name);
     if (found == nullptr)
-        throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
-    return *found; // the value that is out keeps it
+        throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
+    return *found; // owned by the acquired value
 }
 
 AEGP_MaskVertex& vertex(const SceneCall& call, AEGP_MaskOutlineValH handle, A_long index) {
@@ -52,7 +52,7 @@ A_Err setMaskOutlineVertexInfo(AEGP_MaskOutlineValH handle, A_long index,
         [&](const SceneCall& call) { vertex(call, handle, index) = call.at(wanted); });
 }
 
-// The index may be that behind the last.
+// The index may be the number of vertices, which appends.
 A_Err createVertex(AEGP_MaskOutlineValH handle, A_long index) {
     return serve<AEGP_MaskOutlineSuite3>("AEGP_CreateVertex", [&](const SceneCall& call) {
         auto& vertices = outline(call, handle).vertices;

@@ -13,7 +13,7 @@ A_Err newMemHandle(AEGP_PluginID plugin, const char* what, AEGP_MemSize size, AE
     constexpr const char* call = "AEGP_NewMemHandle";
     return contractCall<AEGP_MemorySuite1>(call, plugin, [&] {
         if (what == nullptr || memory == nullptr)
-            return misuse(call, "without a name, or without a place for the handle");
+            return misuse(call, "the name or the handle pointer is null");
         const bool isCleared = (flags & AEGP_MemFlag_CLEAR) != 0;
         *memory = newMemoryHandle(std::vector(size, isCleared ? std::byte{0} : leftoverByte), what);
         return PF_Err_NONE;
@@ -37,7 +37,7 @@ A_Err lockMemHandle(AEGP_MemHandle memory, void** address) {
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (address == nullptr)
-            return misuse(call, "without a place for the address");
+            return misuse(call, "the address pointer is null");
         record->block->lock();
         *address = record->address;
         return PF_Err_NONE;
@@ -63,7 +63,7 @@ A_Err getMemHandleSize(AEGP_MemHandle memory, AEGP_MemSize* size) {
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (size == nullptr)
-            return misuse(call, "without a place for the size");
+            return misuse(call, "the size pointer is null");
         *size = static_cast<AEGP_MemSize>(record->block->size());
         return PF_Err_NONE;
     });
@@ -76,7 +76,7 @@ A_Err resizeMemHandle(const char* what, AEGP_MemSize size, AEGP_MemHandle memory
         if (record == nullptr)
             return PF_Err_BAD_CALLBACK_PARAM;
         if (what == nullptr)
-            return misuse(call, "without a name");
+            return misuse(call, "the name is null");
         if (record->block->isLocked())
             return misuse(call, "a handle that is locked");
         record->block->resize(size);

@@ -1,4 +1,4 @@
-// How an effect configures its own controls.
+// Suite with which an effect configures its own controls.
 #include "hostkit/calls/call_frame.h"
 #include "hostkit/calls/command_stack.h"
 #include "hostkit/effect/control_kinds.h"
@@ -21,7 +21,7 @@ PF_Err updateParamUi(PF_ProgPtr effect, A_long index, const PF_ParamDef* definit
         if (index < 1 || static_cast<std::size_t>(index) >= all.size())
             return misuse(call, "there is no control " + std::to_string(index));
         if (definition == nullptr || definition->param_type != all[index].param_type)
-            return misuse(call, "no definition, or one of another kind");
+            return misuse(call, "the definition is null or of another kind");
         if (const std::string fault = faultOf(*definition); !fault.empty())
             return misuse(call, fault);
         command->effect().configureControl(index, *definition);

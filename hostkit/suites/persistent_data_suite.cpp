@@ -17,19 +17,20 @@ AEGP_PersistentBlobH theBlob() {
     return reinterpret_cast<AEGP_PersistentBlobH>(&Host::current().preferences);
 }
 
-// The work gets the preferences; `isComplete` says that none of the call's pointers is null.
+// Calls `work` with the preferences. `isComplete` is false if one of the call's pointers is null.
 template<class Work>
 A_Err onBlob(const char* call, AEGP_PersistentBlobH blob, bool isComplete, Work work) {
     return contractCall<AEGP_PersistentDataSuite1>(call, [&]() -> A_Err {
         if (blob != theBlob())
-            return misuse(call, "a blob that the host never gave");
+            return misuse(call, "an unknown blob");
         if (!isComplete)
             return misuse(call, "a null pointer");
         return work(Host::current().preferences);
     });
 }
 
-// What fits of the text and its final zero: a text that does not fit has no zero at its end.
+// Copies as much of the text and its terminating zero as fits; a truncated text has no terminating
+// zero.
 void copyWhatFits(const std::string& text, A_long bufferSize, char* buffer) {
     const auto fits = std::min(text.size() + 1, static_cast<std::size_t>(bufferSize));
     std::copy_n(text.c_str(), fits, buffer);
@@ -50,7 +51,7 @@ A_Err getApplicationBlob(AEGP_PersistentBlobH* blob) {
     constexpr const char* call = "AEGP_GetApplicationBlob";
     return contractCall<AEGP_PersistentDataSuite1>(call, [&] {
         if (blob == nullptr)
-            return misuse(call, "without a place for the blob");
+            return misuse(call, "the blob pointer is null");
         *blob = theBlob();
         return PF_Err_NONE;
     });
@@ -139,7 +140,8 @@ A_Err setString(AEGP_PersistentBlobH blob, const char* section, const char* key,
     return onBlob("AEGP_SetString", blob, isComplete, [&](Preferences& all) {
         try {
             all.set(section, key, value);
-        } catch (const std::runtime_error& error) { // the disk's fault, not the module's
+        } catch (const std::runtime_error&
+                     error) { // an error of the file system is no fault of the module
             Host::current().infoPanel.show({"The preferences are not saved", error.what()});
             return PF_Err_INTERNAL_STRUCT_DAMAGED;
         }

@@ -1,4 +1,4 @@
-// Streams of layers and effects: references to them, their values, their expressions.
+// Suite for streams of layers and effects: references, values, expressions.
 #include "hostkit/calls/memory_handles.h"
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/host.h"
@@ -12,7 +12,7 @@ namespace {
 Stream& layerStream(const SceneCall& call, AEGP_LayerH layer, AEGP_LayerStream which) {
     Stream* stream = call.layer(layer).stream(which);
     if (stream == nullptr)
-        call.refuse("the layer has no stream " + std::to_string(which));
+        call.fail("the layer has no stream " + std::to_string(which));
     return *stream;
 }
 
@@ -41,11 +41,11 @@ A_Err getNewEffectStreamByIndex(AEGP_PluginID plugin, AEGP_EffectRefH effect, A_
         });
 }
 
-// Null is asked for by those who could not get a stream: an error, but no fault of the module.
+// A null stream is an error but no fault: the module may dispose of a stream that it failed to get.
 A_Err disposeStream(AEGP_StreamRefH stream) {
     return serve<AEGP_StreamSuite9>("AEGP_DisposeStream", [&](const SceneCall& call) {
         if (!references::release(stream, call.name))
-            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+            throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 
@@ -75,18 +75,17 @@ A_Err getNewStreamValue(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_LTime
 A_Err disposeStreamValue(AEGP_StreamValue2* value) {
     return serve<AEGP_StreamSuite9>("AEGP_DisposeStreamValue", [&](const SceneCall& call) {
         if (!references::release(call.at(value), call.name))
-            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+            throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
     });
 }
 
-// A stream with keyframes has no one value to set: an error that a user can bring about, so it is
-// no fault of the module.
+// Setting a stream with keyframes is an error but no fault: the user can add keyframes at any time.
 A_Err setStreamValue(AEGP_PluginID plugin, AEGP_StreamRefH stream, AEGP_StreamValue2* value) {
     return serve<AEGP_StreamSuite9>("AEGP_SetStreamValue", plugin, [&](const SceneCall& call) {
         Stream& found = call.leaf(stream);
         const StreamValue wanted = call.value(found, value);
         if (!found.keyframes.empty())
-            throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
+            throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
         const StreamValue before = found.constant;
         const bool wasModified = found.isModified;
         found.set(wanted, 0);
@@ -107,7 +106,7 @@ A_Err getLayerStreamValue(AEGP_LayerH layer, AEGP_LayerStream which, AEGP_LTimeM
     return serve<AEGP_StreamSuite9>("AEGP_GetLayerStreamValue", [&](const SceneCall& call) {
         const Stream& found = layerStream(call, layer, which);
         if (componentCount(found.type) == 0)
-            call.refuse("a value that must be given back");
+            call.fail("a value that is not disposed of");
         const double seconds = call.layerSeconds(found.layer, mode, time);
         call.at(value) = valueAt(found, seconds, preExpression).value;
         if (type != nullptr)

@@ -1,5 +1,5 @@
-// The tables behind the suites that the substitute host offers, one function each. Every function
-// of every table begins with calls::enter and keeps the ledger.
+// The function tables of the host's suites, one accessor each. Every function of every table starts
+// with calls::enter and keeps the ledger.
 #pragma once
 
 #include "sdk/aegp_suites.h"
@@ -29,10 +29,10 @@ const PF_WorldSuite2& worldSuite();
 const PF_AdvAppSuite1& advAppSuite();
 const PF_EffectUISuite1& effectUiSuite();
 
-// One function of the stream suite stands with those of the masks.
+// A function of the stream suite, implemented in layer_mask_suite.cpp.
 A_Err getNewMaskOutlineStream(AEGP_PluginID plugin, AEGP_MaskRefH mask, AEGP_StreamRefH* stream);
 
-// The callbacks of PF_InData::inter.
+// Value for PF_InData::inter.
 const PF_InteractCallbacks& interactCallbacks();
 
 } // namespace hostkit::tables

@@ -1,4 +1,4 @@
-// The text documents that stream values contain.
+// Suite for text documents in stream values.
 #include "hostkit/calls/memory_handles.h"
 #include "hostkit/calls/scene_call.h"
 #include "hostkit/suites/tables.h"
@@ -10,8 +10,8 @@ namespace {
 TextDocument& document(const SceneCall& call, AEGP_TextDocumentH handle) {
     const std::shared_ptr<TextDocument> found = references::find(handle, call.name);
     if (found == nullptr)
-        throw Refusal{PF_Err_BAD_CALLBACK_PARAM};
-    return *found; // the value that is out keeps it
+        throw CallFailure{PF_Err_BAD_CALLBACK_PARAM};
+    return *found; // owned by the acquired value
 }
 
 A_Err getNewText(AEGP_PluginID plugin, AEGP_TextDocumentH handle, AEGP_MemHandle* utf16) {
@@ -25,7 +25,7 @@ A_Err setText(AEGP_TextDocumentH handle, const A_UTF16Char* text, A_long length)
     return serve<AEGP_TextDocumentSuite1>("AEGP_SetText", [&](const SceneCall& call) {
         const A_UTF16Char& start = call.at(text);
         if (length < 0)
-            call.refuse("a text of less than no length");
+            call.fail("a negative text length");
         document(call, handle).text.assign(&start, static_cast<std::size_t>(length));
     });
 }

@@ -19,7 +19,7 @@ A_Err registerWithAegp(void* /*refcon*/, const char* pluginName, AEGP_PluginID* 
     constexpr const char* call = "AEGP_RegisterWithAEGP";
     return contractCall<AEGP_UtilitySuite11>(call, [&] {
         if (pluginName == nullptr || id == nullptr)
-            return misuse(call, "without a name, or without a place for the id");
+            return misuse(call, "the name or the id pointer is null");
         std::vector<std::string>& names = Host::current().registeredPlugins;
         names.emplace_back(pluginName);
         *id = static_cast<AEGP_PluginID>(names.size());
@@ -31,7 +31,7 @@ A_Err startUndoGroup(const char* groupName) {
     constexpr const char* call = "AEGP_StartUndoGroup";
     return contractCall<AEGP_UtilitySuite11>(call, [&] {
         if (groupName == nullptr)
-            return misuse(call, "without a name");
+            return misuse(call, "the name is null");
         ledger::acquire(ledger::Kind::UndoGroup, undoHistory(), groupName);
         undoHistory()->startGroup(groupName);
         return PF_Err_NONE;
@@ -57,7 +57,7 @@ A_Err executeScript(AEGP_PluginID plugin, const char* script, A_Boolean platform
         if (error != nullptr)
             *error = nullptr;
         if (script == nullptr)
-            return misuse(call, "without a script");
+            return misuse(call, "the script is null");
         const ScriptResult outcome =
             Host::current().scripts.run(platformEncoding != 0 ? latin1ToUtf8(script) : script);
         if (outcome.value && result != nullptr)

@@ -1,4 +1,4 @@
-// The pixel format of the worlds that a command has.
+// Suite for the pixel format of a command's worlds.
 #include <algorithm>
 
 #include "hostkit/calls/call_frame.h"
@@ -15,14 +15,15 @@ bool isAcquired(const ActiveCommand& command, const void* pixels) {
         return world.record.data == pixels;
     };
     const bool isParameter =
-        std::ranges::any_of(command.parameters, [&](const ParameterCheckout& loan) {
-            return loan.pixels != nullptr && isIt(*loan.pixels);
+        std::ranges::any_of(command.parameters, [&](const ParameterCheckout& checkout) {
+            return checkout.pixels != nullptr && isIt(*checkout.pixels);
         });
     if (isParameter || command.number != PF_Cmd_SMART_RENDER || command.effect().frame() == nullptr)
         return isParameter;
     const Frame& frame = *command.effect().frame();
-    return isIt(frame.output) ||
-           std::ranges::any_of(frame.taken, [&](const auto& taken) { return isIt(*taken.second); });
+    return isIt(frame.output) || std::ranges::any_of(frame.checkedOut, [&](const auto& entry) {
+               return isIt(*entry.second);
+           });
 }
 
 PF_PixelFormat formatOf(int componentBytes) {
@@ -40,7 +41,7 @@ PF_Err getPixelFormat(const PF_EffectWorld* world, PF_PixelFormat* format) {
     constexpr const char* call = "PF_GetPixelFormat";
     return contractCall<PF_WorldSuite2>(call, [&] {
         if (world == nullptr || format == nullptr || world->data == nullptr)
-            return misuse(call, "no world, no pixels in it, or no place for the format");
+            return misuse(call, "the world, its pixels or the format pointer is null");
         const ActiveCommand* command = ActiveCommand::newest();
         if (command == nullptr || !isAcquired(*command, world->data))
             return misuse(call, "the world does not belong to the running command");

@@ -24,13 +24,14 @@ namespace {
 
 using Rows = std::array<std::array<double, 4>, 4>;
 
-// The host counts pixel aspects in fractions.
+// Denominator of the pixel aspect ratio in the host's records.
 constexpr A_u_long aspectUnits = 1000000;
 
 void requireContext(const Device& device) {
     if (device.glRenderContext == nullptr)
-        throw Failure(ExitCode::RenderFailed, "OpenGL cannot be used here: there is no context (a "
-                                              "software driver for EGL will do)");
+        throw Failure(ExitCode::RenderFailed,
+                      "OpenGL is not available: no context can be created (a "
+                      "software driver for EGL is enough)");
 }
 
 bool areFinite(const std::array<double, 3>& numbers) {
@@ -40,13 +41,13 @@ bool areFinite(const std::array<double, 3>& numbers) {
 void check(const CameraRequest& request) {
     constexpr unsigned most = std::numeric_limits<A_long>::max();
     if (request.width == 0 || request.height == 0 || request.width > most || request.height > most)
-        throw Failure(ExitCode::Usage, "a composition has 1 pixel at least each way");
+        throw Failure(ExitCode::Usage, "a composition is at least 1 pixel wide and high");
     if (!(request.pixelAspect >= 1e-3 && request.pixelAspect <= 1e3))
-        throw Failure(ExitCode::Usage, "a pixel aspect lies between 0.001 and 1000");
+        throw Failure(ExitCode::Usage, "a pixel aspect must be between 0.001 and 1000");
     if (request.zoom && !(std::isfinite(*request.zoom) && *request.zoom > 0))
-        throw Failure(ExitCode::Usage, "--zoom: a camera's zoom is a number above 0");
+        throw Failure(ExitCode::Usage, "--zoom: the zoom must be a number above 0");
     if ((request.position && !areFinite(*request.position)) || !areFinite(request.rotation))
-        throw Failure(ExitCode::Usage, "--position and --rotation take finite numbers");
+        throw Failure(ExitCode::Usage, "--position and --rotation require finite numbers");
 }
 
 void setNumbers(hostkit::Layer& layer, AEGP_LayerStream which, double x, double y = 0,
@@ -80,13 +81,13 @@ hostkit::Composition& addComposition(hostkit::Project& project, const CameraRequ
     return composition;
 }
 
-// As OpenGL keeps it: what it calls a column is a row for row vectors.
+// OpenGL returns columns of the matrix for column vectors, which are the rows for row vectors.
 Rows currentProjection() {
     std::array<double, 16> entries{};
     glGetDoublev(GL_PROJECTION_MATRIX, entries.data());
     Rows rows{};
     for (std::size_t i = 0; i < entries.size(); ++i)
-        rows[i / 4][i % 4] = entries[i] + 0.0; // no -0
+        rows[i / 4][i % 4] = entries[i] + 0.0; // converts -0 to 0
     return rows;
 }
 
@@ -94,7 +95,7 @@ Rows projectionOf(const CameraRequest& request) {
     hostkit::Host host;
     hostkit::Composition& composition = addComposition(host.project, request);
     hostkit::Layer& layer = composition.addLayer("layer", nullptr);
-    // No command is sent to it: it only stands there to be asked by.
+    // No command is sent to the instance; the camera query only needs it.
     hostkit::Plugin plugin(findModule(request.module));
     hostkit::Effect& effect = hostkit::addEffect(plugin, layer);
     const OwnDevice device("pbhost");
@@ -108,7 +109,7 @@ Rows projectionOf(const CameraRequest& request) {
     return currentProjection();
 }
 
-// With '.' whatever the locale.
+// With '.' as the decimal point in every locale.
 std::string decimal(double number) {
     std::array<char, 512> text{};
     const auto [end, error] =

@@ -13,7 +13,7 @@ namespace {
 
 using Row = std::array<std::string, 7>;
 
-// The parts of an array with that in between.
+// The array's strings, joined with `between`.
 std::string joined(const Json& array, const char* between) {
     std::string text;
     for (const Json& part : array)

@@ -1,4 +1,4 @@
-// The command `controls`: what the effect shows of a kernel or graph.
+// The command `controls`: lists the effect's controls for a kernel or graph.
 #pragma once
 
 #include <string>
@@ -10,11 +10,11 @@ namespace pbhost {
 struct ControlsRequest {
     std::string file;
     bool asJson = false;
-    bool all = false;      // hidden ones, too
-    bool isStrict = false; // about a graph's wiring
+    bool all = false;      // including hidden controls
+    bool isStrict = false; // fail on warnings about the graph
 };
 
-// The title and the controls, as a table or as one JSON object. Throws Failure.
+// The effect's title and its controls, as a table or as one JSON object. Throws Failure.
 std::string showControls(Session& session, const ControlsRequest& request);
 
 } // namespace pbhost

@@ -11,11 +11,11 @@ namespace pbhost {
 
 namespace {
 
-// Keeps the effect's own words for the program's output; all other dialogs go to the person.
-class Listener {
+// Collects the texts of the effect's alerts for the program's output; passes all other dialogs on.
+class AlertCollector {
 public:
-    explicit Listener(Session& owner) : session_(owner) {
-        session_.host.scripts.person = [this](const hostkit::Question& question) {
+    explicit AlertCollector(Session& owner) : session_(owner) {
+        session_.host.scripts.askUser = [this](const hostkit::Question& question) {
             const bool isAlert = question.kind == hostkit::Question::Kind::Alert;
             if (!isAlert || question.title != informationTitle)
                 return session_.dialogs.answer(question);
@@ -23,9 +23,9 @@ public:
             return std::optional<std::string>();
         };
     }
-    ~Listener() { session_.host.scripts.person = nullptr; }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
+    ~AlertCollector() { session_.host.scripts.askUser = nullptr; }
+    AlertCollector(const AlertCollector&) = delete;
+    AlertCollector& operator=(const AlertCollector&) = delete;
 
     std::string text;
 
@@ -45,14 +45,14 @@ bool wasAsked(const Session& session, const char* title) {
 void info(Session& session, const InfoRequest& request, std::string& text) {
     Scene scene(session, transparentSource(16, 16, Depth::Bits8));
     scene.apply(request.file);
-    Listener listener(session);
+    AlertCollector alerts(session);
     if (!request.exportFolder.empty())
         session.dialogs.prepare({"yes", request.exportFolder});
     session.require(scene.effect.doDialog());
     if (wasAsked(session, exportFailedTitle))
         throw Failure(ExitCode::RenderFailed,
-                      request.exportFolder + ": the error log could not be written there");
-    text = listener.text + "\n";
+                      request.exportFolder + ": the error log could not be written");
+    text = alerts.text + "\n";
     if (request.exportFolder.empty()) {
         scene.checkPrograms();
         scene.checkWiring(request.isStrict);

@@ -1,5 +1,5 @@
-// The commands in which the effect speaks of itself: `info` presses its options button, `about`
-// opens its about box.
+// The commands `info`, which presses the effect's options button, and `about`, which opens its
+// about box.
 #pragma once
 
 #include <string>
@@ -10,16 +10,16 @@ namespace pbhost {
 
 struct InfoRequest {
     std::string file;
-    std::string exportFolder; // for the error log; empty: the questions go to the person
-    bool isStrict = false;    // about a graph's wiring
+    std::string exportFolder; // for the error log; empty: the user is asked
+    bool isStrict = false;    // fail on warnings about the graph
 };
 
-// Puts what the effect tells of its kernel or graph into `text`, which holds even when this throws
-// Failure: RenderFailed when the log could not be written; without a folder for the log BadKernel
-// for what does not compile; BadKernel for a graph that is wired wrongly.
+// Stores the effect's information about its kernel or graph in `text`, which is valid even when
+// Failure is thrown: RenderFailed if the log could not be written; BadKernel if the kernel does not
+// compile and no folder for the log is given, or if the graph has wiring errors.
 void info(Session& session, const InfoRequest& request, std::string& text);
 
-// What it tells of OpenGL.
+// The effect's information about OpenGL.
 std::string about(Session& session);
 
 } // namespace pbhost

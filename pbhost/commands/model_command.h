@@ -1,11 +1,11 @@
-// The command `model`: writes what the front end reads out of a file as one JSON object.
+// The command `model`: prints the model that the readers make of a file as one JSON object.
 #pragma once
 
 #include <string>
 
 namespace pbhost {
 
-// The object as text, indented, with a line end. Needs a running command; throws Failure.
+// The object as indented text with a line end. Throws Failure.
 std::string modelAsJson(const std::string& path);
 
 } // namespace pbhost

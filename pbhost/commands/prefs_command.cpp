@@ -17,7 +17,7 @@ namespace {
 hostkit::Preferences open(const PrefsRequest& request) {
     const fs::path file = preferencesFile(request.file);
     if (file.empty())
-        throw Failure(ExitCode::Usage, "no place for preferences: HOME is not set; name a file "
+        throw Failure(ExitCode::Usage, "no preferences file: HOME is not set; name a file "
                                        "with --prefs");
     return orFail(ExitCode::Usage, "", [&] { return hostkit::Preferences(file); });
 }
@@ -61,7 +61,7 @@ void setPref(const PrefsRequest& request) {
     hostkit::Preferences preferences = open(request);
     const fs::path folder = preferencesFile(request.file).parent_path();
     if (!folder.empty())
-        fs::create_directories(folder, error); // a failure shows in the writing
+        fs::create_directories(folder, error); // an error here makes the write below fail
     preferences.set(request.section, request.key, value);
 }
 

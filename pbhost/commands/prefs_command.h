@@ -1,4 +1,4 @@
-// The command `prefs`: the host's preferences, which the effect reads.
+// The command `prefs`: shows and changes the host's preferences, which the effect reads.
 #pragma once
 
 #include <string>
@@ -6,18 +6,17 @@
 namespace pbhost {
 
 struct PrefsRequest {
-    std::string file; // the preferences; empty: the user's own
+    std::string file; // preferences file; empty: the user's own
     std::string section = "Settings_cs_TVM_Launcher";
     std::string key;
     std::string value;
 };
 
-// Each gives what the command prints and throws Failure: RenderFailed for a file that cannot be
-// written, Usage for a key that is not there, a value that cannot be kept, and preferences that
-// cannot be read.
-std::string listPrefs(const PrefsRequest& request); // of all sections
+// Each returns the text to print and throws Failure: RenderFailed if the file cannot be written,
+// Usage for an unknown key, an invalid value, or preferences that cannot be read.
+std::string listPrefs(const PrefsRequest& request); // all sections
 std::string getPref(const PrefsRequest& request);
-void setPref(const PrefsRequest& request); // a folder is kept as an absolute path
+void setPref(const PrefsRequest& request); // a folder is stored as an absolute path
 void unsetPref(const PrefsRequest& request);
 
 } // namespace pbhost

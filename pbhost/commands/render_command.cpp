@@ -29,7 +29,7 @@ namespace {
 constexpr unsigned mostDownsampling = 64;
 constexpr int largestSide = 16384; // pixels
 
-// Two whole numbers with that character in between; nothing for any other text.
+// Parses two integers separated by `between`; nothing for any other text.
 std::optional<std::pair<unsigned, unsigned>> parsePair(const std::string& text, char between) {
     std::pair<unsigned, unsigned> numbers;
     const char* const end = text.data() + text.size();
@@ -67,11 +67,11 @@ double parseTime(const std::string& text) {
     return *seconds;
 }
 
-// The request with its texts read, before anything is loaded.
+// The parsed request; made before anything is loaded.
 struct Plan {
     explicit Plan(const RenderRequest& asked) : request(asked) {
         if (request.file.empty() == request.project.empty())
-            throw Failure(ExitCode::Usage, "render takes a kernel or graph file, or --project");
+            throw Failure(ExitCode::Usage, "render needs a kernel or graph file, or --project");
         if (!request.project.empty())
             project = readProject(request.project);
         for (const std::string& text : request.settings)
@@ -91,7 +91,8 @@ struct Plan {
             request.project.empty() ? request.depth : request.depth.value_or(project.depth);
         const std::string& file = request.inputs.empty() ? project.picture : request.inputs[0];
         if (!file.empty() && !request.size.empty())
-            throw Failure(ExitCode::Usage, "--size goes without a picture, which has its own size");
+            throw Failure(ExitCode::Usage,
+                          "--size cannot be combined with a picture, which has its own size");
         if (ahead.valid())
             return ahead.get();
         if (!file.empty())
@@ -127,10 +128,11 @@ void checkInputs(Scene& scene, const Plan& plan, std::size_t inputs) {
     const std::size_t given = plan.request.inputs.size();
     const std::size_t wanted = file.empty() ? fed : inputs;
     if (given > fed)
-        throw Failure(ExitCode::Usage,
-                      (file.empty() ? plan.request.project : file) + ": takes " + countOf(wanted) +
-                          ", " + std::to_string(given) + " are given" +
-                          (wanted > fed ? ", and " + std::to_string(fed) + " can be fed" : ""));
+        throw Failure(
+            ExitCode::Usage,
+            (file.empty() ? plan.request.project : file) + ": takes " + countOf(wanted) + ", " +
+                std::to_string(given) + " are given" +
+                (wanted > fed ? ", and " + std::to_string(fed) + " can be connected" : ""));
     const std::size_t all = plan.request.inputs.size() + plan.request.layers.size();
     if (all < wanted && !file.empty())
         std::cerr << "pbhost: note: " << file << " takes " << countOf(wanted) << ", " << all
@@ -158,22 +160,23 @@ bool areSameFile(const fs::path& one, const fs::path& other) {
            (!place(one).empty() && place(one) == place(other));
 }
 
-// That the project can be written, once there is something to write, and harms no other file.
+// Checks that --save names a file that may be overwritten. Called when the scene is loaded, because
+// the names of its pictures are needed.
 void checkSave(const Scene& scene, const RenderRequest& request) {
     const std::string& save = request.save;
-    const auto refuse = [&](const std::string& why) {
+    const auto fail = [&](const std::string& why) {
         throw Failure(ExitCode::Usage, "--save " + save + ": " + why);
     };
     if (areSameFile(save, request.output))
-        refuse("the picture goes there");
+        fail("it is the output picture");
     if (namesEffectFile(save) || areSameFile(save, request.file))
-        refuse("a project does not replace a kernel or graph");
+        fail("a project cannot overwrite a kernel or graph");
     for (const auto& layer : scene.layer.composition->layers) {
         const std::string& picture = layer->source->name;
         if (!picture.empty() && areSameFile(save, picture))
-            refuse("a picture comes from there");
+            fail("it is an input picture");
         if (!isUtf8(picture))
-            refuse("'" + picture + "' cannot be kept in a project: the name is not UTF-8");
+            fail("'" + picture + "' cannot be stored in a project: the name is not UTF-8");
     }
 }
 
@@ -181,17 +184,17 @@ int downsampledSide(int pixels, unsigned part) {
     return static_cast<int>((static_cast<unsigned>(pixels) + part - 1) / part);
 }
 
-// The effect says nothing when a frame is too large for OpenGL, and draws nothing.
+// The effect draws nothing and reports no error for a frame that is too large for OpenGL.
 void requireTextureSize(const hostkit::Layer& layer, const Plan& plan) {
     const hostkit::Footage& source = *layer.source;
     if (std::max(downsampledSide(source.width, plan.downsample.first),
                  downsampledSide(source.height, plan.downsample.second)) > largestSide)
         throw Failure(source.name.empty() ? ExitCode::Usage : ExitCode::RenderFailed,
                       "the picture is larger than the " + std::to_string(largestSide) +
-                          " pixels a side that OpenGL drivers take");
+                          " pixels per side that OpenGL drivers support");
 }
 
-// Of the size that the host gives the frame, so that it takes this one.
+// A buffer of the frame's size, so that Effect::render uses it.
 hostkit::World outputBuffer(const hostkit::Layer& layer, const Plan& plan) {
     const hostkit::World& pixels = layer.source->pixels;
     return hostkit::makeOutput(downsampledSide(pixels.width, plan.downsample.first),
@@ -199,9 +202,8 @@ hostkit::World outputBuffer(const hostkit::Layer& layer, const Plan& plan) {
                                pixels.componentBytes);
 }
 
-// A frame answers 0 also when OpenGL has failed in it; the effect says so on the Info panel, with
-// a mark in front, or in its log alone. Both were empty before, or the programs would not have
-// passed.
+// PF_Cmd_SMART_RENDER returns 0 even if OpenGL failed. The effect reports such errors on the Info
+// panel, marked with failureMark, or only in its error log. Both were empty before the render.
 void requireNoLateError(Session& session) {
     std::string reason;
     for (const std::string& line : session.takeMessages())
@@ -211,7 +213,7 @@ void requireNoLateError(Session& session) {
     if (reason.empty())
         reason = log;
     if (!reason.empty())
-        throw Failure(ExitCode::RenderFailed, "the frame has failed: " + reason);
+        throw Failure(ExitCode::RenderFailed, "the render failed: " + reason);
 }
 
 Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {
@@ -226,14 +228,15 @@ Picture renderFrame(Scene& scene, const Plan& plan, Depth depth) {
     requireNoLateError(scene.session);
     hostkit::World& world = result.output;
     if (const auto row = unwrittenRow(world))
-        throw Failure(ExitCode::RenderFailed, "the effect has not written its frame: row " +
+        throw Failure(ExitCode::RenderFailed, "the effect has not written its output: row " +
                                                   std::to_string(*row) +
-                                                  " of the output is as it was before the render");
+                                                  " of the output is unchanged");
     return {static_cast<unsigned>(world.width), static_cast<unsigned>(world.height), depth,
             static_cast<unsigned>(world.rowBytes), std::move(world.data)};
 }
 
-// The values of a project come last: the update of the controls writes the kernel's into popups.
+// A project's values are set last, because the update of the controls sets popups to the kernel's
+// defaults.
 void load(Scene& scene, const Plan& plan) {
     const RenderRequest& request = plan.request;
     if (request.project.empty()) {

@@ -1,4 +1,4 @@
-// The command `render`: runs the effect over a picture, once, and writes what comes out.
+// The command `render`: applies the effect to a picture and writes the result.
 #pragma once
 
 #include <future>
@@ -13,30 +13,30 @@
 namespace pbhost {
 
 struct RenderRequest {
-    std::string file;    // .pbk or .pbg; empty: the project has one
-    std::string project; // to open
+    std::string file;    // .pbk or .pbg; empty: given by the project
+    std::string project; // project to open
     std::vector<std::string> inputs;
     std::string output;
     std::vector<std::string> layers;   // CONTROL=PICTURE
     std::vector<std::string> settings; // CONTROL=V[,V...]
-    std::string downsample = "1";      // X[,Y]: a part of the resolution, 2 for a half
-    std::optional<Depth> depth;        // default: the project's, or the first picture's
-    std::string time;                  // seconds; empty: the project's, or 0
-    std::string size;                  // WIDTHxHEIGHT without a picture; empty: 640x360
-    std::string save;                  // the project to write; may be empty
-    bool isStrict = false;             // about a graph's wiring
+    std::string downsample = "1";      // X[,Y]: divisor of the resolution
+    std::optional<Depth> depth;        // default: the depth of the project or of the first picture
+    std::string time;                  // seconds; empty: the project's time, or 0
+    std::string size;                  // WIDTHxHEIGHT if there is no picture; empty: 640x360
+    std::string save;                  // project to write; may be empty
+    bool isStrict = false;             // fail on warnings about the graph
 };
 
-// Throws Failure (RenderFailed) for an output whose place cannot be written to, before any work.
+// Throws Failure (RenderFailed) if an output file cannot be created; called before the work.
 void checkOutputPlaces(const RenderRequest& request);
 
-// Starts to read the layer's picture on a thread of its own, so that the session can begin
-// meanwhile. Nothing, where there is none or a project is needed to tell which. The request must
-// outlive it; what reading throws comes out of get().
+// Starts reading the layer's picture on another thread while the session starts. Returns no future
+// if there is no picture or a project names it. The request must outlive the future; get() throws
+// what reading threw.
 std::future<LayerSource> readAhead(const RenderRequest& request);
 
-// Throws Failure; the output file is then as it was. Notes go to standard error. What was read
-// ahead is taken.
+// Renders and writes the output file. Throws Failure and then leaves an existing output file
+// unchanged. Notes go to standard error. Consumes `ahead`.
 void render(Session& session, const RenderRequest& request, std::future<LayerSource> ahead);
 
 } // namespace pbhost

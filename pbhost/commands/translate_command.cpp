@@ -81,7 +81,7 @@ std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view
 std::string translate(const TranslateRequest& request) {
     if (!isGraphFile(request.file) && !request.node.empty())
         throw Failure(ExitCode::Usage,
-                      "--node goes with a graph (.pbg); " + request.file + " is a kernel");
+                      "--node requires a graph (.pbg); " + request.file + " is a kernel");
     hostkit::Host host;
     const EffectFile model(host, request.file);
     if (!model.isGraph)
@@ -91,7 +91,7 @@ std::string translate(const TranslateRequest& request) {
         return translateNode(request, graph);
     if (!request.stage.empty())
         throw Failure(ExitCode::Usage,
-                      "--stage of a graph goes with --node\n" + listNodes(request.file, graph));
+                      "--stage of a graph requires --node\n" + listNodes(request.file, graph));
     return listNodes(request.file, graph);
 }
 

@@ -1,4 +1,4 @@
-// The command `translate`: writes the GLSL texts that the generator makes of a file.
+// The command `translate`: prints the generated GLSL of a kernel or graph node.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace pbhost {
 
-// The texts of one program.
+// The shaders of one program.
 struct ProgramTexts {
     NarrowString vertex;
     NarrowString fragment;
@@ -18,21 +18,21 @@ struct ProgramTexts {
 
 ProgramTexts kernelTexts(const pbKernelInfo& kernel, std::uint32_t order);
 
-// Of the node with that id; nothing when the graph has no such node, or no kernel for it.
+// The shaders of the node with that id; nothing if there is no such node or it has no kernel.
 std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view id,
                                       std::uint32_t order);
 
 struct TranslateRequest {
     std::string file;
-    std::string node;  // of a graph; empty: list the nodes
-    std::string stage; // "vertex", "fragment", or empty for both, with numbered lines
+    std::string node;  // node id in a graph; empty: list the nodes
+    std::string stage; // "vertex" or "fragment"; empty: both, with line numbers
     std::uint32_t order = 0;
 };
 
-// What the command prints, with a host of its own. Throws Failure.
+// The text that the command prints. Creates a host. Throws Failure.
 std::string translate(const TranslateRequest& request);
 
-// The lines of a text, without their ends.
+// The lines of a text, without line ends.
 std::vector<std::string_view> splitLines(std::string_view text);
 
 } // namespace pbhost

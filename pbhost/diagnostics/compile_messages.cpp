@@ -35,7 +35,7 @@ std::optional<Place> findPlace(std::string_view logLine) {
     return place;
 }
 
-// A line short enough to show, without the blanks in front: what was given as a kernel may be
+// The line trimmed and cut to a length that can be shown, because an input file may contain
 // anything.
 std::string shown(std::string_view line) {
     constexpr std::size_t longest = 200;
@@ -59,7 +59,7 @@ const char* stageName(char stage) {
 
 constexpr std::size_t tagLength = std::string_view(vertexTag).size();
 
-// Where the next entry has its stage; npos: there is none.
+// Position of the next entry's stage tag; npos: none.
 std::size_t findTag(std::string_view log) {
     std::size_t first = std::string_view::npos;
     for (const std::string_view tag : {vertexTag, fragmentTag, linkTag})
@@ -73,8 +73,8 @@ public:
         std::vector<std::string_view> source;
         if (texts && failure.stage != 'l')
             source = splitLines(failure.stage == 'v' ? texts->vertex : texts->fragment);
-        // Drivers warn about the text round the kernel, too. That helps nobody, unless the log is
-        // so full of it that no error had room.
+        // Warnings about the generated text are not helpful, so only errors are shown, unless the
+        // log contains none.
         const auto lines = splitLines(failure.log);
         const bool hasError = std::any_of(lines.begin(), lines.end(), isError);
         for (const std::string_view line : lines)
@@ -111,7 +111,7 @@ std::vector<CompileFailure> readErrorLog(std::string_view log) {
         log.remove_prefix(std::min(log.find('\n'), log.size() - 1) + 1);
     std::vector<CompileFailure> failures;
     for (std::size_t tag = findTag(log); tag != std::string_view::npos; tag = findTag(log)) {
-        // The next entry's name is what stands between the empty line and its tag.
+        // The name of the next entry is the text between the empty line and its tag.
         const std::string_view rest = log.substr(tag + tagLength);
         const std::size_t nextTag = findTag(rest);
         const std::size_t end = nextTag == std::string_view::npos

@@ -1,6 +1,5 @@
-// Makes of the driver's log of a failed program something that a person can act on: each message
-// with the line that it speaks of, and no message twice only because both stages hold the same
-// text.
+// Turns the driver's log of a failed program into readable messages: each with the source line that
+// it refers to, and without the duplicates that come from text shared by both stages.
 #pragma once
 
 #include <functional>
@@ -15,15 +14,15 @@ namespace pbhost {
 
 // One entry of the engine's error log.
 struct CompileFailure {
-    std::string name; // the kernel's, or in a graph the node's id
+    std::string name; // name of the kernel, or node id in a graph
     char stage;       // 'v' or 'f'; 'l' for linking
     std::string log;  // the driver's
 };
 
-// The entries of an exported log, without what it says of the machine.
+// Parses an exported error log; the description of the system at its start is skipped.
 std::vector<CompileFailure> readErrorLog(std::string_view log);
 
-// Gives the texts of the program of that name, where there are any.
+// Returns the shaders of the program with that name, if there are any.
 using FindTexts = std::function<std::optional<ProgramTexts>(const std::string& name)>;
 
 std::string describe(const std::vector<CompileFailure>& failures, const FindTexts& findTexts);

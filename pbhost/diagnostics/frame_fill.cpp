@@ -7,7 +7,8 @@ namespace pbhost {
 
 namespace {
 
-// Of one row. The row's own start keeps a frame that is shifted by rows from passing.
+// The numbers of one row. They depend on the row, so that rows copied from another place are not
+// taken for unwritten.
 class Filling {
 public:
     explicit Filling(int row) : state_(static_cast<std::uint32_t>(row + 1) * 2654435761U) {}

@@ -1,5 +1,5 @@
-// Tells whether the effect has written its frame. It answers 0 also where it has not, and what lies
-// in the buffer then would pass for a picture.
+// Detects an output that the effect has not written. The render commands return 0 even then, and
+// the old content of the buffer would be saved as a picture.
 #pragma once
 
 #include <optional>
@@ -8,10 +8,10 @@
 
 namespace pbhost {
 
-// Fills the pixels with numbers that no picture has by accident, other ones in each row.
+// Fills the pixels with pseudo-random numbers, different in each row.
 void fillUnwritten(hostkit::World& world);
 
-// The first row that still holds nothing but what fillUnwritten put there.
+// The first row that still contains only the numbers of fillUnwritten.
 std::optional<int> unwrittenRow(const hostkit::World& world);
 
 } // namespace pbhost

@@ -29,7 +29,7 @@ std::string hintsFor(const pbKernelInfo& kernel) {
     const std::string_view name = nameText(kernel.name);
     const bool hasBody = defines(kernel, "evaluatePixel");
     if (kernel.output.type == pbTypeNone && !hasBody) {
-        add(hints, name, "no kernel was found; it looks like this: kernel NAME < ... > { ... }");
+        add(hints, name, "no kernel was found; expected: kernel NAME < ... > { ... }");
         return hints;
     }
     if (kernel.inputs.size() > maxKernelInputs)
@@ -51,7 +51,7 @@ std::string hintsFor(const pbGraphInfo& graph) {
     std::string hints;
     if (graph.nodes.empty())
         add(hints, nameText(graph.name),
-            "no node was found; a graph is XML: <graph ...> ... </graph>");
+            "no node was found; expected XML: <graph ...> ... </graph>");
     else if (std::none_of(graph.connections.begin(), graph.connections.end(), leadsToOutput))
         add(hints, nameText(graph.name), "no connection leads from a node to the output image");
     for (const std::string& error : checkWiring(graph).errors)

@@ -1,7 +1,7 @@
-// What a kernel or graph lacks to be one, in the words of its language.
+// Hints about what a kernel or graph is missing.
 //
-// The front end takes any text and the GLSL compiler complains about what comes of it; a hint names
-// the cause. Each is a line of its own, indented; there is none where nothing is known to be wrong.
+// The parser accepts any text, and errors show only as messages of the GLSL compiler; a hint names
+// the cause. Each is one indented line; there is none if no cause is found.
 #pragma once
 
 #include <string>

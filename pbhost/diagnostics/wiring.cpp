@@ -14,14 +14,14 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-constexpr std::size_t mostNames = 6; // in one message
+constexpr std::size_t mostNames = 6; // in a message
 constexpr std::size_t mostMessages = 20;
 
 std::string quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
 }
 
-// How many characters must be put in, taken out or exchanged.
+// Levenshtein distance.
 std::size_t editDistance(std::string_view from, std::string_view to) {
     std::vector<std::size_t> row(to.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -43,7 +43,7 @@ Names namesOf(const auto& named) {
     return names;
 }
 
-// The nodes and the sources of their inputs, resolved as the engine does it.
+// The nodes and the sources of their inputs, resolved by the engine's rules.
 class Wiring {
 public:
     explicit Wiring(const pbGraphInfo& graph) : graph_(graph) {
@@ -51,7 +51,7 @@ public:
             byName_.emplace(nameText(image.name), std::nullopt);
         for (const pbgNodeInfo& node : graph.nodes)
             addNode(node);
-        const pbConnection* output = nullptr; // the last one decides
+        const pbConnection* output = nullptr; // the last one wins, as in the engine
         for (const pbConnection& connection : graph.connections)
             if (connection.kind == ToOutputImage)
                 output = &connection;
@@ -78,16 +78,16 @@ private:
 
         std::string_view id;
         const pbKernelInfo* kernel;
-        std::vector<Input> inputs; // as the kernel's; none without a kernel
-        State state = New;         // of the search for cycles
+        std::vector<Input> inputs; // in the kernel's order; empty without a kernel
+        State state = New;         // of the cycle search
     };
 
-    // A file may be full of faults; the texts are made for those that are shown alone.
-    static void tell(std::vector<std::string>& list, const auto& makeText) {
+    // Text is built only for messages that are shown, because a file may cause any number of them.
+    static void addMessage(std::vector<std::string>& list, const auto& makeText) {
         if (list.size() < mostMessages)
             list.push_back(makeText());
         else if (list.size() == mostMessages)
-            list.emplace_back("and more of the kind");
+            list.emplace_back("and others");
     }
 
     void addNode(const pbgNodeInfo& node) {
@@ -99,7 +99,7 @@ private:
             nodes_.back().inputs.resize(kernel->inputs.size());
             return;
         }
-        tell(found.errors, [&] {
+        addMessage(found.errors, [&] {
             return "node " + quoted(id) + ": the graph has no kernel " + quoted(name) + "; " +
                    namesLike(name, namesOf(graph_.kernels));
         });
@@ -108,9 +108,9 @@ private:
     void connect(const pbConnection& connection) {
         const std::string_view id = nameText(connection.to), input = nameText(connection.toInput);
         const auto warn = [&](const auto& makeReason) {
-            tell(found.warnings, [&] {
+            addMessage(found.warnings, [&] {
                 return "the connection from " + quoted(nameText(connection.from)) + " to input " +
-                       quoted(input) + " of node " + quoted(id) + " leads nowhere: " + makeReason();
+                       quoted(input) + " of node " + quoted(id) + " is ignored: " + makeReason();
             });
         };
         const auto target = byName_.find(id);
@@ -122,7 +122,7 @@ private:
             });
         Node& node = nodes_[*target->second];
         if (node.kernel == nullptr)
-            return; // that is said of the node
+            return; // reported for the node
         const Names inputs = namesOf(node.kernel->inputs);
         const auto place = std::find(inputs.begin(), inputs.end(), input);
         if (place == inputs.end())
@@ -137,7 +137,8 @@ private:
             return;
         }
         warn([&] {
-            return "it comes from no node or input image; " + sourcesLike(connection.from);
+            return "its source is neither a node nor an input image; " +
+                   sourcesLike(connection.from);
         });
         if (fed.feed == Feed::Nothing)
             fed.feed = Feed::Broken;
@@ -147,19 +148,20 @@ private:
         for (const Node& node : nodes_)
             for (std::size_t i = 0; i < node.inputs.size(); ++i)
                 if (node.inputs[i].feed == Feed::Nothing)
-                    tell(found.warnings, [&] {
+                    addMessage(found.warnings, [&] {
                         const pbName& input = node.kernel->inputs[i].name;
-                        return "nothing feeds input " + quoted(nameText(input)) + " of node " +
-                               quoted(node.id) + " (kernel " + quoted(nameText(node.kernel->name)) +
-                               "), so it is transparent; to feed it " + sourcesLike(input, node.id);
+                        return "input " + quoted(nameText(input)) + " of node " + quoted(node.id) +
+                               " (kernel " + quoted(nameText(node.kernel->name)) +
+                               ") is not connected and reads as transparent; to connect it " +
+                               sourcesLike(input, node.id);
                     });
     }
 
     void addOutput(const pbConnection& connection) {
         const auto source = byName_.find(nameText(connection.from));
         if (source == byName_.end())
-            tell(found.errors, [&] {
-                return "the output image is fed from " + quoted(nameText(connection.from)) +
+            addMessage(found.errors, [&] {
+                return "the output image is connected to " + quoted(nameText(connection.from)) +
                        ", which is neither a node nor an input image; " +
                        sourcesLike(connection.from);
             });
@@ -174,7 +176,7 @@ private:
         return ids;
     }
 
-    // What can feed an input of that node, or the output.
+    // The possible sources of an input of node `ownId`, or of the output.
     std::string sourcesLike(const pbName& wanted, std::string_view ownId = {}) const {
         Names names = namesOf(graph_.inputs);
         for (const Node& node : nodes_)
@@ -183,15 +185,15 @@ private:
         return namesLike(nameText(wanted), std::move(names));
     }
 
-    // Those that are left when the output has been followed.
+    // Searches the nodes that do not reach the output.
     void addCycles(std::vector<std::string>& messages) {
         for (std::size_t i = 0; i < nodes_.size(); ++i)
             if (nodes_[i].state == Node::New)
                 searchFrom(i, messages);
     }
 
-    // Depth first, towards the sources; an open node that is met again closes a cycle. Without
-    // recursion, since a file may hold a chain of any length.
+    // Depth-first search from a node to its sources; reaching an open node closes a cycle. Not
+    // recursive, because a file may contain a chain of any length.
     void searchFrom(std::size_t start, std::vector<std::string>& messages) {
         std::vector<std::pair<std::size_t, std::size_t>> path = {{start, 0}}; // node, next input
         nodes_[start].state = Node::Open;
@@ -207,7 +209,7 @@ private:
                 continue;
             Node& source = nodes_[input.node];
             if (source.state == Node::Open)
-                tell(messages, [&] { return cycleText(path, input.node); });
+                addMessage(messages, [&] { return cycleText(path, input.node); });
             if (source.state != Node::New)
                 continue;
             source.state = Node::Open;
@@ -215,19 +217,19 @@ private:
         }
     }
 
-    // In the order in which the nodes feed one another, which is the path's backwards.
+    // The cycle in the direction of data flow, which is the reverse of the path.
     std::string cycleText(const std::vector<std::pair<std::size_t, std::size_t>>& path,
                           std::size_t first) const {
-        std::string text = "these nodes feed one another in a cycle: " + quoted(nodes_[first].id);
+        std::string text = "these nodes form a cycle: " + quoted(nodes_[first].id);
         for (auto step = path.rbegin(); step->first != first; ++step)
             text += " -> " + quoted(nodes_[step->first].id);
         return text + " -> " + quoted(nodes_[first].id);
     }
 
     const pbGraphInfo& graph_;
-    std::vector<Node> nodes_; // in the order of the graph's
-    // What a connection can name: a node's index, nothing for an image. The first of a name counts,
-    // and images go before nodes.
+    std::vector<Node> nodes_; // in the graph's order
+    // Names that a connection can refer to: the index of a node, or nothing for an image. The first
+    // of several equal names wins, and images precede nodes.
     std::unordered_map<std::string_view, std::optional<std::size_t>> byName_;
 };
 

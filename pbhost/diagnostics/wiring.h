@@ -1,8 +1,7 @@
-// Whether the nodes of a graph are connected in a way that gives the picture that its author meant.
+// Checks how the nodes of a graph are connected.
 //
-// The engine passes over whatever it cannot resolve, and draws; here each such thing becomes a
-// sentence that names the node, the input and the names that would have fitted. Needs a running
-// command, as the model does.
+// The engine ignores connections that it cannot resolve and renders anyway. Here each becomes a
+// message with the node, the input and the names that are available. Needs a running command.
 #pragma once
 
 #include <string>
@@ -14,18 +13,18 @@
 namespace pbhost {
 
 struct WiringFaults {
-    // Whatever is drawn is wrong: a node without a kernel, an output that comes from nowhere, a
-    // cycle that the output depends on.
+    // Errors, which make every picture wrong: a node without a kernel, an unknown source of the
+    // output, a cycle that reaches the output.
     std::vector<std::string> errors;
-    // Passed over when the graph runs: a connection that leads nowhere, an input that nothing feeds
-    // (it reads as transparent), a cycle that the output does not depend on.
+    // Warnings, which the engine ignores: a connection to an unknown node or input, an unconnected
+    // input (it reads as transparent), a cycle that does not reach the output.
     std::vector<std::string> warnings;
 };
 
 WiringFaults checkWiring(const pbGraphInfo& graph);
 
-// The known names in quotes, those most like the wanted one first, and of many only these: `there
-// are "blur", "tint"`.
+// Lists known names in quotes, the most similar to `wanted` first, shortened if there are many:
+// `there are "blur", "tint"`.
 std::string namesLike(std::string_view wanted, std::vector<std::string_view> known);
 
 } // namespace pbhost

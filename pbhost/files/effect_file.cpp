@@ -27,7 +27,7 @@ Failure unreadable(const std::string& path, const std::string& reason) {
 
 std::string readWhole(const std::string& path) {
     std::error_code ignored;
-    // A pipe would hold up whoever opens it, the effect among them.
+    // Not opened, because opening a pipe would block.
     if (std::filesystem::is_other(path, ignored))
         throw unreadable(path, "it is not a regular file");
     return readWholeFile(path, ExitCode::BadKernel);
@@ -43,7 +43,7 @@ bool namesEffectFile(const std::string& path) {
 bool isGraphFile(const std::string& path) {
     if (!namesEffectFile(path))
         throw Failure(ExitCode::BadKernel,
-                      path + ": neither a kernel (.pbk) nor a graph (.pbg) by its name");
+                      path + ": the name is neither that of a kernel (.pbk) nor of a graph (.pbg)");
     return lowerEnding(path) == ".pbg";
 }
 

@@ -1,4 +1,4 @@
-// A kernel or graph file, read into the model.
+// A kernel or graph file and its model.
 #pragma once
 
 #include <string>
@@ -9,29 +9,28 @@
 
 namespace pbhost {
 
-// Whether the name ends in .pbk or .pbg, in any case.
+// Whether the name has the extension .pbk or .pbg, in any case.
 bool namesEffectFile(const std::string& path);
 
-// True for a graph (.pbg), false for a kernel (.pbk), by the name's ending. Throws Failure for any
-// other.
+// True for a graph (.pbg), false for a kernel (.pbk), by the extension. Throws Failure for any
+// other name.
 bool isGraphFile(const std::string& path);
 
-// Throws Failure unless the file is there and can be read, with a name that isGraphFile and the
-// effect take.
+// Throws Failure unless the file can be read and has a name that isGraphFile and the effect accept.
 void requireReadable(const std::string& path);
 
-// The model of a file; of the two only one is filled. Models and generated texts stand on the
-// host's heap: a command runs for as long as this lives.
+// The model of a file; only one of the two is filled. Keeps a command running, because models and
+// generated texts are allocated on the host's heap.
 class EffectFile {
 public:
-    // Throws Failure when the file cannot be read. A file that reads, but is no kernel or graph,
-    // gives a thin model: what is wrong with it shows when it is compiled.
+    // Throws Failure if the file cannot be read. A readable file that is not a kernel or graph
+    // gives an incomplete model; its errors show when it is compiled.
     EffectFile(hostkit::Host& host, const std::string& path);
 
     const bool isGraph;
 
 private:
-    const CommandScope command_; // before the models, which need it to the last
+    const CommandScope command_; // declared before the models: destroyed after them
 
 public:
     pbGraphInfo graph;

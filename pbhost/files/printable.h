@@ -1,5 +1,5 @@
-// Text from files and drivers on its way to a terminal, and from the command line on its way to the
-// effect.
+// Checks of texts: from files and drivers before they are printed, from the command line before
+// they are passed to the effect.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace pbhost {
 
-// The text without characters that would steer the terminal: all control characters but line ends
-// and tabs become blanks.
+// Replaces control characters other than line ends and tabs by blanks, so that the text cannot
+// control the terminal.
 std::string printable(std::string text);
 
-// The effect and JSON know no other texts; a file's name may be any bytes.
+// The effect and JSON accept only UTF-8, but a file name may contain any bytes.
 bool isUtf8(std::string_view text);
 
 } // namespace pbhost

@@ -31,7 +31,8 @@ public:
     throw std::runtime_error(reason);
 }
 
-// A file that is being written or that lies on a failing disk may give less than it has.
+// A file that another process is writing, or on a failing disk, may return fewer bytes than its
+// size.
 std::string readAll(int descriptor, std::size_t size) {
     std::string text;
     std::array<char, 1 << 16> part;

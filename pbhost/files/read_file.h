@@ -1,4 +1,4 @@
-// Reads a whole text file: all of it, or a reason why not.
+// Reads a whole text file.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace pbhost {
 
-// Throws Failure of that code with the file's name and the reason: no file, a folder, no
-// permission, a read that fails or ends before the file's size.
+// Throws Failure with that code, the file's name and the reason: no file, a folder, no permission,
+// a read that fails or ends before the file's size.
 std::string readWholeFile(const std::string& path, ExitCode code);
 
 } // namespace pbhost

@@ -1,5 +1,5 @@
-// The picture formats of OpenImageIO. This file is the whole of a library of its own, since that
-// library brings hundreds of others along: it is opened where a picture is read or written.
+// Reads and writes pictures with OpenImageIO. This file is a separate library, loaded only when a
+// picture is read or written, because OpenImageIO depends on hundreds of libraries.
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 
@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// How one channel lies in the host's memory, and what the file's number for it is.
+// Representation of a channel in the host's memory, and its conversion to and from the file's.
 template<typename Value, Value full>
 struct SameInFile {
     using Type = Value;
@@ -33,7 +33,7 @@ struct SameInFile {
     static Type toFile(Type value) { return value; }
 };
 using Channel8 = SameInFile<std::uint8_t, 255>;
-// Floats travel as their bit patterns, so that every NaN arrives as it was.
+// Floats are copied as bit patterns, so that NaNs are preserved.
 using Channel32 = SameInFile<std::uint32_t, std::bit_cast<std::uint32_t>(1.0f)>;
 struct Channel16 {
     using Type = std::uint16_t;
@@ -62,7 +62,7 @@ OIIO::TypeDesc bufferType(Depth depth) {
                                     : OIIO::TypeDesc::FLOAT;
 }
 
-// Which channels of the file make up a pixel; alpha is -1 where there is none.
+// The file's channels that form a pixel; alpha is -1 if there is none.
 struct Selection {
     int red, green, blue, alpha;
 
@@ -74,7 +74,7 @@ struct Selection {
     int count() const { return end() - first(); }
 };
 
-// -1 if there is none. Damaged files may have fewer names than channels.
+// Index of the channel, or -1. Damaged files may have fewer names than channels.
 int channelNamed(const OIIO::ImageSpec& spec, std::string_view name) {
     const auto& names = spec.channelnames;
     const auto found = std::find(names.begin(), names.end(), name);
@@ -107,29 +107,29 @@ Depth depthOfFile(const OIIO::TypeDesc& type) {
     return type.size() == 1 ? Depth::Bits8 : Depth::Bits16;
 }
 
-// A rectangle in the file's own pixel coordinates.
+// A rectangle in the file's pixel coordinates.
 struct Window {
     std::int64_t x, y, width, height;
 };
 
-// Only in OpenEXR do the two windows say where the pixels belong. Elsewhere an offset is a note for
-// page layout, and the file's pixels are the picture.
+// Only OpenEXR uses the display window for the position of pixels. Offsets in other formats are for
+// page layout and are ignored.
 Window displayWindow(const OIIO::ImageSpec& spec, std::string_view format) {
     if (format == "openexr" && spec.full_width > 0 && spec.full_height > 0)
         return {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
     return {spec.x, spec.y, spec.width, spec.height};
 }
 
-// The library complains on standard error about a reason that nobody fetches, so every failure is
-// led through here.
+// Fetches and clears OpenImageIO's last error; errors that are not fetched are printed to standard
+// error.
 std::string reasonOf(const std::string& reason) {
     const std::size_t last = reason.find_last_not_of("\r\n ");
-    return last == std::string::npos ? "the file is damaged or of an unsupported kind"
+    return last == std::string::npos ? "the file is damaged or has an unsupported format"
                                      : reason.substr(0, last + 1);
 }
 
-// Spreads the channels of the selection, which lie side by side, over the picture. What lies
-// outside the display window is left out.
+// Copies the selected channels, which are adjacent in `pixels`, to the picture. Pixels outside the
+// display window are skipped.
 template<typename ChannelOf>
 void placePixels(ChannelOf, const typename ChannelOf::Type* source, const Selection& selection,
                  const Window& data, const Window& display, Picture& picture) {
@@ -199,10 +199,10 @@ std::string readPixels(ChannelOf channel, OIIO::ImageInput& input, const Selecti
     return {};
 }
 
-// The pictures of these formats are numbers that may hold anything; the others are integers.
+// Formats whose pixels are floats with any value; the others store integers.
 constexpr std::array<std::string_view, 6> floatFormats = {"openexr", "tiff", "dpx",
                                                           "fits",    "rla",  "hdr"};
-// These have no unsigned integers of 16 bits: floats lose less than what they have instead.
+// Formats without unsigned 16-bit integers: floats lose less than the integers that they support.
 constexpr std::array<std::string_view, 3> noInteger16 = {"openexr", "fits", "hdr"};
 
 bool isIn(const auto& formats, std::string_view format) {
@@ -227,7 +227,7 @@ void takePixels(ChannelOf, const Picture& picture, unsigned top, unsigned bottom
     for (unsigned y = top; y < bottom; ++y) {
         const std::byte* from = picture.row(y);
         for (unsigned x = 0; x < picture.width; ++x, from += channelsPerPixel * sizeof(Type)) {
-            // The rows may have any length, so a channel may lie at any address.
+            // Rows may have any length, so a channel may have any alignment.
             std::array<Type, channelsPerPixel> pixel;
             std::memcpy(pixel.data(), from, sizeof pixel);
             for (unsigned c = 0; c < channels; ++c, target += sizeof(Type)) {
@@ -265,7 +265,7 @@ std::string encode(const std::string& name, OIIO::ImageOutput& output, const Pic
     std::string reason;
     if (!output.open(name, spec) || !writePixels(output, picture, channels))
         reason = reasonOf(output.geterror());
-    // Some formats write their pixels only when they are closed.
+    // Some formats write their pixels only when the file is closed.
     if (!output.close()) {
         const std::string late = reasonOf(output.geterror());
         if (reason.empty())
@@ -311,8 +311,8 @@ std::string writeBytes(const fs::path& path, const std::vector<unsigned char>& b
     return {};
 }
 
-// Most writers don't notice a full disk, and one ends the process over it. So the file is made in
-// memory where the writer can do that; where it can't, it is read again.
+// Most writers do not detect a full disk, and one terminates the process. So the file is encoded in
+// memory if the writer supports that, and otherwise read back after writing.
 std::string writeFile(const fs::path& path, OIIO::ImageOutput& output, const Picture& picture) {
     if (output.supports("ioproxy")) {
         OIIO::Filesystem::IOVecOutput memory;
@@ -325,16 +325,17 @@ std::string writeFile(const fs::path& path, OIIO::ImageOutput& output, const Pic
     if (reason.empty()) {
         Picture again;
         if (const std::string damage = readFile(path, std::nullopt, again); !damage.empty())
-            reason = "the file came out damaged: " + damage;
+            reason = "the written file is damaged: " + damage;
     }
     return reason;
 }
 
 std::unique_ptr<OIIO::ImageOutput> createWriter(const std::string& extension) {
-    // The library takes the dot that a file's name begins with for one in front of an extension.
+    // The base name is needed: OpenImageIO would not take the leading dot of a file name as the
+    // start of an extension.
     auto writer = OIIO::ImageOutput::create("name" + extension);
     if (!writer)
-        OIIO::geterror(); // else it is shown when the program ends
+        OIIO::geterror(); // clears the error, which would otherwise be printed at exit
     return writer;
 }
 

@@ -38,7 +38,7 @@ void checkSource(const fs::path& path) {
     if (fs::is_directory(status))
         failRead(path, "it is a folder");
     if (!fs::is_regular_file(status))
-        failRead(path, "it is not an ordinary file");
+        failRead(path, "it is not a regular file");
     if (::access(path.c_str(), R_OK) != 0)
         failRead(path, "no permission to read it");
 }
@@ -51,10 +51,10 @@ void checkPicture(const fs::path& path, const Picture& picture) {
     const std::size_t used = std::size_t{picture.width} * pixelBytes;
     if (picture.rowBytes < used ||
         picture.pixels.size() < std::size_t{picture.rowBytes} * (picture.height - 1) + used)
-        failWrite(path, "the picture has fewer pixels than its size tells");
+        failWrite(path, "the picture has fewer pixels than its size requires");
 }
 
-// The user knows nothing of the temporary name.
+// Used to replace the temporary name in messages by the user's.
 std::string replaceAll(std::string text, const std::string& from, const std::string& to) {
     for (std::size_t at = text.find(from); at != std::string::npos;
          at = text.find(from, at + to.size()))
@@ -62,7 +62,7 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
     return text;
 }
 
-// Opened by the first picture, since its libraries take longer to load than most commands to work.
+// Loaded by the first picture, because loading takes longer than most commands.
 const PictureFormats& formats() {
     static const PictureFormats& opened = []() -> const PictureFormats& {
         const fs::path path = findPictureLibrary();
@@ -70,7 +70,7 @@ const PictureFormats& formats() {
         void* function = library == nullptr ? nullptr : ::dlsym(library, "pbhostPictureFormats");
         if (function == nullptr)
             throw Failure(ExitCode::RenderFailed,
-                          std::string("the picture library cannot be opened: ") + ::dlerror());
+                          std::string("the picture library cannot be loaded: ") + ::dlerror());
         return *reinterpret_cast<decltype(&pbhostPictureFormats)>(function)();
     }();
     return opened;
@@ -93,7 +93,7 @@ Picture readPicture(const fs::path& path, std::optional<Depth> depth) {
 }
 
 void requirePlace(const fs::path& path) {
-    if (const std::string obstacle = obstacleAt(path); !obstacle.empty())
+    if (const std::string obstacle = obstacleToWriting(path); !obstacle.empty())
         failWrite(path, obstacle);
 }
 
@@ -113,7 +113,7 @@ void writePicture(const fs::path& path, const Picture& picture) {
     const std::string reason = formats().write(temporary.path, picture);
     if (!reason.empty())
         failWrite(path, replaceAll(reason, temporary.path.string(), path.string()));
-    if (const std::error_code error = temporary.moveToPlace())
+    if (const std::error_code error = temporary.replaceTarget())
         failWrite(path, error.message());
 }
 

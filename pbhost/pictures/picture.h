@@ -1,8 +1,8 @@
-// Pictures in the host's memory layout, read from files and written to files by OpenImageIO.
-// A picture owns its pixels. The values are those of the file: nothing is multiplied by alpha or
-// divided by it, and no colour space is applied. The functions may be called from any thread; they
-// throw Failure, whose message names the file and the reason, and leave nothing half done. The
-// first call opens the library of the formats, and throws Failure (RenderFailed) without it.
+// Pictures in the host's memory layout, read and written by OpenImageIO. A picture owns its pixels.
+// Values are those of the file: alpha is neither multiplied nor divided, and no colour space
+// conversion is applied. The functions are thread-safe; they throw Failure with the file's name and
+// the reason, and leave no partial results. The first call loads the library of the formats, and
+// throws Failure (RenderFailed) without it.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 
 namespace pbhost {
 
-// Bits of one channel. White is 255, 32768 (not 65535) and 1.0; 32 bits are IEEE floats.
+// Bits per channel. White is 255, 32768 (not 65535) and 1.0; 32 bits are IEEE floats.
 enum class Depth { Bits8, Bits16, Bits32 };
 
 inline constexpr unsigned channelsPerPixel = 4; // in memory order: alpha, red, green, blue
@@ -24,7 +24,7 @@ constexpr unsigned bytesPerPixel(Depth depth) {
     return channelsPerPixel * componentBytesOf(depth);
 }
 
-// Of 8, 16 or 32 bits per channel; nothing for any other number.
+// The depth for 8, 16 or 32 bits per channel; nothing for any other number.
 constexpr std::optional<Depth> depthOfBits(int bits) {
     return bits == 8    ? std::optional(Depth::Bits8)
            : bits == 16 ? std::optional(Depth::Bits16)
@@ -36,31 +36,31 @@ struct Picture {
     unsigned width = 0;  // pixels
     unsigned height = 0; // pixels, row 0 is the topmost
     Depth depth = Depth::Bits8;
-    unsigned rowBytes = 0;         // from one row to the next; at least the pixels of a row
-    std::vector<std::byte> pixels; // a pixel of 32 bits starts at a multiple of 16 if the rows do
+    unsigned rowBytes = 0;         // distance between rows, at least a row's pixels
+    std::vector<std::byte> pixels; // pixels of 32 bits are aligned to 16 bytes if the rows are
 
     std::byte* row(unsigned y) { return pixels.data() + std::size_t{rowBytes} * y; }
     const std::byte* row(unsigned y) const { return pixels.data() + std::size_t{rowBytes} * y; }
 };
 
-// Transparent black, without padding between the rows. Throws Failure (Usage) for an empty picture
-// or one of more than 2 GiB.
+// A picture of transparent black without row padding. Throws Failure (Usage) for an empty size or
+// more than 2 GiB.
 Picture makePicture(unsigned width, unsigned height, Depth depth);
 
-// Reads any format of OpenImageIO; of several pictures in a file the first. Without a depth the
-// file decides: 8-bit integers give 8 bits, other integers 16, floats of any size 32. Grey becomes
-// equal red, green and blue; a file without alpha is opaque. The rows are not padded. Throws
-// Failure (BadPicture).
+// Reads any format of OpenImageIO; only the first image of a file. Without a depth, the file
+// decides: 8-bit integers give 8 bits, other integers 16, floats of any size 32. Grey becomes equal
+// red, green and blue; a file without alpha is opaque. The rows are not padded. Throws Failure
+// (BadPicture).
 Picture readPicture(const std::filesystem::path& path, std::optional<Depth> depth = std::nullopt);
 
-// Throw Failure (RenderFailed) when writePicture could not write any picture there: because of the
-// place, which needs no library of formats, or because no format has the extension.
+// Throw Failure (RenderFailed) if writePicture could not write any picture there: because the
+// folder is not writable or the path is no regular file, or because no format has the extension.
 void requirePlace(const std::filesystem::path& path);
 void requireFormat(const std::filesystem::path& path);
 
-// Writes the format that the extension names, as near to the picture's depth as that format comes,
-// and without alpha where the format has none. The file appears under its name only when it is
-// complete; on failure (RenderFailed) an older file of that name stays as it was.
+// Writes the format of the extension, in the supported depth closest to the picture's, and without
+// alpha if the format has none. The file is replaced atomically when it is complete; on failure
+// (RenderFailed) an existing file is unchanged.
 void writePicture(const std::filesystem::path& path, const Picture& picture);
 
 } // namespace pbhost

@@ -1,6 +1,5 @@
-// The picture formats as a library that is opened when they are first needed. What crosses its
-// border is this interface: no exception but those of the standard library, no function but the one
-// below. The library stays open until the program ends.
+// The interface of the picture format library, which is loaded at first use and never unloaded.
+// Only standard exceptions leave the library, and it exports only the function below.
 #pragma once
 
 #include <cstdint>
@@ -16,19 +15,19 @@ class PictureFormats {
 public:
     virtual ~PictureFormats() = default;
 
-    // These give the reason of a failure, or an empty text. The file must be there; what it holds
-    // may be anything. On failure the picture is of no use.
+    // Both return the reason of a failure, or an empty text. The file must exist; its content may
+    // be anything. After a failure the picture is undefined.
     virtual std::string read(const std::filesystem::path& path, std::optional<Depth> depth,
                              Picture& picture) const = 0;
-    // Writes over the file. The picture must have the pixels that its size tells.
+    // Overwrites the file. The picture must contain the pixels of its size.
     virtual std::string write(const std::filesystem::path& path, const Picture& picture) const = 0;
 
-    // Whether a format has that extension, with its dot.
+    // Whether a format has that extension, including the dot.
     virtual bool canWrite(const std::string& extension) const = 0;
 };
 
-// Both sides need these. What is wrong with a size, or an empty text: the sides come from files, so
-// they may be anything; the product is taken without overflow.
+// Used by both sides. Why the size is invalid, or an empty text. Sizes come from files and may be
+// anything, so the product is computed without overflow.
 inline std::string sizeFault(std::int64_t width, std::int64_t height, std::uint64_t pixelBytes) {
     constexpr std::uint64_t largestBytes = std::uint64_t{1} << 31;
     constexpr std::int64_t largestSide = std::int64_t{1} << 30;
@@ -39,7 +38,7 @@ inline std::string sizeFault(std::int64_t width, std::int64_t height, std::uint6
            " pixels is empty or too large";
 }
 
-// Transparent black; the size must be without fault.
+// A picture of transparent black; sizeFault must be empty for the size.
 inline Picture emptyPicture(unsigned width, unsigned height, Depth depth) {
     Picture picture{width, height, depth, width * bytesPerPixel(depth), {}};
     picture.pixels.resize(std::size_t{picture.rowBytes} * height);
@@ -48,6 +47,6 @@ inline Picture emptyPicture(unsigned width, unsigned height, Depth depth) {
 
 } // namespace pbhost
 
-// The library's one exported function.
+// The only function that the library exports.
 extern "C" __attribute__((visibility("default"))) const pbhost::PictureFormats*
 pbhostPictureFormats();

@@ -17,10 +17,10 @@ namespace pbhost {
 
 namespace {
 
-constexpr int signalledCode = 128; // and the signal's number, as shells have it
-constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP}; // end a program at somebody's wish
+constexpr int signalledCode = 128;                      // plus the signal's number, as in shells
+constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP}; // signals that users send to end a program
 
-// Whatever thread a library has started may be the one that hears a signal.
+// Atomic, because the signal may be delivered to a thread of a library.
 std::atomic<int> caughtSignal = 0;
 std::atomic<pid_t> worker = 0;
 
@@ -30,7 +30,7 @@ void endWorker(int number) {
         kill(worker, SIGKILL);
 }
 
-// Those that are to be ignored stay so.
+// Signals that are ignored stay ignored.
 void catchInterrupts() {
     for (const int number : interrupts) {
         struct sigaction action {};
@@ -38,7 +38,7 @@ void catchInterrupts() {
         if (action.sa_handler != SIG_IGN)
             std::signal(number, endWorker);
     }
-    std::signal(SIGCHLD, SIG_DFL); // ignored, it would take the child's answer away
+    std::signal(SIGCHLD, SIG_DFL); // waitpid would fail if SIGCHLD were ignored
 }
 
 bool isCaught(int number) {
@@ -47,15 +47,15 @@ bool isCaught(int number) {
     return action.sa_handler == endWorker;
 }
 
-// Of a child that a signal has ended.
+// Exit code for a child that a signal ended.
 int codeOfSignal(int number, const std::string& subject) {
-    const std::string who = "the process that did the work";
+    const std::string who = "the child process";
     const std::string over = subject.empty() ? "" : " over " + subject;
     switch (number) {
-    case SIGINT: // the terminal sends these to both
+    case SIGINT: // sent by the terminal to both processes
     case SIGTERM:
     case SIGHUP:
-    case SIGPIPE: // whoever reads the output has had enough
+    case SIGPIPE: // the reader of the output has closed it
         return signalledCode + number;
     case SIGKILL:
         throw Failure(ExitCode::Crashed, who + over + " was killed; nothing was written");
@@ -68,7 +68,7 @@ int codeOfSignal(int number, const std::string& subject) {
 
 [[noreturn]] void becomeWorker(pid_t parent, const std::function<int()>& work) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) // it is gone already
+    if (getppid() != parent) // the parent has already ended
         _exit(static_cast<int>(ExitCode::Crashed));
     for (const int number : interrupts)
         if (isCaught(number))
@@ -87,7 +87,7 @@ int runInChild(const std::function<int()>& work, const std::string& subject,
     const pid_t child = fork();
     if (child < 0)
         throw Failure(ExitCode::RenderFailed,
-                      std::string("no process can be started: ") + std::strerror(errno));
+                      std::string("cannot start a process: ") + std::strerror(errno));
     if (child == 0)
         becomeWorker(parent, work);
     worker = child;

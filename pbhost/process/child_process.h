@@ -1,5 +1,5 @@
-// The work in a process of its own: what takes an OpenGL driver down with it leaves somebody to
-// say so, and to tidy up.
+// Runs the work in a child process, so that a crash of the OpenGL driver can be reported and
+// temporary files are removed.
 #pragma once
 
 #include <filesystem>
@@ -9,13 +9,13 @@
 
 namespace pbhost {
 
-// Runs the work in a child and gives its exit code. Throws Failure (Crashed) for a child that
-// crashes; the message names the subject (the file that is worked on; may be empty). An interrupt
-// ends the child and gives 128 and the signal's number. In both cases the child's temporary files
-// are removed from the folders. The child ends with its parent.
+// Runs `work` in a child process and returns its exit code. Throws Failure (Crashed) if the child
+// crashes; the message contains `subject` (the input file; may be empty). If interrupted, ends the
+// child and returns 128 plus the signal's number. In both cases the child's temporary files are
+// removed from `folders`. The child ends when its parent ends.
 //
-// The program must not have started a thread yet. Those that libraries start before main() are
-// missing in the child; it ends without running exit handlers, which would wait for them for ever.
+// Must be called before this program starts a thread. Threads that libraries start before main() do
+// not exist in the child; it ends without exit handlers, which would wait for them forever.
 int runInChild(const std::function<int()>& work, const std::string& subject,
                const std::vector<std::filesystem::path>& folders);
 

@@ -1,5 +1,4 @@
-// The one way in which errors go up, and the one place that turns them into a message and an exit
-// code.
+// The exception type of all errors, and the function that turns it into a message and an exit code.
 #pragma once
 
 #include <functional>
@@ -9,14 +8,14 @@
 
 namespace pbhost {
 
-// A program that a signal ended answers 128 and the signal's number besides: 130 for Ctrl-C.
+// If a signal ends the program, its exit code is 128 plus the signal's number: 130 for Ctrl-C.
 enum class ExitCode {
     Done = 0,
-    RenderFailed = 1, // the render or the writing of a file
-    Usage = 2,        // the command line, the project file, the preferences
-    BadKernel = 3,    // the kernel or graph file
-    BadPicture = 4,   // an input picture
-    Crashed = 5,      // the process that does the work
+    RenderFailed = 1, // rendering or writing a file failed
+    Usage = 2,        // invalid command line, project file or preferences
+    BadKernel = 3,    // invalid kernel or graph file
+    BadPicture = 4,   // invalid input picture
+    Crashed = 5,      // the child process crashed
 };
 
 class Failure : public std::runtime_error {
@@ -27,8 +26,8 @@ public:
     ExitCode code;
 };
 
-// The work's answer. What a library throws becomes a Failure of that code; the prefix goes in front
-// of its message.
+// Returns the result of `work`. Converts exceptions of libraries to a Failure with this code and
+// prefix.
 template<class Work>
 auto orFail(ExitCode code, const std::string& prefix, const Work& work) {
     try {
@@ -42,8 +41,8 @@ auto orFail(ExitCode code, const std::string& prefix, const Work& work) {
     }
 }
 
-// The exit code of the work, which is its answer or that of the exception that ends it; its message
-// goes to standard error.
+// Runs `work` and returns its result, or the exit code of the exception that ended it. The
+// exception's message goes to standard error.
 int exitCodeOf(const std::function<int()>& work);
 
 } // namespace pbhost

@@ -1,13 +1,12 @@
-// How a host process should treat its memory when OpenGL is a software driver.
+// Memory settings for a process that renders with a software OpenGL driver.
 #pragma once
 
 namespace pbhost {
 
-// A software driver takes a texture's memory anew for each frame. From here on the C library keeps
-// large blocks instead of giving them back, so that they need not come from the system again, a
-// page fault for each 4 KB. The first half a gigabyte comes in huge pages where the system has
-// them. For the whole process; call it before the first large block and the
-// first thread, since all threads share one heap then.
+// A software driver allocates texture memory for each frame. This makes the C library keep freed
+// large blocks, which avoids a page fault for each 4 KB, and reserves the first half gigabyte in
+// huge pages if the system has them. Applies to the whole process, with one heap for all threads;
+// call it before the first large allocation and before starting threads.
 void keepLargeBlocks();
 
 } // namespace pbhost

@@ -23,7 +23,7 @@ std::string prefixOf(pid_t process) {
     return ".pbhost-" + std::to_string(process) + "-";
 }
 
-// So that nobody can put a file of his own in the way.
+// Random, so that other users cannot create a file with this name first.
 std::string randomDigits() {
     std::array<char, 8> digits{};
     const auto end =
@@ -51,9 +51,9 @@ const char* kindName(fs::file_type type) {
                                                                             : "something else";
 }
 
-// /dev/stdout and its like: links into /proc, wherever that leads.
+// Whether the path leads to /proc, as /dev/stdout does: an open file of a process.
 bool isOpenFile(fs::path path) {
-    constexpr int mostLinks = 40; // as the system has it
+    constexpr int mostLinks = 40; // the system's limit
     std::error_code ignored;
     for (int i = 0; i < mostLinks; ++i) {
         const fs::path folder = fs::weakly_canonical(folderOf(path), ignored);
@@ -72,36 +72,36 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-fs::path placeOf(const fs::path& path) {
+fs::path resolveLink(const fs::path& path) {
     std::error_code ignored;
     return fs::is_symlink(path, ignored) ? fs::weakly_canonical(path, ignored) : path;
 }
 
-std::string obstacleAt(const fs::path& target) {
+std::string obstacleToWriting(const fs::path& target) {
     std::error_code ignored;
     const fs::file_status status = fs::status(target, ignored);
     if (isOpenFile(target))
-        return "it is what a process has open, and no file of its own";
+        return "it is an open file of a process";
     if (fs::is_directory(status))
         return "it is a folder";
     if (fs::exists(status) && !fs::is_regular_file(status))
-        return std::string("it is ") + kindName(status.type()) + ", and no regular file";
+        return std::string("it is ") + kindName(status.type()) + ", not a regular file";
     if (fs::is_symlink(target, ignored) && !fs::exists(status))
-        return "it is a link that leads to no file";
-    const fs::path folder = folderOf(placeOf(target));
+        return "it is a link without a target";
+    const fs::path folder = folderOf(resolveLink(target));
     if (!fs::is_directory(folder, ignored))
         return "there is no folder '" + folder.string() + "'";
     if (::access(folder.c_str(), W_OK | X_OK) != 0)
         return "no permission to write into '" + folder.string() + "'";
     if (const std::error_code error = TemporaryFile(target).create())
-        return "no file can be made in '" + folder.string() + "': " + error.message();
+        return "no file can be created in '" + folder.string() + "': " + error.message();
     return "";
 }
 
 TemporaryFile::TemporaryFile(const fs::path& target)
-    : path(folderOf(placeOf(target)) /
+    : path(folderOf(resolveLink(target)) /
            (prefixOf(::getpid()) + randomDigits() + target.extension().string())),
-      place_(placeOf(target)) {}
+      target_(resolveLink(target)) {}
 
 TemporaryFile::~TemporaryFile() {
     std::error_code ignored;
@@ -116,17 +116,17 @@ std::error_code TemporaryFile::create() const {
     return {};
 }
 
-std::error_code TemporaryFile::moveToPlace() const {
-    return hostkit::moveToPlace(path, place_);
+std::error_code TemporaryFile::replaceTarget() const {
+    return hostkit::replaceFile(path, target_);
 }
 
 void writeTextFile(const fs::path& target, const std::string& text) {
     const TemporaryFile temporary(target);
     std::error_code error = temporary.create();
     if (!error)
-        error = hostkit::writeWhole(temporary.path, text);
+        error = hostkit::writeFile(temporary.path, text);
     if (!error)
-        error = temporary.moveToPlace();
+        error = temporary.replaceTarget();
     if (error)
         throw Failure(ExitCode::RenderFailed,
                       "cannot write '" + target.string() + "': " + error.message());
@@ -136,7 +136,7 @@ TemporaryFolder::TemporaryFolder()
     : path((fs::temp_directory_path() / (prefixOf(::getpid()) + "XXXXXX")).string()) {
     if (::mkdtemp(path.data()) == nullptr)
         throw Failure(ExitCode::RenderFailed,
-                      path + ": no temporary folder can be made: " + std::strerror(errno));
+                      path + ": cannot create a temporary folder: " + std::strerror(errno));
 }
 
 TemporaryFolder::~TemporaryFolder() {

@@ -1,5 +1,5 @@
-// Files that are not complete yet. Their names tell the process that makes them, so that whoever
-// outlives that process can remove what it left.
+// Incomplete output files. Their names contain the id of the process that created them, so that its
+// parent can remove them after a crash.
 #pragma once
 
 #include <sys/types.h>
@@ -11,19 +11,19 @@
 
 namespace pbhost {
 
-// The folder that a path lies in; of a bare name the current one.
+// The folder of a path; "." for a bare file name.
 std::filesystem::path folderOf(const std::filesystem::path& path);
 
-// Where a file of that name lies: a symbolic link leads there.
-std::filesystem::path placeOf(const std::filesystem::path& path);
+// The path itself, or the target of a symbolic link.
+std::filesystem::path resolveLink(const std::filesystem::path& path);
 
-// Why no file can be written there; empty: nothing speaks against it. Only a regular file is ever
-// replaced, not a device, a pipe or what a process has open. To be sure, a file is made beside it
-// and removed again.
-std::string obstacleAt(const std::filesystem::path& target);
+// Why the target cannot be written; empty if it can. Only a regular file is ever replaced, not a
+// device, a pipe, or the open file of a process. Creates and removes a file in the folder to check
+// it.
+std::string obstacleToWriting(const std::filesystem::path& target);
 
-// A name beside the place of the target, with the target's ending. The file is removed again unless
-// it has been moved to its place.
+// A temporary file in the target's folder, with the target's extension. The destructor removes the
+// file unless it has replaced the target.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& target);
@@ -31,21 +31,21 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    // Makes the file, empty; fails where there is one of that name.
+    // Creates the empty file; fails if one with its name exists.
     std::error_code create() const;
-    // A file that was there gives its permissions to this one.
-    std::error_code moveToPlace() const;
+    // Atomically replaces the target, keeping an existing target's permissions.
+    std::error_code replaceTarget() const;
 
     std::filesystem::path path;
 
 private:
-    std::filesystem::path place_;
+    std::filesystem::path target_;
 };
 
-// Puts the text into the place of the target in one step. Throws Failure (RenderFailed).
+// Atomically writes the text to the target. Throws Failure (RenderFailed).
 void writeTextFile(const std::filesystem::path& target, const std::string& text);
 
-// An empty folder of the system's place for such, removed with all that is in it.
+// An empty folder among the system's temporary files; the destructor removes it with its content.
 class TemporaryFolder {
 public:
     TemporaryFolder(); // throws Failure (RenderFailed)
@@ -56,7 +56,7 @@ public:
     std::string path;
 };
 
-// Removes what that process left in these folders and in the system's place for temporary files.
+// Removes the process's temporary files from these folders and from the system's temporary folder.
 void removeTemporaries(const std::vector<std::filesystem::path>& folders, pid_t process);
 
 } // namespace pbhost

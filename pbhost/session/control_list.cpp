@@ -17,7 +17,7 @@ using hostkit::ControlKind, hostkit::DefaultFit, hostkit::NumberFormat, hostkit:
 
 constexpr double mostFixed = std::numeric_limits<PF_Fixed>::max() / fixedOne;
 
-// The shortest number that means the same in 16.16.
+// The shortest number with the same 16.16 representation.
 float shortFixed(double number) {
     return std::strtof(numberText(number).c_str(), nullptr);
 }
@@ -28,7 +28,7 @@ Json numberAsJson(NumberFormat format, double number) {
                                            : Json(static_cast<float>(number));
 }
 
-// One number as such, several as an array.
+// A single number as such, several as an array.
 Json asJson(const ControlKind& kind, const AEGP_StreamVal2& value) {
     Json json = Json::array();
     for (const double number : hostkit::numbersOf(kind, value))
@@ -60,8 +60,8 @@ const char* displayOf(const ControlKind& kind, const PF_ParamDef& definition) {
     return kind.display == nullptr ? nullptr : kind.display(definition.u);
 }
 
-// As the control counts: in 16.16 the number is rounded.
-double counted(NumberFormat format, double number) {
+// The number as the control stores it: rounded to 16.16 for fixed-point kinds.
+double stored(NumberFormat format, double number) {
     return format == NumberFormat::Fixed ? toFixed(number) / fixedOne : number;
 }
 
@@ -87,10 +87,10 @@ std::string faultOfNumber(const PF_ParamDef& definition, double number) {
     if (isWhole && !(std::abs(number) <= INT32_MAX && number == std::floor(number)))
         return "is not a whole number";
     if (!isWhole && !(std::abs(number) <= mostFixed))
-        return "is out of range, a control holds -32768 to 32768";
+        return "is out of range, a control can store -32768 to 32768";
     const auto range = kind.range == nullptr ? std::nullopt : kind.range(definition.u);
-    const double held = counted(kind.format, number); // the ends of a range are rounded, too
-    if (range && (held < range->low || held > range->high))
+    const double value = stored(kind.format, number); // range ends are rounded too
+    if (range && (value < range->low || value > range->high))
         return "is out of range, " + numberText(range->low) + " to " + numberText(range->high);
     return "";
 }
@@ -99,7 +99,7 @@ bool mayBeDefault(const PF_ParamDef& definition, double number, const hostkit::L
     const ControlKind& kind = hostkit::kindOf(definition);
     return kind.defaultFit == DefaultFit::Anything ||
            (kind.defaultFit == DefaultFit::Exactly &&
-            counted(kind.format, number) == kind.defaultValue(definition.u, layer).one_d);
+            stored(kind.format, number) == kind.defaultValue(definition.u, layer).one_d);
 }
 
 std::string numberText(double number) {

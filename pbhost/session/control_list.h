@@ -1,6 +1,6 @@
-// The controls of an instance as a person meets them: by kind, name, range and value.
+// The controls of an instance as text and JSON: kind, name, range and value.
 //
-// Values count as hostkit/effect/control_kinds.h has them.
+// Numbers have the units of hostkit/effect/control_kinds.h.
 #pragma once
 
 #include <cstddef>
@@ -13,26 +13,25 @@
 
 namespace pbhost {
 
-// A control's name, as the effect gave it.
+// The control's current name, set by the effect.
 std::string nameOf(const hostkit::Effect& effect, std::size_t index);
 
-// The indices of the controls that the effect shows; with `all` of every control.
+// The indices of the visible controls, or with `all` of all controls.
 std::vector<std::size_t> listedControls(hostkit::Effect& effect, bool all = false);
 
-// What is wrong with a number for a control, or with one of its numbers, as the end of a sentence
-// about it; empty: nothing.
+// Why the number is invalid for the control, as the end of a sentence; empty if it is valid.
 std::string faultOfNumber(const PF_ParamDef& definition, double number);
 
-// Whether a number may be the control's default, which may lie outside the range.
+// Whether the number can be the control's default, which may be outside the range.
 bool mayBeDefault(const PF_ParamDef& definition, double number, const hostkit::Layer& layer);
 
-// A number as text, with as many digits as tell it from its neighbours in 16.16.
+// The number with as few digits as distinguish it in 16.16 fixed point.
 std::string numberText(double number);
 
-// One line for each control that the effect shows, for messages.
+// One line for each visible control, for messages.
 std::string describeControls(hostkit::Effect& effect);
 
-// Everything about a control, its value at a time of the composition.
+// Everything about a control, with its value at a time of the composition in seconds.
 Json controlAsJson(hostkit::Effect& effect, std::size_t index, double seconds);
 
 } // namespace pbhost

@@ -17,7 +17,7 @@ using Indices = std::vector<std::size_t>;
 using hostkit::areAlike, hostkit::areEqual, hostkit::ControlKind;
 using Comparison = bool (*)(std::string_view, std::string_view);
 
-// The controls of that name; if there are none, those of that name with "[0]", "[1]" ... behind it.
+// The controls with that name; if there are none, those with that name and "[0]", "[1]" ...
 Indices findByName(const hostkit::Effect& effect, const Indices& among, std::string_view name,
                    Comparison isName) {
     Indices found;
@@ -33,7 +33,7 @@ Indices findByName(const hostkit::Effect& effect, const Indices& among, std::str
     return found;
 }
 
-// The visible layer controls, or all the others.
+// The visible controls that are layer controls, or that are not.
 Indices listedOf(hostkit::Effect& effect, bool areLayers) {
     Indices all = listedControls(effect);
     std::erase_if(all, [&](std::size_t index) {
@@ -42,7 +42,7 @@ Indices listedOf(hostkit::Effect& effect, bool areLayers) {
     return all;
 }
 
-// The one whose index in the list this text is.
+// The control whose index is this text.
 Indices findByIndex(const Indices& among, const std::string& text) {
     const auto found = std::find_if(among.begin(), among.end(), [&](std::size_t index) {
         return std::to_string(index) == text;
@@ -60,7 +60,7 @@ std::vector<std::string> splitValues(const std::string& text) {
     return values;
 }
 
-// One setting on its way into the controls.
+// Applies one setting.
 class Setter {
 public:
     Setter(hostkit::Effect& owner, const ControlSetting& given, double compSeconds)
@@ -96,12 +96,12 @@ private:
         return found;
     }
 
-    // Several controls must be the parts of one parameter.
+    // Several matches are allowed only if they are the components of one parameter.
     Indices requireOneMeaning(const Indices& found) const {
         for (std::size_t k = 1; k < found.size(); ++k)
             if (nameOf(effect_, found[k]) == nameOf(effect_, found[0]) ||
                 !nameOf(effect_, found[k]).ends_with("[" + std::to_string(k) + "]"))
-                fail("several controls bear that name; give the index (pbhost controls shows it)");
+                fail("several controls have that name; give the index (shown by pbhost controls)");
         return found;
     }
 
@@ -111,7 +111,7 @@ private:
                  std::to_string(values.size()) + (values.size() == 1 ? " is given" : " are given"));
     }
 
-    // Fewer numbers than the control has leave the others as they are.
+    // If fewer numbers than components are given, the other components keep their values.
     void set(std::size_t index, const std::vector<std::string>& values) {
         const PF_ParamDef& definition = effect_.definitions[index];
         const ControlKind& kind = hostkit::kindOf(definition);
@@ -162,7 +162,8 @@ std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& sett
         if (found.size() == 1)
             return found.front();
     }
-    const Indices found = findByIndex(all, setting.control); // the first controls of the list
+    // Layer controls are the first controls, so their number is their index.
+    const Indices found = findByIndex(all, setting.control);
     if (!found.empty())
         return found.front();
     std::string list;

@@ -1,4 +1,5 @@
-// Values given on the command line, `CONTROL=V[,V...]`, put into the controls of an instance.
+// Values from the command line, `CONTROL=V[,V...]`, and their application to an instance's
+// controls.
 #pragma once
 
 #include <string>
@@ -8,19 +9,20 @@
 namespace pbhost {
 
 struct ControlSetting {
-    std::string control; // a name as the effect gave it, that name without its "[k]", or an index
+    std::string control; // the current name, the name without "[k]", or an index
     std::string value;
 };
 
-// Throws Failure (Usage), naming the option, when the text has no '=' or nothing in front of it.
+// Throws Failure (Usage), naming the option, if the text contains no '=' or nothing before it.
 ControlSetting parseSetting(const char* option, const std::string& text);
 
-// Sets the control, or all of `name[0]`, `name[1]` ... by the name alone, at a time of the
-// composition. Throws Failure (Usage), with the controls that there are, for an unknown or
-// ambiguous name, a value of another kind, and one outside the range.
+// Sets the control, or all of `name[0]`, `name[1]` ... if only `name` is given, at a time of the
+// composition. Throws Failure (Usage), with a list of the controls, for an unknown or ambiguous
+// name, and for values that are invalid or out of range.
 void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double seconds);
 
-// The index of a layer control, by its number from 1 or its name; throws as applySetting does.
+// The index of a layer control, given by its number from 1 or its name. Throws as applySetting
+// does.
 std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting);
 
 } // namespace pbhost

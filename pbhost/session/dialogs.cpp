@@ -13,7 +13,7 @@ namespace {
 
 using hostkit::Question;
 
-bool isTerminalThere() {
+bool hasTerminal() {
     return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1;
 }
 
@@ -50,7 +50,7 @@ std::optional<std::string> Dialogs::answer(const Question& question) {
     if (!answers_.empty()) {
         answer = answers_.front();
         answers_.pop_front();
-    } else if (isTerminalThere()) {
+    } else if (hasTerminal()) {
         answer = readAnswer(question);
     }
     if (answer.empty())

@@ -1,5 +1,5 @@
-// The person in front of the effect's dialogs: answers given ahead on the command line first, then
-// whoever sits at the terminal. Without a terminal a question is cancelled.
+// Answers the effect's dialogs: first from the answers of the command line, then by asking on the
+// terminal. Without a terminal, dialogs are cancelled.
 #pragma once
 
 #include <deque>
@@ -13,14 +13,14 @@ namespace pbhost {
 
 class Dialogs {
 public:
-    // An empty answer cancels its question.
+    // An empty answer cancels its dialog.
     explicit Dialogs(const std::vector<std::string>& answersAhead);
 
-    // Answers one question, a path as an absolute one. Alerts go to standard error, unless there
-    // are answers yet: then nobody is there to need them.
+    // Answers one dialog; a path becomes absolute. Alerts are printed to standard error, unless
+    // prepared answers are left, because then no user needs them.
     std::optional<std::string> answer(const hostkit::Question& question);
 
-    // For the next questions, before all others.
+    // Inserts answers for the next dialogs, before all others.
     void prepare(const std::vector<std::string>& next);
 
 private:

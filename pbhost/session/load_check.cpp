@@ -16,7 +16,7 @@ namespace pbhost {
 
 namespace {
 
-// What messages say of a file.
+// Looks up names for messages.
 struct FileModel : EffectFile {
     using EffectFile::EffectFile;
 
@@ -27,7 +27,7 @@ struct FileModel : EffectFile {
                        : std::optional(kernelTexts(kernel, hostSwizzle));
     }
 
-    // The kernel of a graph's program; null: it was made of none.
+    // The kernel of a graph's program; null: the program has none.
     const pbKernelInfo* kernelOf(const std::string& program) const {
         for (const pbgNodeInfo& node : graph.nodes)
             if (nameText(node.id) == program)
@@ -35,7 +35,7 @@ struct FileModel : EffectFile {
         return nullptr;
     }
 
-    // Which of a graph's nodes failed, each once.
+    // The graph's failed nodes, each once.
     std::string failedNodes(const std::vector<CompileFailure>& failures) const {
         std::string lines, last;
         for (const CompileFailure& failure : failures) {
@@ -52,7 +52,7 @@ struct FileModel : EffectFile {
 std::string hintsOf(hostkit::Host& host, const std::string& file) {
     try {
         return FileModel(host, file).hints();
-    } catch (const Failure&) { // it is not there
+    } catch (const Failure&) { // the file is missing
         return "";
     }
 }
@@ -71,7 +71,7 @@ std::string asLines(const std::vector<std::string>& sentences, const std::string
 void throwCompileFailure(const std::string& file, const FileModel& model,
                          const std::vector<CompileFailure>& failures,
                          const std::vector<std::string>& messages) {
-    if (failures.empty()) // the log was exported, which empties it
+    if (failures.empty()) // empty if it was exported
         throw Failure(ExitCode::BadKernel,
                       file + ": does not compile; the exported error log says why\n" +
                           asLines(messages, "  "));
@@ -97,10 +97,10 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
             text.append(" ").append(message);
     const bool isFound = !messages.empty();
     if (!isFound)
-        text.append(" the kernel or graph is not there: ")
+        text.append(" the kernel or graph does not exist: ")
             .append(file)
             .append(
-                "\n(the folder to look under: pbhost prefs set rootFolder DIR; the file itself: "
+                "\n(set the folder to search: pbhost prefs set rootFolder DIR; or give the file: "
                 "--answer FILE)");
     const bool lacksOpenGl = isFound && messages.front() == openGlLacks;
     return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel,
@@ -136,7 +136,7 @@ FileFacts readFacts(hostkit::Host& host, const std::string& file) {
 std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
                              bool isStrict) {
     if (!faults.errors.empty() || (isStrict && !faults.warnings.empty()))
-        throw Failure(ExitCode::BadKernel, shownName + ": the graph is wired wrongly.\n" +
+        throw Failure(ExitCode::BadKernel, shownName + ": the graph has wiring errors.\n" +
                                                asLines(faults.errors, "  ") +
                                                asLines(faults.warnings, "  warning: "));
     return printable(asLines(faults.warnings, "pbhost: warning: " + shownName + ": "));

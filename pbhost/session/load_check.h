@@ -1,4 +1,4 @@
-// Whether the effect could load its file, and what to tell the user when it could not.
+// Checks whether the effect could load its file, and explains failures.
 #pragma once
 
 #include <cstddef>
@@ -12,31 +12,30 @@
 
 namespace pbhost {
 
-// Whether the instance runs a graph; else its title says so.
+// Whether the instance has loaded a graph or kernel; if not, its title says so.
 bool hasGraph(const hostkit::Effect& effect);
 
-// Why the instance has no graph: what the effect said, and what the file lacks to be one.
-// `shownName` is the user's name for what was to be loaded, `file` the kernel or graph itself; it
-// need not be there.
+// The failure for an instance without a graph: the effect's messages, and hints about the file.
+// `shownName` is the user's name of the input, `file` the kernel or graph itself, which may be
+// missing.
 Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
                     const std::vector<std::string>& messages);
 
-// What the effect said about a graph that it runs, as lines for standard error. Throws Failure
-// (BadKernel), with the driver's log, when a program of the graph does not compile or link. A node
-// without a kernel is for warningsOfWiring.
+// The effect's messages about a loaded graph, as lines for standard error. Throws Failure
+// (BadKernel), with the driver's log, if a program does not compile or link. Nodes without a kernel
+// are reported by warningsOfWiring.
 std::string warningsOfLoad(Session& session, const std::string& file,
                            const std::vector<std::string>& messages);
 
-// What is told of a file besides what the effect says, read once.
+// Facts about a file that the effect does not report.
 struct FileFacts {
-    std::size_t inputs; // that it takes, which may be more than the effect can feed
+    std::size_t inputs; // inputs of the kernel or graph, which may exceed the effect's limit
     WiringFaults wiring;
 };
 FileFacts readFacts(hostkit::Host& host, const std::string& file);
 
-// What the engine passes over in a graph, as lines for standard error. Throws Failure (BadKernel),
-// with all of them, when one makes the picture wrong for certain, or when the caller is strict and
-// there is any.
+// The warnings about a graph's wiring, as lines for standard error. Throws Failure (BadKernel) with
+// all messages if there is an error, or, when strict, a warning.
 std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
                              bool isStrict);
 

@@ -26,7 +26,7 @@ fs::path findModule(const std::string& option) {
     const std::string named = option.empty() ? environment("TVELMARONDINE_MODULE") : option;
     std::error_code ignored;
     const fs::path own = programFolder();
-    // Beside the program or one folder above in a build, under lib where it is installed.
+    // Beside the program or one folder above in a build, in lib when installed.
     for (const fs::path& path :
          {fs::path(named), own / "Tvelmarondine.so", own.parent_path() / "Tvelmarondine.so",
           own.parent_path() / "lib/tvelmarondine/Tvelmarondine.so"}) {
@@ -35,12 +35,12 @@ fs::path findModule(const std::string& option) {
         if (!path.empty() && path == named)
             throw Failure(ExitCode::Usage, named + ": there is no such module");
     }
-    throw Failure(ExitCode::Usage, "Tvelmarondine.so lies neither beside the program, nor one "
-                                   "folder above, nor in ../lib/tvelmarondine; say where with "
+    throw Failure(ExitCode::Usage, "Tvelmarondine.so is neither beside the program, nor one "
+                                   "folder above, nor in ../lib/tvelmarondine; give its path with "
                                    "--module FILE");
 }
 
-// Programs of the build other than pbhost itself have it in a folder beside their own.
+// Other programs of the build, such as tests, find it in the folder pbhost beside theirs.
 fs::path findPictureLibrary() {
     const fs::path name = "libpbhost_pictures.so", own = programFolder();
     std::error_code ignored;

@@ -1,4 +1,4 @@
-// Where the program finds the effect module, the picture formats and the preferences.
+// Search for the effect module, the picture library and the preferences file.
 #pragma once
 
 #include <filesystem>
@@ -6,17 +6,16 @@
 
 namespace pbhost {
 
-// The option's file if it is not empty, else that of the environment's TVELMARONDINE_MODULE, else
-// Tvelmarondine.so beside the program or one folder above. Throws Failure (Usage) when there is
-// none.
+// The option's file if not empty, else that of the environment variable TVELMARONDINE_MODULE, else
+// Tvelmarondine.so beside the program, one folder above, or in ../lib/tvelmarondine. Throws Failure
+// (Usage) if there is none.
 std::filesystem::path findModule(const std::string& option);
 
-// The library of the picture formats, beside the program. Throws Failure (RenderFailed) when it is
-// missing.
+// The picture library beside the program. Throws Failure (RenderFailed) if it is missing.
 std::filesystem::path findPictureLibrary();
 
-// The option's file if it is not empty, else the user's own, which need not be there; empty without
-// a home folder. Throws Failure (Usage) for a folder.
+// The option's file if not empty, else the user's file, which may not exist yet; empty if HOME is
+// not set. Throws Failure (Usage) for a folder.
 std::filesystem::path preferencesFile(const std::string& option);
 
 } // namespace pbhost

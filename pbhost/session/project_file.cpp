@@ -16,7 +16,7 @@ using hostkit::ControlKind;
 using nlohmann::ordered_json;
 
 constexpr int version = 1;
-constexpr char notAProject[] = ": no project that can be read: ";
+constexpr char notAProject[] = ": not a valid project: ";
 
 std::string toHex(const std::vector<std::byte>& bytes) {
     constexpr char digits[] = "0123456789abcdef";
@@ -31,7 +31,7 @@ std::string toHex(const std::vector<std::byte>& bytes) {
 unsigned digitOf(char digit) {
     const std::size_t value = std::string_view("0123456789abcdef").find(digit);
     if (value == std::string_view::npos)
-        throw std::invalid_argument("\"data\" is not made of hexadecimal digits");
+        throw std::invalid_argument("\"data\" contains other characters than hexadecimal digits");
     return static_cast<unsigned>(value);
 }
 
@@ -54,7 +54,7 @@ ProjectFile parse(const ordered_json& json) {
     project.depth = *depth;
     project.seconds = json.at("time").get<double>();
     if (!isTime(project.seconds))
-        throw std::invalid_argument("\"time\" is no time: " + json.at("time").dump());
+        throw std::invalid_argument("\"time\" is not a valid time: " + json.at("time").dump());
     const ordered_json& layer = json.at("layer");
     if (layer.contains("picture")) {
         project.picture = layer.at("picture").get<std::string>();
@@ -67,35 +67,37 @@ ProjectFile parse(const ordered_json& json) {
     return project;
 }
 
-// A stream's value as the project has it, and back. In full, so that a picture comes out the same.
+// Conversion between a stream's value and the project's, with all digits, so that renders are
+// identical.
 ordered_json storedValue(const Scene& scene, const ControlKind& kind,
-                         const hostkit::StreamValue& held) {
+                         const hostkit::StreamValue& value) {
     if (kind.numbers == 1)
-        return held.value.one_d;
+        return value.value.one_d;
     if (kind.numbers > 1)
-        return hostkit::numbersOf(kind, held.value);
-    const std::string file = scene.fileOf(held.value.layer_id);
+        return hostkit::numbersOf(kind, value.value);
+    const std::string file = scene.fileOf(value.value.layer_id);
     return file.empty() ? ordered_json() : ordered_json(file);
 }
 
-hostkit::StreamValue heldValue(Scene& scene, const ControlKind& kind, const ordered_json& stored) {
-    hostkit::StreamValue held;
+hostkit::StreamValue streamValue(Scene& scene, const ControlKind& kind,
+                                 const ordered_json& stored) {
+    hostkit::StreamValue value;
     if (kind.numbers > 0) {
         std::vector<double> numbers(kind.numbers);
         for (std::size_t k = 0; k < kind.numbers; ++k) {
             const std::size_t at = kind.order[k];
             numbers[at] = (kind.numbers == 1 ? stored : stored.at(at)).get<double>();
         }
-        held.value = hostkit::valueOf(kind, numbers);
+        value.value = hostkit::valueOf(kind, numbers);
     } else if (!stored.is_null()) {
         const int bytes = scene.effect.componentBytes();
-        held.value.layer_id =
+        value.value.layer_id =
             scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
     }
-    return held;
+    return value;
 }
 
-// As for --set, but a default fits.
+// Checks the value as --set does, but also accepts the control's default.
 void requireFit(const Scene& scene, std::size_t index, const ordered_json& number) {
     const PF_ParamDef& definition = scene.effect.definitions[index];
     const std::string fault = faultOfNumber(definition, number.get<double>());
@@ -107,7 +109,7 @@ void requireFit(const Scene& scene, std::size_t index, const ordered_json& numbe
 
 hostkit::StreamValue fittingValue(Scene& scene, std::size_t index, const ordered_json& stored) {
     const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
-    const hostkit::StreamValue value = heldValue(scene, kind, stored);
+    const hostkit::StreamValue value = streamValue(scene, kind, stored);
     if (kind.numbers > 0)
         for (const ordered_json& number :
              stored.is_array() ? stored : ordered_json::array({stored}))
@@ -150,9 +152,9 @@ void fillControl(Scene& scene, const ordered_json& stored) {
     stream.set(fittingValue(scene, index, stored.at("value")), 0);
     for (const ordered_json& each : stored.value("keyframes", ordered_json::array())) {
         const auto seconds = each.at("time").get<double>();
-        if (!isTime(std::abs(seconds))) // of the layer, which may begin later
+        if (!isTime(std::abs(seconds))) // layer time, which may be negative
             throw std::invalid_argument("control " + std::to_string(index) +
-                                        ": a keyframe's \"time\" is no time");
+                                        ": a keyframe's \"time\" is not a valid time");
         const std::size_t at = stream.addKeyframe(seconds);
         stream.setKeyframe(at, fittingValue(scene, index, each.at("value")));
         stream.keyframes[at].in = interpolationOf(each, "in");

@@ -1,12 +1,12 @@
-// A project on disk: the layer's picture, the effect's flat block, the values of its controls.
-// JSON, to be read and mended by hand:
+// A project file: the layer's picture, the effect's flat block, and the values of its controls, as
+// JSON that can be edited by hand:
 //
 //   "version": 1, "depth": 8 | 16 | 32, "time": seconds,
 //   "layer": { "picture": FILE } or { "width": pixels, "height": pixels },
 //   "effect": { "title", "data": the flat block in hexadecimal digits, "controls": [ { "index",
 //               "name", "kind", "value", and "keyframes" if there are any } ] }
 //
-// Only the controls that the effect shows are kept. A layer control's value is its picture's file.
+// Only visible controls are stored. The value of a layer control is the file of its picture.
 #pragma once
 
 #include <cstddef>
@@ -19,30 +19,29 @@
 
 namespace pbhost {
 
-// Whether a project can stand at that time, in seconds: times must fit 32 bits.
+// Whether the time, in seconds, fits the 32 bits of the host's times.
 constexpr bool isTime(double seconds) {
     return seconds >= 0 && seconds <= 500000;
 }
 
 struct ProjectFile {
     Depth depth = Depth::Bits8;
-    double seconds = 0;  // where it was rendered last
-    std::string picture; // of the layer; empty: it is transparent and has this size
+    double seconds = 0;  // time of the last render
+    std::string picture; // the layer's picture; empty: transparent, with this size
     unsigned width = 0;
     unsigned height = 0;
     std::vector<std::byte> flatBlock;
     nlohmann::ordered_json controls = nlohmann::ordered_json::array();
 };
 
-// Throws Failure (Usage), with the file and the reason.
+// Throws Failure (Usage) with the file and the reason.
 ProjectFile readProject(const std::string& path);
 
-// Puts the project's values into the instance's streams; reads the pictures of its layer controls.
-// Throws Failure: Usage for controls that the effect does not have or values that do not fit, and
-// BadPicture.
+// Sets the instance's streams to the project's values and reads the pictures of its layer controls.
+// Throws Failure: Usage for unknown controls or invalid values, BadPicture for pictures.
 void fillControls(Scene& scene, const std::string& path, const ProjectFile& project);
 
-// Flattens the instance and writes all of it. Throws Failure (RenderFailed).
+// Flattens the instance and writes the project. Throws Failure (RenderFailed).
 void writeProject(const std::string& path, Scene& scene, double seconds);
 
 } // namespace pbhost

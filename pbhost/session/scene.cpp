@@ -32,7 +32,7 @@ hostkit::Layer& makeLayer(hostkit::Host& host, LayerSource source) {
     return composition.addLayer("picture", footageOf(std::move(source)));
 }
 
-// For messages alone: the block is the effect's own. Empty: it is none.
+// The path in a flat block, for messages only; empty if the block is invalid.
 std::string pathIn(const std::vector<std::byte>& block) {
     const std::string_view bytes(reinterpret_cast<const char*>(block.data()), block.size());
     return bytes.ends_with('\0') ? std::string(readFlatBlock(bytes).filePath) : "";
@@ -66,12 +66,14 @@ void Scene::apply(const std::string& file) {
 
 void Scene::open(const std::string& project, const std::vector<std::byte>& flatBlock) {
     if (pathIn(flatBlock).empty())
-        throw Failure(ExitCode::Usage,
-                      project + ": the project is damaged: its \"data\" names no kernel or graph");
+        throw Failure(
+            ExitCode::Usage,
+            project +
+                ": the project is damaged: its \"data\" contains no path of a kernel or graph");
     shownName_ = project;
     session.require(effect.open(flatBlock));
     if (!hasGraph(effect)) {
-        session.require(effect.doDialog()); // the effect asks where the file is
+        session.require(effect.doDialog()); // the effect opens its file dialog
         session.require(effect.updateParamsUi());
     }
     requireGraph();

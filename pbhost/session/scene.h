@@ -1,5 +1,5 @@
-// What a session has open: one composition with the effect's layer, an instance of the effect on
-// it, and the layers that its layer controls show.
+// The scene of a session: one composition with the effect's layer, an instance of the effect on it,
+// and the layers chosen in its layer controls.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@
 
 namespace pbhost {
 
-// A picture and the file that it came from; empty: it came from none.
+// A picture and its file; the name is empty without a file.
 struct LayerSource {
     Picture picture;
     std::string file; // absolute
@@ -22,53 +22,54 @@ struct LayerSource {
 // Throws Failure (BadPicture).
 LayerSource readSource(const std::string& file, std::optional<Depth> depth);
 
-// The layer that an effect gets without a picture, in pixels.
+// Size of the effect's layer without a picture, in pixels.
 inline constexpr unsigned emptyLayerWidth = 640;
 inline constexpr unsigned emptyLayerHeight = 360;
 
-// Without a file: transparent. Throws Failure (Usage) for an impossible size.
+// A transparent picture without a file. Throws Failure (Usage) for an invalid size.
 LayerSource transparentSource(unsigned width, unsigned height, Depth depth);
 
 class Scene {
 public:
-    // The project takes the depth of the layer's picture.
+    // Sets the project's depth to that of the layer's picture.
     Scene(Session& owner, LayerSource layerSource);
 
-    // Applies the effect to the layer with that file chosen, as a user would choose it. Throws
-    // Failure (BadKernel) when the effect can make no graph of it.
+    // Applies the effect to the layer and chooses the file in its dialog. Throws Failure
+    // (BadKernel) if the effect cannot load it.
     void apply(const std::string& file);
 
-    // The same out of a project. A file that is neither where it was nor under the folder of the
-    // preferences is asked for. `project` is the project's name for messages. The controls have the
-    // kernel's defaults then. Throws Failure, also (Usage) for a block that is damaged.
+    // Opens an instance with the flat block of a project; the controls get the kernel's defaults. A
+    // file that is neither at its old path nor below the preferences' root folder is asked for in a
+    // dialog. `project` is the project's name for messages. Throws Failure; Usage for a damaged
+    // block.
     void open(const std::string& project, const std::vector<std::byte>& flatBlock);
 
-    // Shows what the effect said of the graph. Throws Failure (BadKernel), with the driver's log,
-    // when a program of it does not compile.
+    // Prints the effect's messages about the graph. Throws Failure (BadKernel), with the driver's
+    // log, if a program does not compile.
     void checkPrograms();
 
-    // Shows what is doubtful in how a graph's nodes are connected. Throws Failure (BadKernel) for
-    // what is wrong, and for a caller that is strict for what is doubtful, too. How many inputs the
-    // file takes, which may be more than the effect can feed.
+    // Prints warnings about the graph's wiring. Throws Failure (BadKernel) for errors and, when
+    // strict, for warnings. Returns the number of the file's inputs, which may exceed the effect's
+    // limit.
     std::size_t checkWiring(bool isStrict);
 
-    // A layer below the others; its id. The picture must have the project's depth.
+    // Adds a layer below the others and returns its id. The picture must have the project's depth.
     AEGP_LayerIDVal addLayer(LayerSource source);
 
-    // The file of a layer's picture; empty: none.
+    // The file of a layer's picture; empty if it has none.
     std::string fileOf(AEGP_LayerIDVal layer) const;
 
     Session& session;
     hostkit::Layer& layer;
     hostkit::Effect& effect;
-    std::vector<std::string> messages; // of the loading
+    std::vector<std::string> messages; // of the effect while loading
 
 private:
     const std::string& file();
     void requireGraph();
 
-    std::string shownName_; // of what was loaded
-    std::string file_;      // the kernel or graph; empty: not known yet
+    std::string shownName_; // name of the loaded input, for messages
+    std::string file_;      // the kernel or graph; empty if unknown
 };
 
 } // namespace pbhost

@@ -25,8 +25,8 @@ namespace {
 
 using Lines = hostkit::InfoPanel::Lines;
 
-// What the effect says when nothing is wrong.
-bool isNoise(const Lines& lines) {
+// Whether the message only reports success.
+bool isSuccessMessage(const Lines& lines) {
     for (const LoadTexts& texts : {graphLoadTexts, kernelLoadTexts})
         if (lines.front() == texts.fromMemory || lines.front() == texts.fromFile)
             return true;
@@ -42,7 +42,7 @@ hostkit::Host makeHost(const std::string& option) {
     return orFail(ExitCode::Usage, "", [&] { return hostkit::Host(preferencesFile(option)); });
 }
 
-// A failure of the work goes before the faults, which may have come of it.
+// Prints the faults if the user or the environment asks for them.
 void report(const std::vector<std::string>& faults, bool isVerbose) {
     if (faults.empty() || !(isVerbose || isStrict()))
         return;
@@ -55,7 +55,7 @@ void report(const std::vector<std::string>& faults, bool isVerbose) {
 QuietOutput::QuietOutput(bool isVerbose) : saved_(::dup(STDOUT_FILENO)) {
     std::fflush(stdout);
     const int other = isVerbose ? ::dup(STDERR_FILENO) : ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (other < 0 || other == STDOUT_FILENO) // it was closed, and its number is taken now
+    if (other < 0 || other == STDOUT_FILENO) // standard output was closed
         return;
     ::dup2(other, STDOUT_FILENO);
     ::close(other);
@@ -63,7 +63,7 @@ QuietOutput::QuietOutput(bool isVerbose) : saved_(::dup(STDOUT_FILENO)) {
 
 QuietOutput::~QuietOutput() {
     std::fflush(stdout);
-    if (saved_ < 0) // there was none
+    if (saved_ < 0) // standard output was closed
         return;
     ::dup2(saved_, STDOUT_FILENO);
     ::close(saved_);
@@ -72,7 +72,7 @@ QuietOutput::~QuietOutput() {
 Session::Session(const SessionOptions& sessionOptions)
     : options(sessionOptions), quiet(options.isVerbose), host(makeHost(options.preferences)),
       dialogs(options.answers) {
-    host.scripts.person = [this](const hostkit::Question& question) {
+    host.scripts.askUser = [this](const hostkit::Question& question) {
         return dialogs.answer(question);
     };
     if (options.isVerbose)
@@ -94,7 +94,7 @@ void Session::require(PF_Err error) const {
 std::vector<std::string> Session::takeMessages() {
     std::vector<std::string> all;
     for (const Lines& lines : host.infoPanel.messages())
-        if (!lines.empty() && !isNoise(lines))
+        if (!lines.empty() && !isSuccessMessage(lines))
             all.insert(all.end(), lines.begin(), lines.end());
     host.infoPanel.clear();
     return all;
@@ -102,12 +102,12 @@ std::vector<std::string> Session::takeMessages() {
 
 std::string Session::takeErrorLog() {
     const TemporaryFolder folder;
-    const auto listener = std::exchange(host.infoPanel.onMessage, {});
-    const auto person = std::exchange(host.scripts.person, {});
+    const auto onMessage = std::exchange(host.infoPanel.onMessage, {});
+    const auto askUser = std::exchange(host.scripts.askUser, {});
     host.scripts.answers = {"yes", folder.path};
     require(plugin->about());
-    host.infoPanel.onMessage = listener;
-    host.scripts.person = person;
+    host.infoPanel.onMessage = onMessage;
+    host.scripts.askUser = askUser;
     host.infoPanel.clear();
     std::ifstream file(folder.path + errorLogFile, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -133,7 +133,7 @@ std::string Session::finish(std::string text) {
     const std::vector<std::string> faults = end();
     report(faults, options.isVerbose);
     if (isStrict() && !faults.empty())
-        throw Failure(ExitCode::RenderFailed, "the module did something wrong");
+        throw Failure(ExitCode::RenderFailed, "the module caused faults");
     return text;
 }
 

@@ -1,8 +1,7 @@
-// The substitute host with the effect module set up in it, for as long as the work of one command
-// lasts.
+// The substitute host with the effect module set up, for the work of one command.
 //
-// While it stands, standard output is closed to the module, which prints the text of a shader that
-// fails: with --verbose that goes to standard error, else nowhere.
+// While a session exists, standard output is redirected, because the module prints the text of
+// shaders that fail: to standard error with --verbose, otherwise to /dev/null.
 #pragma once
 
 #include <optional>
@@ -16,9 +15,9 @@
 namespace pbhost {
 
 struct SessionOptions {
-    std::string module;               // file; empty: the usual places
+    std::string module;               // file; empty: searched (findModule)
     std::string preferences;          // file; empty: the user's own
-    std::vector<std::string> answers; // to the effect's questions, in their order
+    std::vector<std::string> answers; // to the effect's dialogs, in order
     bool isVerbose = false;
 };
 
@@ -35,28 +34,28 @@ private:
 
 class Session {
 public:
-    // Throws Failure: Usage for the module and the preferences, RenderFailed for the setup.
+    // Throws Failure: Usage for the module or the preferences, RenderFailed for global setup.
     explicit Session(const SessionOptions& sessionOptions);
-    // Ends the module, unless that is done, and shows its faults as `finish` does.
+    // Ends the module if that was not done, and reports its faults as `finish` does.
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    // Throws Failure (RenderFailed), with the command, for a command's error.
+    // Throws Failure (RenderFailed), naming the last command, if `error` is not 0.
     void require(PF_Err error) const;
 
-    // The lines of the Info panel that came since the last call, without those that say that all is
-    // well.
+    // The lines on the Info panel since the last call, without messages of success.
     std::vector<std::string> takeMessages();
 
-    // What the effect's error log holds; the log is empty from then on.
+    // Exports and returns the effect's error log, which empties it.
     std::string takeErrorLog();
 
-    // Ends the module; what it did wrong in the eyes of the host, a sentence each.
+    // Sends global setdown and returns the module's faults and unreleased objects, one sentence
+    // each.
     std::vector<std::string> end();
 
-    // Ends the module and gives the text back. The module's faults are shown with --verbose, and
-    // with TVELMARONDINE_STRICT=1 in the environment, where they become a Failure, too.
+    // Ends the module and returns the text. The module's faults are printed with --verbose or with
+    // TVELMARONDINE_STRICT=1 in the environment; the latter also makes them a Failure.
     std::string finish(std::string text);
 
     const SessionOptions options;

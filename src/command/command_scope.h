@@ -1,15 +1,15 @@
-// The frame of a running command. While a CommandScope exists, any code can reach the command's
+// The frame of a running command. While a CommandScope exists, all code can access the command's
 // input record and its table of suites, and through them the host's heap.
 //
-// The entry point makes a scope on its stack before it dispatches the command and destroys it last.
-// A command that the host sends while another one runs pushes a scope of its own; currentScope is
-// the newest. One thread only.
+// The entry point creates a scope on its stack before it dispatches the command and destroys it
+// last. A command that the host sends while another one runs has its own scope; currentScope is the
+// newest. One thread only.
 #pragma once
 
 #include "command/suite_table.h"
 #include "sdk/pf_types.h"
 
-// What a running command owns; lives in a locked host handle of its own.
+// What a running command owns; stored in its own locked host handle.
 struct CommandContext {
     PF_Handle handle; // the handle that holds this record
     PF_InData* inData;
@@ -18,8 +18,8 @@ struct CommandContext {
 
 class CommandScope {
 public:
-    // When inData is null or the host has no memory, the scope has no context, and the command runs
-    // without a heap. Throws `long` 516 when inData has no basic suite.
+    // If inData is null or the host has no memory, the scope has no context, and the command runs
+    // without a heap. Throws `long` 516 if inData has no basic suite.
     CommandScope(A_long selector, A_long pluginId, PF_InData* inData);
     ~CommandScope();
     CommandScope(const CommandScope&) = delete;
@@ -38,7 +38,7 @@ extern CommandScope* currentScope;
 // ends.
 extern A_long currentPluginId;
 
-// The input record and the suites of the newest scope; null when there is no scope, or when the
-// scope has no context.
+// The input record and the suites of the newest scope; null if there is no scope, or if it has no
+// context.
 PF_InData* currentInData();
 SuiteTable* currentSuites();

@@ -1,7 +1,7 @@
 // A table of host suites, one slot for each name and version. A suite is acquired on first use; all
 // are released when the table is destroyed.
 //
-// Every command has one table; code that needs several suites for a short time makes one on its
+// Every command has one table; code that needs several suites for a short time creates one on its
 // stack. A suite pointer is valid as long as its table.
 #pragma once
 
@@ -13,14 +13,14 @@
 
 class SuiteTable {
 public:
-    // Throws `long` 516 when basic is null.
+    // Throws `long` 516 if basic is null.
     explicit SuiteTable(SPBasicSuite* basic);
     ~SuiteTable();
     SuiteTable(const SuiteTable&) = delete;
     SuiteTable& operator=(const SuiteTable&) = delete;
 
-    // The suite that is known by the name and the version of this record; there must be a slot for
-    // the pair. Throws `long` 516 when the host refuses the suite.
+    // The suite with the name and the version of this record; there must be a slot for the pair.
+    // Throws `long` 516 if the host does not have the suite.
     template<class Suite>
     const Suite* suite() {
         const Suite* found = find<Suite>();
@@ -29,7 +29,7 @@ public:
         return found;
     }
 
-    // The same for code that must not throw: null when the host refuses the suite.
+    // The same for code that must not throw: null if the host does not have the suite.
     template<class Suite>
     const Suite* find() {
         constexpr std::size_t slot = suiteSlotIndex(Suite::name, Suite::version);

@@ -1,7 +1,6 @@
 #include "engine/channel_scale.h"
 
-// Both loops have no branch and stay within 16 bits, so that a compiler can take eight or sixteen
-// channels at a time.
+// Both loops have no branches and use only 16 bits, so that a compiler can vectorize them.
 
 void doubleChannels(const std::uint16_t* from, std::uint16_t* to, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {

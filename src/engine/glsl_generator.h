@@ -1,4 +1,4 @@
-// Makes the two texts of an OpenGL program from a kernel: a fixed prelude, the kernel's body, a
+// Generates the two shaders of a program from a kernel: a fixed prelude, the kernel's body, a
 // `main`. There is no other translation; what the prelude does not define is an error of the GLSL
 // compiler.
 //
@@ -11,27 +11,27 @@
 
 #include "pixelbender/model.h"
 
-// Inputs that one program can be fed with: on texture units 1 to 8.
+// The largest number of inputs of a program; they use the texture units 1 to 8.
 inline constexpr std::size_t maxKernelInputs = 8;
 
-// A kernel that stands alone: its parameters are uniforms. Always 0.
+// For a standalone kernel: its parameters are uniforms. Always returns 0.
 int generateKernelShaders(const pbKernelInfo& kernel, NarrowString& vertexText,
                           NarrowString& fragmentText, std::uint32_t swizzle);
 
-// A node of a graph: the graph's parameters are uniforms, and the kernel's are computed from them
-// at the start of each shader. 0; -1, with the texts unchanged, when no kernel has the node's name.
-// nodeIndex must be below the number of nodes.
+// For a node of a graph: the graph's parameters are uniforms, and the kernel's are computed from
+// them at the start of each shader. Returns 0, or -1 with the texts unchanged if no kernel has the
+// node's name. nodeIndex must be below the number of nodes.
 int generateNodeShaders(const pbGraphInfo& graph, std::size_t nodeIndex, NarrowString& vertexText,
                         NarrowString& fragmentText, std::uint32_t swizzle);
 
-// The implementation of both; graph and node are used only when standalone is false.
+// The implementation of both; graph and node are used only if standalone is false.
 void generateShaders(const pbKernelInfo& kernel, const pbGraphInfo* graph, const pbgNodeInfo* node,
                      bool standalone, std::uint32_t swizzle, NarrowString& vertexText,
                      NarrowString& fragmentText);
 
-// The name of the float varying that stands for an int or bool dependent, since GLSL has no
-// varyings of these types: `tvek_` in front, or `_tvek` in front of a name that begins with `_`.
+// The name of the float varying that passes an int or bool dependent, because GLSL has no varyings
+// of these types: the prefix `tvek_`, or `_tvek` for a name that begins with `_`.
 NarrowString dependentVaryingName(std::string_view name);
 
-// The kernel that a node runs: the first of its name; null when there is none.
+// The kernel that a node runs: the first with its name; null if there is none.
 const pbKernelInfo* kernelOfNode(const pbGraphInfo& graph, const pbgNodeInfo& node);

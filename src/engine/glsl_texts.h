@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-// The kernel language's words in GLSL. Two words are defined as empty: their lines end in a blank.
+// The kernel language's keywords in GLSL. Two are defined as empty: their lines end in a blank.
 inline constexpr std::string_view glslDefinitions = R"glsl(#define AIF_FLASH_TARGET 0
 #define input uniform
 #define output 
@@ -34,8 +34,8 @@ inline constexpr std::string_view glslDefinitions = R"glsl(#define AIF_FLASH_TAR
 #define inverseSqrt inversesqrt
 )glsl";
 
-// The kernel language's built-in functions, with the uniforms that the engine sets for each
-// frame. Coordinates are pixels of the full resolution, whatever the downsampling.
+// The kernel language's built-in functions, with the uniforms that the engine sets for each frame.
+// Coordinates are always pixels at full resolution.
 inline constexpr std::string_view glslPrelude = R"glsl(uniform vec2 tvek_outputPixelSize;
 uniform vec2 tvek_texturePixelSize[tvek__INPUT_MAX];
 varying vec4 tvek_vertexPosition;

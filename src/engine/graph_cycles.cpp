@@ -8,7 +8,7 @@ namespace {
 
 enum class Visit { Unseen, Open, Closed };
 
-// An open node that is met again lies on a cycle; a closed one needs no second look.
+// Reaching an open node means a cycle; a closed one need not be visited again.
 bool meetsOpenNode(const NodeBase& node, std::unordered_map<const NodeBase*, Visit>& visits) {
     Visit& visit = visits[&node];
     if (visit != Visit::Unseen)

@@ -3,5 +3,5 @@
 
 class NodeBase;
 
-// True if any node that `output` depends on depends on itself. Looks at each node once.
+// True if any node that `output` depends on depends on itself. Visits each node once.
 bool hasCycle(const NodeBase& output);

@@ -32,7 +32,7 @@ void uploadMatrix(GLint location, const pbValue& value) {
     (*send[size - 2])(location, 1, GL_FALSE, value.floats.data());
 }
 
-// By the hint for the control; null: the hint decides nothing. In the order of pbUIControl.
+// By the hint for the control, in the order of pbUIControl; null: not decided by the hint.
 constexpr std::array<Upload, 7> uploadsOfHints = {
     nullptr,
     uploadInts<1>,   // popup
@@ -40,10 +40,10 @@ constexpr std::array<Upload, 7> uploadsOfHints = {
     uploadFloats<1>, // percent slider
     uploadFloats<1>, // one-channel colour
     uploadFloats<2>, // point
-    nullptr,         // colour: by the element type, see uploadOfColor
+    nullptr,         // by the element type, see uploadOfColor
 };
 
-// By the parameter type; null: it decides nothing. In the order of pbParameterType.
+// By the parameter type, in the order of pbParameterType; null: not decided by it.
 constexpr std::array<Upload, 14> uploadsOfParameterTypes = {
     nullptr,         uploadFloats<1>, // angleDegrees
     nullptr,         nullptr,         nullptr, nullptr,
@@ -56,7 +56,7 @@ constexpr std::array<Upload, 14> uploadsOfParameterTypes = {
     nullptr,         nullptr,
 };
 
-// By the element type alone, in the order of pbElementType.
+// By the element type, in the order of pbElementType.
 constexpr std::array<Upload, 25> uploadsOfElementTypes = {
     uploadNothing,   uploadInts<1>,   uploadInts<2>,   uploadInts<3>,
     uploadInts<4>,   uploadFloats<1>, uploadFloats<2>, uploadFloats<3>,
@@ -69,14 +69,14 @@ constexpr std::array<Upload, 25> uploadsOfElementTypes = {
     uploadFloats<2>, uploadFloats<3>, uploadFloats<4>,
 };
 
-// A colour has three or four components, or none that could be sent.
+// Colours have three or four components; nothing is sent for other types.
 Upload uploadOfColor(pbElementType type) {
     if (type == pbTypeFloat4 || type == pbTypePixel4)
         return uploadFloats<4>;
     return type == pbTypeFloat3 || type == pbTypePixel3 ? uploadFloats<3> : uploadNothing;
 }
 
-// The hint goes before the parameter type, and that before the element type.
+// The hint takes precedence over the parameter type, and that over the element type.
 Upload uploadOf(const pbParameter& parameter) {
     if (parameter.aeUIControl == pbControlColor)
         return uploadOfColor(parameter.type);

@@ -14,13 +14,13 @@
 struct GraphParameter : aeBase {
     explicit GraphParameter(const pbParameter& source);
 
-    // Sets the uniform of the parameter's whole name; does nothing when the program has none. The
+    // Sets the uniform with the parameter's full name; does nothing if the program has none. The
     // program must be in use, in the device's context.
     void apply(GLuint program) const;
 
     std::int32_t slot = -1; // the first effect control of the parameter; -1: none
     pbParameter parameter;
-    pbValue value; // at first the default, zeros when the file has none
+    pbValue value; // initially the default, or zeros if the file has none
 
 private:
     using Upload = void (*)(GLint location, const pbValue& value);

@@ -10,17 +10,17 @@
 
 namespace {
 
-// The part of an image, along one axis, that is inside the frame. In pixels.
+// The part of an image that is inside the frame, along one axis, in pixels.
 struct Span {
-    std::int64_t skipped; // pixels of the image in front of the frame
-    std::int64_t offset;  // where the first visible pixel lies in the frame
+    std::int64_t skipped; // pixels of the image before the frame
+    std::int64_t offset;  // position of the first visible pixel in the frame
     std::int64_t length;
 };
 
 // Larger than any image in memory, and small enough that sums of sizes do not overflow.
 constexpr std::uint32_t largestSize = 1U << 24;
 
-// Of the staging area for 16 bits: 64 KB, small enough for any thread's stack.
+// Size of the staging area for 16-bit channels: 64 KB, small enough for any thread's stack.
 constexpr std::int64_t stagingChannels = 1 << 15;
 
 bool isSize(std::uint32_t pixels) {
@@ -33,7 +33,7 @@ Span clip(std::int32_t origin, std::uint32_t length, std::uint32_t frameLength) 
     return {skipped, offset, std::min(length - skipped, frameLength - offset)};
 }
 
-// Where an image's pixels lie in the frame.
+// The position of an image's pixels in the frame.
 struct Placement {
     Placement(const ImageSlot& image, const FrameDescription& frame)
         : columns(clip(image.originX, std::min(image.width, image.rowPixels), frame.width)),
@@ -64,8 +64,8 @@ void send(const Pixels& pixels, GLenum format, GLenum type) {
                     type, pixels.first);
 }
 
-// A few rows at a time, or a part of a long row, in a staging area that stays in the cache and ends
-// with the call. Nothing is allocated for it: a frame must not fail half way.
+// Sends a few rows at a time, or a part of a long row, through a staging area on the stack that
+// fits the cache. Allocates nothing, because a frame must not fail halfway.
 void sendDoubled(const Pixels& pixels, const ChannelFormat& format) {
     std::array<std::uint16_t, stagingChannels> staging;
     const std::int64_t components = format.components;
@@ -85,7 +85,7 @@ void sendDoubled(const Pixels& pixels, const ChannelFormat& format) {
         }
 }
 
-// Into the texture that is bound.
+// Uploads into the bound texture.
 void upload(const ImageSlot& image, const Placement& place) {
     const DepthFormat& depth = depthFormat(image.componentBytes);
     const ChannelFormat& format = channelFormat(image.channels);
@@ -141,7 +141,7 @@ void ImageNode::render(const FrameDescription& frame) {
 void ImageNode::readBack(const FrameDescription& target) {
     const DepthFormat& depth = depthFormat(target.componentBytes);
     const GLenum format = channelFormat(target.channels).imageReadBack;
-    // The texture has the frame's size, which may be larger than the output: only as much is read
+    // The texture has the frame's size, which may be larger than the output's: only as much is read
     // as the output can hold.
     const bool isHalved = depth.componentBytes == 2 && format == GL_ABGR_EXT;
     readFramebuffer(target_, {0, 0, target.width, target.height, target.rowPixels, format,

@@ -9,10 +9,10 @@ public:
     ImageNode(pbGraph& owner, std::string_view imageName);
 
     bool isKernel() const override { return false; }
-    // Reads the texture from its first pixel, cut to the target's size, whatever `done` is.
+    // Reads the texture from its first pixel, cut to the target's size, regardless of `done`.
     void readBack(const FrameDescription& target) override;
     // Uploads the image into a transparent texture of the frame's size. Without an image for its
-    // slot the whole texture is transparent.
+    // slot, the whole texture is transparent.
     void render(const FrameDescription& frame) override;
     void reset() override;
     PixelSize pixelSize(const FrameDescription& frame) const override;

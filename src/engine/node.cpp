@@ -62,14 +62,14 @@ void Node::render(const FrameDescription& frame) {
     if (impl->isLinked)
         useProgram(frame);
     else
-        glUseProgram(0); // the fixed pipeline draws
+        glUseProgram(0); // the fixed-function pipeline draws
     const bool isNearest =
         readsPixelCentres_ && frame.downsampleX == 1.0F && frame.downsampleY == 1.0F;
     if (isNearest)
         filterInputs(GL_NEAREST);
     impl->draw(frame);
     if (isNearest)
-        filterInputs(GL_LINEAR); // which every texture has but for such a draw
+        filterInputs(GL_LINEAR); // the default of every texture
     for (const Connection& connection : connections)
         if (connection.source != nullptr)
             connection.source->endRead();

@@ -9,7 +9,7 @@
 
 class Node : public NodeBase {
 public:
-    // Both compile the kernel at once and keep nothing of the model.
+    // Both compile the kernel immediately and store nothing of the model.
     Node(pbGraph& owner, const pbKernelInfo& kernel);
     Node(pbGraph& owner, const pbGraphInfo& graphInfo, std::size_t nodeIndex);
 
@@ -31,7 +31,7 @@ private:
     void filterInputs(GLint filter) const;
 
     HostVector<const GraphParameter*>
-        parameters_; // those that are uniforms of the program; not owned
+        parameters_; // the uniforms of the program among them; not owned
     bool readsPixelCentres_ = false;
 };
 

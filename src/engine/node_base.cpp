@@ -16,8 +16,8 @@ void NodeBase::endRead() {
 }
 
 void bindTexture(GLuint textureName, GLuint program, const char* inputName, GLuint unit) {
-    // GL_TEXTURE_2D stays disabled: shaders do not need it, and the fixed pipeline, which draws
-    // for a program that failed, must give plain white.
+    // GL_TEXTURE_2D stays disabled: shaders do not need it, and the fixed-function pipeline, which
+    // draws for a program that failed, must give plain white.
     glActiveTexture(GL_TEXTURE0 + unit);
     glBindTexture(GL_TEXTURE_2D, textureName);
     glUniform1i(glGetUniformLocation(program, inputName), static_cast<GLint>(unit));

@@ -10,9 +10,9 @@
 
 namespace {
 
-// GLSL's `discard` keeps the pixel that was there, which must be transparent black then. The word
-// may stand anywhere in the text; the preprocessor could also join it of two halves, by ## or over
-// the end of a line.
+// GLSL's `discard` keeps the old pixel, which must be transparent black then. The word may be
+// anywhere in the text; the preprocessor could also join it from two parts, with ## or a continued
+// line.
 bool mayDiscard(const NarrowString& fragmentText) {
     const auto has = [&](const char* part) {
         return fragmentText.find(part) != NarrowString::npos;

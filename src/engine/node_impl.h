@@ -1,8 +1,8 @@
 // The OpenGL side of a kernel node: its program and the texture that it draws into.
 //
 // Construction, destruction and all operations need the device's context current. A program that
-// does not compile or link is reported once, when it is built; drawing then gives the fixed
-// pipeline's white.
+// does not compile or link is reported once, when it is built; drawing then gives the
+// fixed-function pipeline's white.
 #pragma once
 
 #include <cstdint>
@@ -29,5 +29,5 @@ private:
     void buildObjects(std::string_view name, const NarrowString& vertexText,
                       const NarrowString& fragmentText);
 
-    bool mayLeavePixels_ = false; // the quad need not write every pixel
+    bool mayLeavePixels_ = false; // false: the quad writes every pixel
 };

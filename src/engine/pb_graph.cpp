@@ -22,16 +22,16 @@ bool hasTooManyInputs(const pbGraphInfo& graph) {
     });
 }
 
-// The input of that name; null when the kernel has none.
+// The input with that name; null if the kernel has none.
 Connection* findInput(NodeBase& node, std::string_view name) {
-    // A graph file's names are cut to a name field, a kernel's own may be longer.
+    // Names in a graph file are cut to a name field, names in a kernel may be longer.
     for (Connection& connection : node.connections)
         if (std::string_view(connection.name.data()).substr(0, pbName().size() - 1) == name)
             return &connection;
     return nullptr;
 }
 
-// For each node that the output needs.
+// Called for each node that the output needs.
 void countReaders(NodeBase& node) {
     for (const Connection& connection : node.connections)
         if (connection.source != nullptr && ++connection.source->readerCount == 1)
@@ -154,7 +154,7 @@ void pbGraph::closeOpenInputs() {
         }
 }
 
-// A frame allocates nothing of the host's memory.
+// Reserves memory, so that a frame allocates none.
 void pbGraph::prepareReuse() {
     spareTextures.reserve(nodes.size());
     if (output() != nullptr)
@@ -167,7 +167,7 @@ NodeBase* pbGraph::output() const {
 }
 
 void pbGraph::render(const FrameDescription& frame) {
-    takeError(); // what came before is not this frame's
+    takeError(); // errors from before are not this frame's
     std::erase_if(spareTextures, [&](RenderTexture* texture) {
         const bool isKept = hasStorage(*texture, frame, frame.componentBytes);
         if (!isKept)
@@ -214,7 +214,7 @@ void pbGraph::reportFrameError(unsigned int error) {
     message.append(name).append(" OpenGL error: ").append(errorText(error)).append("\n");
     reportMessage(message.c_str(), ChannelTrace);
     reportMessage(message.c_str(), ChannelInfo);
-    if (isNew) // not once for each frame of a sequence
+    if (isNew) // reported once for consecutive frames
         reportMessage(message.append("\n").c_str() + failureMark.size(), ChannelErrorLog);
 }
 

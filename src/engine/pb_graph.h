@@ -29,9 +29,9 @@ public:
     // The graph must be runnable.
     void render(const FrameDescription& frame);
 
-    // Ends the frame for every node, and sets frameError. An error means that what was read back is
-    // not the graph's result; it is reported to the developer and to the user, and logged unless
-    // the frame before had the same error.
+    // Ends the frame for every node, and sets frameError. An error means that the pixels that were
+    // read back are not the graph's result; it is reported to the developer and to the user, and
+    // logged unless the previous frame had the same error.
     void resetNodes();
 
     // The image nodes, counted in the order of `nodes`; null for an index that has none.
@@ -53,15 +53,15 @@ public:
     void reportGraph() const;
 
     NarrowString name;
-    NarrowString infoText; // what the user reads about the file
+    NarrowString infoText; // information about the file for the user
     bool failed = false;   // a cycle, or a kernel with too many inputs
     std::int32_t outputNode = -1;
     HostVector<std::unique_ptr<NodeBase>> nodes;
     std::uint32_t swizzle; // index into channelOrders
     HostVector<std::unique_ptr<GraphParameter>> parameters;
-    unsigned int frameError = 0; // the first that OpenGL had in the last frame; 0: none
-    HostVector<RenderTexture*> spareTextures; // hold storage; the capacity is that of all nodes
-    bool keepsTextures = false;   // between frames, with their storage; costs their memory
+    unsigned int frameError = 0;              // first OpenGL error of the last frame; 0: none
+    HostVector<RenderTexture*> spareTextures; // with storage; the capacity is the number of nodes
+    bool keepsTextures = false;               // whether storage is kept between frames
     GlTexture transparentTexture; // for inputs that are not connected; 0 if there are none
 
 private:

@@ -24,7 +24,7 @@ inline constexpr std::array<DepthFormat, 3> depthFormats = {{
 struct ChannelFormat {
     std::uint32_t channels;
     std::uint32_t components; // of the upload format
-    GLenum upload;            // also for the storage that the upload goes to
+    GLenum upload;            // also for the storage of the texture
     GLenum drawStorage;
     GLenum nodeReadBack;
     GLenum imageReadBack;
@@ -37,7 +37,7 @@ inline constexpr std::array<ChannelFormat, 4> channelFormats = {{
     {4, 4, GL_RGBA, GL_BGRA, GL_RGBA, GL_ABGR_EXT},
 }};
 
-// A code in no row counts as 8 bits, or as 4 channels.
+// An unknown code is treated as 8 bits, or as 4 channels.
 constexpr const DepthFormat& depthFormat(std::uint32_t componentBytes) {
     for (const DepthFormat& row : depthFormats)
         if (row.componentBytes == componentBytes)

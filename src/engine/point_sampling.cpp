@@ -16,7 +16,7 @@ public:
 
 private:
     bool isCentred_ = true;
-    std::size_t expected_ = 0; // the next place in the form of a centred call; 0: outside a call
+    std::size_t expected_ = 0; // the next expected token of a centred call; 0: outside a call
 };
 
 constexpr std::string_view anyName;

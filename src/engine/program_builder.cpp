@@ -27,7 +27,7 @@ constexpr Stage fragmentStage = {GL_FRAGMENT_SHADER, "fragment", fragmentTag,
 using InfoLog = std::array<char, 1024>;
 constexpr GLsizei infoLogLimit = 1023;
 
-// The mark, the name and what happened, to the developer and to the user.
+// Reports the mark, the name and what happened to the developer and to the user.
 void reportFailure(std::string_view name, std::string_view what) {
     NarrowString message(failureMark);
     message.append(name).append(what);
@@ -73,7 +73,8 @@ void reportLinkFailure(std::string_view name, std::string_view log) {
     reportLog(name, linkTag, log);
 }
 
-// False, and a report, for a program that OpenGL cannot link, and that some drivers crash over.
+// Returns false and reports an error for a program with too many varyings, with which some drivers
+// crash.
 bool checkVaryings(std::string_view name, const NarrowString& fragmentText) {
     const std::int64_t needed = countVaryingComponents(fragmentText);
     GLint limit = 0;

@@ -21,7 +21,7 @@ GlTexture makeTexture() {
     return texture;
 }
 
-// The part of a read, along one axis, that is inside the texture. In pixels of the target.
+// The part of a read that is inside the texture, along one axis, in pixels of the target.
 struct Span {
     std::int64_t first;
     std::int64_t end;
@@ -32,7 +32,7 @@ Span insideTexture(std::int32_t origin, std::uint32_t length, std::uint32_t text
             std::min<std::int64_t>(length, std::int64_t{textureLength} - origin)};
 }
 
-// Only what OpenGL has written: the rest of the target is unchanged.
+// Halves only what OpenGL has written; the rest of the target is unchanged.
 void halvePixels(const RenderTexture& target, const PixelRead& read, std::uint32_t width) {
     const Span columns = insideTexture(read.x, width, target.width);
     const Span rows = insideTexture(read.y, read.height, target.height);

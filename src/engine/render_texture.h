@@ -1,4 +1,4 @@
-// What both kinds of node use: a texture with a framebuffer, its storage, and reading it back to
+// Shared by both kinds of node: a texture with a framebuffer, its storage, and reading it back to
 // host memory.
 //
 // Everything needs the device's context current, and uses texture unit 0.
@@ -9,18 +9,17 @@
 #include "engine/frame_description.h"
 #include "gpu/gl_names.h"
 
-// A texture that can be sampled and drawn into. Outside its edges it reads as transparent black. It
-// has the same two names as long as it exists; between frames its storage is a single pixel unless
-// it is kept.
+// A texture that can be sampled and drawn into. It reads as transparent black outside its edges.
+// Its two OpenGL names never change; between frames its storage is one pixel unless it is kept.
 struct RenderTexture {
     static RenderTexture create();
 
     void attach() const; // the framebuffer must be bound
-    // New storage, whose pixels are undefined until they are written.
+    // Allocates new storage, whose pixels are undefined until they are written.
     void setStorage(std::uint32_t newWidth, std::uint32_t newHeight,
                     std::uint32_t newComponentBytes, unsigned int format);
-    void shrink();      // to a single pixel; does nothing when it has only that
-    void clear() const; // to transparent black, at its present size
+    void shrink();      // to one pixel; does nothing if it has only one
+    void clear() const; // to transparent black
 
     GlTexture texture;
     GlFramebuffer framebuffer;

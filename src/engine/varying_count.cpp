@@ -51,8 +51,7 @@ Number combined(std::string_view sign, Number left, Number right) {
     return limited(sign == "*" ? *left * *right : *left / *right);
 }
 
-// The expressions behind the names of constants and macros, evaluated when an array's bound uses
-// them.
+// The expressions of constants and macros, by name, evaluated when the size of an array uses them.
 class Constants {
 public:
     void define(std::string_view name, Tokens expression) { expressions_[name] = expression; }
@@ -108,7 +107,8 @@ private:
         return token;
     }
 
-    // A name may be defined by itself, or by sums of names that are sums of names, and so on.
+    // Limits the evaluation: a name may be defined by itself, or by sums of names that are sums of
+    // names.
     static constexpr int mostAtoms = 256;
 
     std::unordered_map<std::string_view, Tokens> expressions_;
@@ -167,7 +167,7 @@ private:
         }
     }
 
-    // What a macro stands for counts as used.
+    // The expansion of a macro counts as used.
     void takeMacro() {
         std::size_t end = 3;
         for (; end < rest_.size() && rest_[end].isDirective && rest_[end].text != "#"; ++end)
@@ -176,7 +176,7 @@ private:
         rest_ = rest_.subspan(end);
     }
 
-    // Text that only the vertex stage compiles does not count.
+    // Skips text that only the vertex shader compiles.
     void skipGuarded() {
         int depth = 0;
         do {
@@ -186,7 +186,7 @@ private:
         } while (!rest_.empty() && depth > 0);
     }
 
-    // Skips two words and a list up to its ';', and passes each item of the list to `action`.
+    // Skips two tokens and a list up to its ';', and passes each item of the list to `action`.
     template<class Action>
     void forEachDeclarator(Action action) {
         rest_ = rest_.subspan(2);
@@ -220,7 +220,7 @@ private:
 } // namespace
 
 std::int64_t countVaryingComponents(std::string_view fragmentText) {
-    // The prelude's functions are there in each program and called in few.
+    // The prelude's functions are in every program, but few programs call them.
     if (const std::size_t prelude = fragmentText.find(glslPrelude);
         prelude != std::string_view::npos)
         fragmentText.remove_prefix(prelude + glslPrelude.size());

@@ -15,7 +15,7 @@ namespace {
 using NameBuffer = std::array<char, 64>;
 
 NameBuffer deviceName{};
-NameBuffer className{}; // of the device that was made last
+NameBuffer className{}; // of the newest device
 
 // False if the text does not fit; the result is then empty.
 bool joinName(NameBuffer& result, std::string_view prefix) {
@@ -27,7 +27,7 @@ bool joinName(NameBuffer& result, std::string_view prefix) {
     return true;
 }
 
-// True if the class is there in the end: a module that was loaded earlier may have left it.
+// True if the class exists afterwards; an earlier instance of the module may have registered it.
 bool haveWindowClass(HINSTANCE instance) {
     WNDCLASSEXA description{};
     if (GetClassInfoExA(instance, className.data(), &description))

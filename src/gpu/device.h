@@ -1,5 +1,5 @@
-// The effect's OpenGL context, on a hidden window, and how it is made current for a time. The
-// caller keeps the three handles; a module has one device.
+// The effect's OpenGL context on a hidden window, and making it current for a limited time. The
+// caller stores the three handles; a module has one device.
 //
 // Nothing here reports an error: without a context the handles are null, a ContextSwitch then makes
 // no context current, and OpenGL ignores all calls.
@@ -13,11 +13,11 @@ struct Device {
     HGLRC glRenderContext = nullptr;
 };
 
-// Sets the name of the window and its class; cut at 63 bytes. createDevice needs one of at most 45.
+// Sets the name of the window and its class; cut at 63 bytes. createDevice requires at most 45.
 void setDeviceName(const char* name);
 
-// Writes nothing if the name is too long or the window class is refused; of the rest, what cannot
-// be created is null. Once there is a window, no context is current, whatever was before.
+// Writes nothing if the name is too long or the window class cannot be registered; otherwise,
+// handles that cannot be created are null. After a window was created, no context is current.
 void createDevice(HWND& window, HDC& deviceContext, HGLRC& renderContext);
 
 // The window is kept until the module is unloaded. Handles that are null or destroyed are ignored.
@@ -55,6 +55,6 @@ private:
 
 // Write to the debug output; each needs a current context.
 void reportVersion();
-// Removes one error from OpenGL's list and gives its code; 0: there was none.
+// Removes one error from OpenGL's list and returns its code; 0: there was none.
 unsigned int reportError();
 unsigned int reportErrorAfter(const char* text);

@@ -12,7 +12,7 @@ namespace {
 
 GLenum firstError = GL_NO_ERROR; // that checkStep removed from OpenGL's list
 
-// A driver's list has few entries, but a lost context may report errors without end.
+// A driver's list has few entries, but a lost context may report errors endlessly.
 constexpr int longestList = 16;
 
 GLenum takeList() {

@@ -4,7 +4,7 @@
 // The first error since the last call; 0: there was none. Empties OpenGL's list.
 unsigned int takeError();
 
-// In words; never null.
+// The error as text; never null.
 const char* errorText(unsigned int error);
 
 // Checks for an error after an OpenGL step. In builds with assertions an error is reported with the

@@ -11,10 +11,11 @@ namespace {
 
 struct Feature {
     const char* name;
-    bool (*isThere)(); // reads what glewInit found
+    bool (*isThere)(); // reads the result of glewInit
 };
 
-// glewInit's result is not used: without a screen it reports an error after it has loaded all this.
+// glewInit's own result is not used: without a screen it reports an error after it has loaded
+// everything.
 #define ENTRY_POINT(name)                                                                          \
     Feature {                                                                                      \
 #name, [] { return (name) != nullptr; }                                                    \

@@ -1,10 +1,10 @@
 // Owners of OpenGL names. Each name has exactly one owner, which deletes it in its destructor; 0 is
-// no name and not deleted. Creating and destroying need the context of the name current.
+// no name and is not deleted. Creation and destruction need the name's context current.
 #pragma once
 
 #include <utility>
 
-// `Kind` has `generate`, which gives a new name, and `destroy`, which takes one that is not 0.
+// `Kind` has `generate`, which returns a new name, and `destroy`, which takes one that is not 0.
 template<class Kind>
 class GlName {
 public:
@@ -44,8 +44,7 @@ struct ProgramKind {
     static unsigned int generate();
     static void destroy(unsigned int name);
 };
-// A shader that is attached to a program may be deleted: it exists until the program does not need
-// it.
+// A shader that is attached to a program may be deleted: it exists as long as the program needs it.
 struct ShaderKind {
     static unsigned int generate(unsigned int stage); // GL_VERTEX_SHADER or GL_FRAGMENT_SHADER
     static void destroy(unsigned int name);

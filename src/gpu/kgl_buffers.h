@@ -1,8 +1,8 @@
 // Renderbuffers and textures as objects that can be attached to a framebuffer.
 //
-// Each owns one OpenGL name from its constructor to its destructor. Everything, construction and
-// destruction included, needs the device's context current, with nothing missing of what
-// `missingFeature` checks. An operation leaves its bindings in place. Formats, types, targets and
+// Each owns one OpenGL name from its constructor to its destructor. Everything, including
+// construction and destruction, needs the device's context current and all features that
+// `missingFeature` checks. Operations leave their bindings in place. Formats, types, targets and
 // attachments are OpenGL's numbers; sizes are in pixels.
 #pragma once
 
@@ -15,7 +15,7 @@ class kglFrameBuffer;
 class kglBufferObject : public aeBase {
 public:
     virtual unsigned int getName() const { return objectName; }
-    // Gives the buffer new storage, with the format and type set before.
+    // Allocates new storage with the current format and type.
     virtual void setSize(int, int) {}
     // Afterwards framebuffer 0 is bound.
     virtual void attachTo(const kglFrameBuffer&, unsigned int /*attachment*/) const {}
@@ -42,7 +42,7 @@ private:
 };
 
 // A change of a field takes effect with the next `setSize` or `attachTo`. A depth texture needs
-// GL_DEPTH_COMPONENT in `format` too: with the initial GL_RGBA, OpenGL refuses its storage.
+// GL_DEPTH_COMPONENT in `format` too: with the initial GL_RGBA, OpenGL rejects its storage.
 class kglTextureBuffer : public kglBufferObject {
 public:
     explicit kglTextureBuffer(unsigned int target);

@@ -1,4 +1,4 @@
-// A composition: its item and its layers, the topmost first. All handles are the host's.
+// A composition: its item and its layers, topmost first. All handles are owned by the host.
 #pragma once
 
 #include "host/object_base.h"
@@ -15,7 +15,7 @@ public:
 
     AEGP_ItemH item() { return query(comps_, &AEGP_CompSuite11::AEGP_GetItemFromComp, comp_); }
 
-    // Frames in a second.
+    // Frames per second.
     double frameRate() { return query(comps_, &AEGP_CompSuite11::AEGP_GetCompFramerate, comp_); }
     void setFrameRate(double framesPerSecond) {
         call(comps_, &AEGP_CompSuite11::AEGP_SetCompFramerate, comp_, &framesPerSecond);

@@ -1,4 +1,4 @@
-// Owns a reference to an instance of an effect and disposes of it at the end.
+// Owns a reference to an effect instance and disposes of it.
 #pragma once
 
 #include <array>
@@ -32,7 +32,7 @@ public:
     }
     A_long flags() { return query(effects_, &AEGP_EffectSuite3::AEGP_GetEffectFlags, effect_); }
 
-    // These need no instance. Key 0 stands before the first and after the last installed effect.
+    // These need no instance. Key 0 marks the start and the end of the list of installed effects.
     A_long numInstalledEffects() {
         return query(effects_, &AEGP_EffectSuite3::AEGP_GetNumInstalledEffects);
     }

@@ -1,7 +1,7 @@
 // Small services of the host: undo groups, the lines of the Info panel, the options button.
 //
-// Each acquires its suite for one call. All texts are zero-terminated UTF-8. The result is the
-// host's code, also when the suite is refused.
+// Each function acquires its suite for one call. All texts are zero-terminated UTF-8. Returns the
+// host's code, also if the suite cannot be acquired.
 #pragma once
 
 #include "sdk/pf_types.h"
@@ -14,5 +14,5 @@ PF_Err endUndoGroup(SPBasicSuite* basic);
 PF_Err infoPanel2(SPBasicSuite* basic, const char* line1, const char* line2);
 PF_Err infoPanel3(SPBasicSuite* basic, const char* line1, const char* line2, const char* line3);
 
-// Only during parameter setup. Always 0: a refusal only leaves the button without a name.
+// Only during parameter setup. Always returns 0: if it fails, the button only has no name.
 PF_Err setOptionsButtonName(const PF_InData* inData, const char* name);

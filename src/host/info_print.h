@@ -3,6 +3,6 @@
 
 #include "sdk/pf_types.h"
 
-// Shows the expanded text, cut at 1023 bytes, in up to three lines; the third holds the whole rest,
-// line feeds included. The result is that of infoPanel3. Allocates nothing.
+// Shows the expanded text, cut at 1023 bytes, in up to three lines; the third contains the rest,
+// including line feeds. Returns the result of infoPanel3. Allocates nothing.
 [[gnu::format(printf, 2, 3)]] PF_Err dprintf(SPBasicSuite* basic, const char* format, ...);

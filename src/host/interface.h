@@ -9,7 +9,7 @@ namespace AEO {
 
 class Interface : public ObjectBase {
 public:
-    // The effect is the reference of the input record.
+    // `effect` is the effect_ref of the input record.
     Interface(SPBasicSuite* basic, PF_ProgPtr effect) : effect_(effect), interfaces_(basic) {}
 
     AEGP_LayerH layer() {

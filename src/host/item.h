@@ -1,4 +1,4 @@
-// What a layer shows, or a composition seen from outside. Its handle is the host's.
+// An item: the source of a layer, or a composition. Its handle is owned by the host.
 #pragma once
 
 #include "host/memory.h"
@@ -12,10 +12,10 @@ public:
         call(items_, &AEGP_ItemSuite13::AEGP_GetItemDimensions, item_, &width_, &height_);
     }
 
-    A_long width() const { return width_; } // pixels; 0 when the query failed
+    A_long width() const { return width_; } // pixels; 0 if the query failed
     A_long height() const { return height_; }
 
-    // Width of a pixel over its height; 0 over 1 when the query fails.
+    // Width of a pixel divided by its height; 0/1 if the query fails.
     A_Ratio pixelAspect() {
         A_Ratio ratio{0, 1};
         call(items_, &AEGP_ItemSuite13::AEGP_GetItemPixelAspectRatio, item_, &ratio);

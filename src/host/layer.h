@@ -1,5 +1,5 @@
-// A layer of a composition. Its handle is the host's; references that an operation calls "new" are
-// the caller's.
+// A layer of a composition. Its handle is owned by the host; the caller owns references that an
+// operation calls "new".
 #pragma once
 
 #include "host/object_base.h"
@@ -22,7 +22,7 @@ public:
     AEGP_ObjectType objectType();
     A_Time currentTime(AEGP_LTimeMode mode);
     AEGP_CompH parentComp();
-    WideString name(); // empty: it has its source's name
+    WideString name(); // empty: the source's name is used
     WideString sourceName();
     void setName(const A_UTF16Char* name);
     AEGP_LayerFlags flags();
@@ -38,8 +38,8 @@ public:
     AEGP_EffectRefH newEffect(A_long index);
     AEGP_EffectRefH applyEffect(AEGP_InstalledEffectKey key); // a new reference
 
-    // newMask gives a new reference, to be released by `disposeMask`; newOutlineStream gives one
-    // for a Stream to own.
+    // newMask returns a new reference, to be released by `disposeMask`; newOutlineStream returns
+    // one for a Stream to own.
     A_long numMasks();
     AEGP_MaskRefH newMask(A_long index);
     void disposeMask(AEGP_MaskRefH mask) noexcept;
@@ -101,15 +101,15 @@ private:
 
 class CameraLayer : public Layer {
 public:
-    // The layer may be null for the one operation that needs no camera.
+    // The layer may be null for defaultDistance, which needs no camera.
     CameraLayer(SPBasicSuite* basic, AEGP_LayerH layer) : Layer(basic, layer), cameras_(basic) {}
 
     AEGP_CameraType cameraType();
-    // From the eye to the image plane, pixels.
+    // Distance from the eye to the image plane in pixels.
     double zoom(AEGP_LTimeMode mode, const A_Time& time, bool isBeforeExpression = false) {
         return streamValue(AEGP_LayerStream_ZOOM, mode, time, isBeforeExpression).one_d;
     }
-    // The zoom of a composition's default camera, which has no layer.
+    // Zoom of a composition's default camera, which has no layer.
     double defaultDistance(AEGP_CompH comp);
 
 private:

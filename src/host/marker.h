@@ -9,7 +9,7 @@ namespace AEO {
 
 class StreamValue : public ObjectBase {
 public:
-    // Takes over the record; one without a stream holds nothing.
+    // Takes ownership of the record; a record without a stream is empty.
     StreamValue(Stream& stream, const AEGP_StreamValue2& record)
         : stream_(&stream), record_(record) {}
     ~StreamValue() override {
@@ -44,7 +44,7 @@ private:
 };
 
 // A mask's outline at a time. It is a copy: a change takes effect when the value is set on a
-// stream. Each call acquires the suite for itself.
+// stream. Each call acquires the suite.
 class MaskOutline : public StreamValue {
     using Suite = AEGP_MaskOutlineSuite3;
     using Holder = SuiteHolder<Suite, OnRefusal::UseTable>;
@@ -66,7 +66,7 @@ public:
 
     bool isOpen() { return get(&Suite::AEGP_IsMaskOutlineOpen) != 0; }
     void setOpen(bool isOpen) { change(&Suite::AEGP_SetMaskOutlineOpen, A_Boolean{isOpen}); }
-    // As many as vertices when it is closed, one less when it is open.
+    // The number of vertices if the outline is closed, one less if it is open.
     A_long numSegments() { return get(&Suite::AEGP_GetMaskOutlineNumSegments); }
     AEGP_MaskVertex vertex(A_long index) {
         return get(&Suite::AEGP_GetMaskOutlineVertexInfo, index);
@@ -78,7 +78,7 @@ public:
     void deleteVertex(A_long index) { change(&Suite::AEGP_DeleteVertex, index); }
 };
 
-// The text of a text layer at a time; a copy as well.
+// The text of a text layer at a time; also a copy.
 class TextDocument : public StreamValue {
 public:
     TextDocument(Stream& stream, AEGP_LTimeMode mode, const A_Time& time)

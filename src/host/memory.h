@@ -19,7 +19,7 @@ public:
 
     AEGP_MemHandle handle() const { return handle_; }
 
-    // The address of the contents; null for a null handle, and when the host fails.
+    // The address of the contents; null for a null handle, and if the host fails.
     void* lock();
     void unlock();
     AEGP_MemSize size(); // bytes
@@ -30,8 +30,8 @@ private:
     SuiteHolder<AEGP_MemorySuite1> memories_;
 };
 
-// The zero-terminated text in a memory handle, which is freed. Empty for a null handle, and when
-// the host does not let it be read.
+// The zero-terminated text in a memory handle, which is freed. Empty for a null handle, and if the
+// host cannot lock it.
 NarrowString readText(SPBasicSuite* basic, AEGP_MemHandle handle);
 WideString readWideText(SPBasicSuite* basic, AEGP_MemHandle handle);
 

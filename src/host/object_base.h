@@ -1,8 +1,8 @@
-// The base class of the wrappers: small stack objects that hold a handle of the host and the suites
-// that work on it.
+// The base class of the wrappers: small stack objects with a handle of the host and the suites for
+// it.
 //
-// An error is sticky: after a failure, every operation of the same object does nothing and gives 0,
-// a null handle, false or empty text. Each object has its own error. Wrappers need a running
+// Errors are sticky: after a failure, every operation of the same object does nothing and returns
+// 0, a null handle, false or empty text. Each object has its own error. Wrappers need a running
 // command and must not outlive it.
 #pragma once
 
@@ -20,13 +20,13 @@ public:
     ObjectBase(const ObjectBase&) = delete;
     ObjectBase& operator=(const ObjectBase&) = delete;
 
-    // The host's code of the call that failed; 0 when none has failed.
+    // The host's code of the call that failed; 0 if none has failed.
     A_Err err() const { return err_; }
 
 protected:
     ObjectBase() = default;
 
-    // One call of the host; left out when an earlier call of this object has failed.
+    // Makes one call of the host, unless an earlier call of this object failed.
     template<class Suite, OnRefusal onRefusal, class... Parameters, class... Arguments>
     void call(SuiteHolder<Suite, onRefusal>& holder, A_Err (*Suite::*function)(Parameters...),
               Arguments... arguments) {
@@ -36,19 +36,19 @@ protected:
         err_ = suite == nullptr ? holder.refusal() : (suite->*function)(arguments...);
     }
 
-    // The same for a call whose last argument takes the result; a failure leaves the result 0.
+    // The same for a call whose last argument receives the result; a failure leaves the result 0.
     template<class Suite, OnRefusal onRefusal, class... Parameters, class... Arguments>
     auto query(SuiteHolder<Suite, onRefusal>& holder, A_Err (*Suite::*function)(Parameters...),
                Arguments... arguments) {
         using Last = std::tuple_element_t<sizeof...(Parameters) - 1, std::tuple<Parameters...>>;
         using Result = std::remove_pointer_t<Last>;
-        Result result = Result(); // zeroes the whole of a union, which braces need not
+        Result result = Result(); // zeroes the whole of a union, which braces may not
         call(holder, function, arguments..., &result);
         return err_ == 0 ? result : Result();
     }
 
-    // The call with which a destructor releases something: made whatever err is, and its own
-    // failure is ignored.
+    // The call with which a destructor releases something: made regardless of err; its own failure
+    // is ignored.
     template<class Suite, OnRefusal onRefusal, class... Parameters, class... Arguments>
     static void dispose(SuiteHolder<Suite, onRefusal>& holder,
                         A_Err (*Suite::*function)(Parameters...), Arguments... arguments) noexcept {

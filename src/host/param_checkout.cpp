@@ -25,7 +25,7 @@ void ParamCheckout::checkOut(A_long index) {
         param_ = PF_ParamDef();
 }
 
-// A checkout that the host refused needs no checkin.
+// A failed checkout needs no checkin.
 void ParamCheckout::checkIn() {
     if (err_ == 0)
         err_ = inData_->inter.checkin_param(inData_->effect_ref, &param_);

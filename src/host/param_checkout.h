@@ -13,7 +13,7 @@ public:
     ParamCheckout& operator=(const ParamCheckout&) = delete;
 
     // A copy of the parameter's definition with its value at the record's time; its pointers are
-    // valid until the next parameter is read. All zero when the host refuses it. Reading the same
+    // valid until the next parameter is read. All zero if the checkout fails. Reading the same
     // parameter at the same time again makes no call.
     PF_ParamDef read(A_long index);
 

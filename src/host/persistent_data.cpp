@@ -7,7 +7,7 @@ namespace AEO {
 namespace {
 
 using Suite = AEGP_PersistentDataSuite1;
-using Name = std::array<char, 256>; // of a section or a key, with its final zero
+using Name = std::array<char, 256>; // of a section or a key, with its terminating zero
 
 NarrowString textOf(Name& name) {
     name.back() = 0;
@@ -20,7 +20,7 @@ PersistentData::PersistentData(SPBasicSuite* basic) : preferences_(basic) {
     blob_ = query(preferences_, &Suite::AEGP_GetApplicationBlob);
 }
 
-// The host gives the length only as a result of a read.
+// The host returns the length only as a result of a read.
 NarrowString PersistentData::getString(const char* section, const char* key) {
     std::array<char, 4> beginning{};
     A_u_long size = readString(section, key, nullptr, beginning.size(), beginning.data());

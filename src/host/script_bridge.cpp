@@ -12,7 +12,7 @@ struct Escape {
     const char* replacement;
 };
 
-// In this order: the backslashes that the later ones bring must not be doubled.
+// In this order: backslashes that later escapes insert must not be doubled.
 constexpr std::array<Escape, 11> escapes = {{{"\\", "\\\\"},
                                              {"\a", ""},
                                              {"\b", "\\b"},
@@ -29,7 +29,7 @@ const char* literal(bool value) {
     return value ? "true" : "false";
 }
 
-// What the script gives as text; empty when it fails.
+// The script's result as text; empty if it fails.
 NarrowString resultOf(SPBasicSuite* basic, const NarrowString& script) {
     AEGP_MemHandle result = nullptr;
     runScript(basic, script.c_str(), false, &result, nullptr);

@@ -13,7 +13,7 @@ namespace {
 using Streams = AEGP_StreamSuite9;
 using Dynamics = AEGP_DynamicStreamSuite5;
 
-static_assert(sizeof(AEGP_StreamVal2) == 32, "what a value holds, whatever its type");
+static_assert(sizeof(AEGP_StreamVal2) == 32, "the size of a value of any type");
 
 } // namespace
 

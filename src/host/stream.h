@@ -1,9 +1,9 @@
 // Owns a reference to a stream (one animated value of the scene, or a group of such values) and
-// disposes of it at the end.
+// disposes of it.
 //
 // Keyframes count from 0 in the order of their times. Times are of the layer or of the composition,
-// as the mode says. New references and values that an operation gives are the caller's: a reference
-// is for a Stream to own, a value for a StreamValue.
+// as the mode says. The caller owns new references and values: a reference is for a Stream to own,
+// a value for a StreamValue.
 #pragma once
 
 #include "host/object_base.h"
@@ -24,12 +24,12 @@ public:
     // Takes over the reference, which may be null.
     Stream(SPBasicSuite* basic, AEGP_StreamRefH stream)
         : stream_(stream), streams_(basic), keyframes_(basic), dynamics_(basic) {}
-    // Passes a null reference to the host too, which refuses it.
+    // Passes a null reference to the host too, which rejects it.
     ~Stream() override { dispose(streams_, &AEGP_StreamSuite9::AEGP_DisposeStream, stream_); }
 
     SPBasicSuite* basic() const { return streams_.basic(); }
 
-    // Which member of the value is used depends on the stream's type.
+    // The stream's type decides which member of the value is used.
     void setValue(const AEGP_StreamVal2& value);
     void setValue(double value);
     void setValue(double x, double y, double z);
@@ -57,7 +57,8 @@ public:
     KeyframeInterpolation keyframeInterpolation(A_long index);
     void setKeyframeInterpolation(A_long index, KeyframeInterpolation interpolation);
 
-    // A batch of keyframes: indices are those of the batch; ending it without `isAdded` drops it.
+    // A batch of keyframes: indices are those of the batch; ending it without `isAdded` discards
+    // it.
     AEGP_AddKeyframesInfoH startAddKeyframes();
     A_long addKeyframe(AEGP_AddKeyframesInfoH batch, AEGP_LTimeMode mode, const A_Time& time);
     void setAddedKeyframe(AEGP_AddKeyframesInfoH batch, A_long index, const AEGP_StreamVal2& value);

@@ -1,19 +1,18 @@
 // Owns one suite for one object: acquired on first use, released when the holder is destroyed.
 //
-// When the host refuses the suite, a holder of the kind UseTable takes the one in the table of the
-// running command. Holders live on the stack of a command. The basic suite may be null; that counts
-// as a refusal with the code 516.
+// If the host does not have the suite, a holder of the kind UseTable takes the one in the table of
+// the running command. Holders are on the stack of a command. The basic suite may be null; that
+// counts as a failure with the code 516.
 #pragma once
 
 #include "command/command_scope.h"
 #include "sdk/pf_types.h"
 #include "sdk/sp_basic.h"
 
-// What a holder does when the host refuses its suite.
+// What a holder does if its suite cannot be acquired.
 enum class OnRefusal {
-    SkipCall, // leaves the call out; refusal() gives the reason
-    UseTable, // takes the suite from the running command's table; ends the command if that fails
-              // too
+    SkipCall, // omits the call; refusal() gives the reason
+    UseTable, // takes the suite from the running command's table, or ends the command
 };
 
 template<class Suite, OnRefusal onRefusal = OnRefusal::SkipCall>
@@ -27,7 +26,7 @@ public:
     SuiteHolder(const SuiteHolder&) = delete;
     SuiteHolder& operator=(const SuiteHolder&) = delete;
 
-    // The suite for one call. When there is none, SkipCall gives null and UseTable throws `long`
+    // The suite for one call. If there is none, SkipCall returns null and UseTable throws `long`
     // 516.
     const Suite* suite() {
         acquire();
@@ -38,7 +37,7 @@ public:
         return suite_;
     }
 
-    // The suite for a call in a destructor; null when there is none, for both kinds.
+    // The suite for a call in a destructor; null if there is none, for both kinds.
     const Suite* suiteOrNull() noexcept {
         acquire();
         if constexpr (onRefusal == OnRefusal::UseTable) {
@@ -48,8 +47,8 @@ public:
         return suite_;
     }
 
-    // The host's code for the last attempt to acquire the suite; 516 when the host reported success
-    // but gave no suite.
+    // The host's code for the last attempt to acquire the suite; 516 if the host reported success
+    // but returned no suite.
     PF_Err refusal() const { return code_ != 0 ? code_ : PF_Err_BAD_CALLBACK_PARAM; }
 
     SPBasicSuite* basic() const { return basic_; }
@@ -78,8 +77,8 @@ private:
     SPBasicSuite* basic_;
 };
 
-// Calls one function of a suite that is acquired for this call only. Gives the host's code, also
-// when the suite is refused.
+// Calls one function of a suite that is acquired for this call only. Returns the host's code, also
+// if the suite cannot be acquired.
 template<class Suite, class... Parameters, class... Arguments>
 PF_Err callSuite(SPBasicSuite* basic, PF_Err (*Suite::*function)(Parameters...),
                  Arguments... arguments) {

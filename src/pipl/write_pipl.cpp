@@ -1,8 +1,9 @@
-// Writes the module's resource: a build step, run once the table in plugin_facts.h has changed.
+// Writes the module's resource: a build step that runs when the table in plugin_facts.h has
+// changed.
 //
 // All integers are 32 bits, little-endian: "PIPL", the resource's id, the number of properties;
 // then for each the vendor, the key, the property's id, the length of the data in bytes, and the
-// data, padded with zeros to a multiple of four. A text is one byte of length and its bytes.
+// data, padded with zeros to a multiple of four. A text is one length byte and its bytes.
 #include <cstdio>
 #include <fstream>
 #include <string>

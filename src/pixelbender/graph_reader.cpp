@@ -11,7 +11,7 @@
 
 namespace {
 
-// The attribute's text; null when it is absent.
+// The attribute's text; null if it is absent.
 const char* attribute(const TiXmlElement& element, const char* name) {
     return element.Attribute(name);
 }
@@ -132,8 +132,7 @@ void readGraph(const TiXmlElement& graph, pbGraphInfo& info) {
 
 int readGraphText(std::string_view text, pbGraphInfo& info) {
     TiXmlDocument document;
-    // Turns off the counting of rows and columns, which are not needed: it can hang on invalid
-    // text.
+    // Disables the counting of rows and columns, which is not needed and can hang on invalid text.
     document.SetTabSize(0);
     if (isWithinXmlLimits(text)) {
         // TinyXML reads past the end of a text that ends inside a UTF-8 sequence; the line ends pad

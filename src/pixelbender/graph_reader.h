@@ -1,7 +1,7 @@
 // Reads a graph file, an XML document, into the model.
 //
 // Nothing is resolved or validated: node ids, kernel names and image names are compared when the
-// graph is built. Nothing is reported; of a document with errors, everything that can be read is
+// graph is built. Nothing is reported; everything that can be read of a document with errors is
 // read.
 #pragma once
 
@@ -11,8 +11,8 @@
 
 class TiXmlDocument;
 
-// 0 when a "graph" element was read, else 1, with `info` unchanged. `info` must be newly
-// constructed. A text that exceeds the limits of xml_guard.h counts as one without a graph.
+// Returns 0 if a "graph" element was read, else 1, with `info` unchanged. `info` must be newly
+// constructed. A text that exceeds the limits of xml_guard.h is treated as one without a graph.
 int readGraphText(std::string_view text, pbGraphInfo& info);
 int readGraphDocument(const TiXmlDocument& document, pbGraphInfo& info);
 

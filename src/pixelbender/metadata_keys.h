@@ -1,12 +1,12 @@
-// The keys of metadata and the fields that they fill, for both grammars. How a value is written is
-// the grammar's.
+// The keys of metadata and the fields that they set, for both grammars. The syntax of values
+// depends on the grammar.
 #pragma once
 
 #include <string_view>
 
 #include "pixelbender/model.h"
 
-inline constexpr std::string_view versionKey = "version"; // of a kernel or graph, a whole number
+inline constexpr std::string_view versionKey = "version"; // of a kernel or graph, an integer
 // Of a parameter: two numbers.
 inline constexpr std::string_view pointDefaultKey = "aePointRelativeDefaultValue";
 

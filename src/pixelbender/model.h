@@ -25,8 +25,8 @@ inline std::string_view nameText(const pbName& field) {
     return field.data();
 }
 
-// An immutable text that is shared by its copies. All declarators of a declaration have the texts
-// of the declaration, so deep copies would cost the length of the text times their number.
+// An immutable text that is shared by its copies. All declarators of a declaration share its texts;
+// deep copies would take time proportional to the length of the text times their number.
 class pbText {
 public:
     pbText& operator=(std::string_view source);
@@ -51,7 +51,7 @@ struct pbValueSlot {
     pbValue value;
 };
 
-// A point as a fraction of the layer's size: 0.5 is the middle.
+// A point as a fraction of the layer's size: 0.5 is the centre.
 struct pbPointDefault {
     bool isSet = false;
     float x = 0;
@@ -72,7 +72,7 @@ struct pbVariable {
 
     pbElementType type = pbTypeNone;
     pbName name{};
-    // The name without a cut, by which the variable is found in the shader.
+    // The full name, by which the variable is found in the shader.
     NarrowString wholeName;
 };
 
@@ -107,7 +107,7 @@ struct pbMetadata {
 
 struct pbKernelInfo : pbMetadata {
     HostVector<pbVariable> inputs; // in order of declaration, as the other vectors
-    pbVariable output;             // the last one that is declared
+    pbVariable output;             // the last declared one
     HostVector<pbVariable> dependents;
     HostVector<pbParameter> parameters;
     NarrowString shaderText; // the kernel's body, ready to be part of a GLSL program
@@ -168,6 +168,6 @@ private:
     HostVector<std::string_view> sortedParameterNames_;
 };
 
-// The name of a graph's parameter in a program, which must differ from the kernel's own names:
-// `tveg_` in front, or `_tveg` in front of a name that begins with `_`.
+// The name of a graph's parameter in a program, which must differ from the kernel's own names: the
+// prefix `tveg_`, or `_tveg` for a name that begins with `_`.
 NarrowString graphParameterName(std::string_view name);

@@ -1,5 +1,5 @@
 // Translates a node's parameter expressions, which refer to the graph's parameters and to the
-// node's own, to GLSL, where all of them are in one name space.
+// node's own, to GLSL, where all of them share one namespace.
 
 #include "pixelbender/model.h"
 #include "pixelbender/shader_reader.h"
@@ -25,12 +25,12 @@ bool EvaluateParametersParaser::parse(ShaderReader& reader, std::int32_t, Shader
         text += token;
         return true;
     }
-    // Blank lines and indentation by tabs shrink away.
+    // Removes blank lines and indentation by tabs.
     if (text.ends_with('\n') && (token == "\t" || token == "\n"))
         return false;
     if (token == nodeId && state == ShaderReader::Preprocessor)
         text += ' ';
-    else if (token == nodeId) // the qualifier goes, and the name behind it stays as it is
+    else if (token == nodeId) // the qualifier is removed; the name after it is kept
         text += reader.readIdentifier(";");
     else if (graph->hasParameter(token))
         text += graphParameterName(token);

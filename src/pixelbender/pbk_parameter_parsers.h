@@ -1,7 +1,7 @@
 // The parsers of a kernel's parameter declarations: name, metadata block, value lists.
 //
-// They run nested on the reader of the kernel. Of a declaration, they keep only the names and
-// separators in the text.
+// They are nested parsers of the kernel's reader. They keep only the names and separators of a
+// declaration in the text.
 #pragma once
 
 #include "pixelbender/pbk_parser.h"
@@ -35,7 +35,7 @@ private:
     pbParameter* parameter_;
 };
 
-// One value: takes the numbers, `true` and `false` among the tokens up to ';' and ignores the
+// One value: collects the numbers, `true` and `false` among the tokens up to ';' and ignores the
 // others.
 class PBKParser::ParameterMetaDataValueParser : public Parser {
 public:

@@ -24,7 +24,7 @@ private:
     bool isFinished_ = false;
 };
 
-// The blocks between '<' and '>' in front of the body; any of them takes all keys.
+// The blocks between '<' and '>' before the body; each accepts all keys.
 class PBKParser::MetaDataParser : public Parser {
 public:
     bool parse(ShaderReader& reader, std::int32_t length, TokenKind kind, State state,
@@ -33,7 +33,8 @@ public:
 
 namespace {
 
-// One line of names of one type: takes every token, and each identifier as a variable's name.
+// A list of names of one type: consumes every token, and takes each identifier as a variable's
+// name.
 bool takeVariable(HostVector<pbVariable>& variables, pbElementType type, NarrowString& text,
                   bool isIdentifier, std::string_view token) {
     text.append(token);
@@ -72,8 +73,8 @@ private:
     pbElementType elementType_;
 };
 
-// Confines the body of evaluateDependents to the vertex stage: the fragment stage, which compiles
-// the same text, gets an empty function.
+// Restricts the body of evaluateDependents to the vertex shader: the fragment shader, which
+// compiles the same text, gets an empty function.
 class PBKParser::EvaluateDependentsParser : public Parser {
 public:
     bool parse(ShaderReader& reader, std::int32_t, TokenKind, State,
@@ -101,7 +102,7 @@ bool PBKParser::GlobalParser::parse(ShaderReader& reader, std::int32_t, TokenKin
     return isFinished_;
 }
 
-// The braces of the kernel itself are cut.
+// The braces of the kernel itself are removed.
 bool PBKParser::GlobalParser::takeBrace(const ShaderReader& reader, std::string_view token) {
     if (token == "}" && reader.braceDepth == 0) {
         isFinished_ = true;
@@ -192,7 +193,7 @@ void PBKParser::GlobalParser::takeDependent(PBKParser& reader) {
     const pbElementType elementType = elementTypeFromName(type);
     text.append("dependent ");
     if (!isIntOrBool(elementType))
-        text.append("varying "); // floats need no other type in between
+        text.append("varying "); // floats need no other type for the varying
     text.append(type);
     DependentsParser parser(elementType);
     runNested(reader, parser);

@@ -1,9 +1,8 @@
-// Reads a kernel's text into the model, and rewrites its body so that it can be part of a GLSL
-// program.
+// Reads a kernel's text into the model, and rewrites its body for use in a GLSL program.
 //
 // Declarations are copied into the model, and the few constructs that GLSL does not have are
-// removed or replaced; all other tokens are kept. Whether a kernel is valid is left to the GLSL
-// compiler. Nothing is reported: every text gives some model.
+// removed or replaced; all other tokens are kept. The GLSL compiler decides whether a kernel is
+// valid. Nothing is reported: every text gives some model.
 #pragma once
 
 #include "pixelbender/model.h"

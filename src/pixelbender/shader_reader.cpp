@@ -4,7 +4,7 @@
 
 namespace {
 
-// Ends the text, wherever it is.
+// Ends the text, anywhere.
 constexpr char endOfText = '\x03';
 
 bool isDigit(char c) {
@@ -124,7 +124,7 @@ ShaderReader::State ShaderReader::quoteKind(std::size_t at) const {
     return quote == '\'' ? SingleQuoted : DoubleQuoted;
 }
 
-// The construct that begins at a place; Code for none.
+// The construct that begins at a position; Code for none.
 ShaderReader::State ShaderReader::contextAt(std::size_t at) const {
     const char current = charAt(at);
     if (current == '#')
@@ -136,7 +136,7 @@ ShaderReader::State ShaderReader::contextAt(std::size_t at) const {
     return current == endOfText ? End : quoteKind(at);
 }
 
-// The construct that ends at a place; Code for none.
+// The construct that ends at a position; Code for none.
 ShaderReader::State ShaderReader::contextEndAt(std::size_t at) const {
     const char current = charAt(at);
     if (isLineEnd(current))
@@ -146,7 +146,7 @@ ShaderReader::State ShaderReader::contextEndAt(std::size_t at) const {
     return current == endOfText ? End : quoteKind(at);
 }
 
-// The number of characters from the position through the end of the construct; -1 when it has none.
+// The number of characters from the position through the end of the construct; -1 if it has no end.
 std::int32_t ShaderReader::contextLength(State context) const {
     for (std::size_t at = position; at < text.size(); ++at) {
         const char current = text[at];

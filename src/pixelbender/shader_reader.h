@@ -17,7 +17,7 @@
 
 class ShaderReader {
 public:
-    // What the reader's position is part of.
+    // The construct that contains the reader's position.
     enum State : std::int32_t {
         Code,
         Preprocessor, // after a '#', up to the end of that line
@@ -25,11 +25,11 @@ public:
         LineComment,
         SingleQuoted,
         DoubleQuoted,
-        End, // the text has run out
+        End, // the end of the text
     };
 
     enum TokenKind : std::int32_t {
-        NoToken,    // a byte that starts no token
+        NoToken,    // a byte that cannot start a token
         Whitespace, // one blank, tab, LF or CR
         Number,     // without an exponent
         Identifier,
@@ -40,9 +40,9 @@ public:
     public:
         virtual ~Parser() = default;
 
-        // Receives one token, behind which the reader's position already is; `length` is the number
-        // of characters skipped, -1 for "to the end of the text", `state` the reader's state after
-        // them. True when this parser has finished. The base class collects every token.
+        // Receives one token; the reader's position is already after it. `length` is the number of
+        // characters skipped, -1 for "to the end of the text", `state` the reader's state after
+        // them. Returns true if this parser has finished. The base class collects every token.
         virtual bool parse(ShaderReader& reader, std::int32_t length, TokenKind kind, State state,
                            std::string_view token);
 
@@ -57,23 +57,23 @@ public:
     // Passes tokens to the parser until it has finished or the text ends.
     virtual void parse(Parser& parser);
 
-    // The next identifier or number, or an empty text when the token `stop` or the text's end comes
+    // The next identifier or number, or an empty text if the token `stop` or the text's end comes
     // first; `stop` is skipped. An empty `stop` matches no token.
     virtual std::string_view readIdentifier(std::string_view stop);
     virtual std::string_view readNumber(std::string_view stop);
 
-    // The contents of the next quoted string, as they stand; the position is then on the closing
+    // The unprocessed contents of the next quoted string; the position is then on the closing
     // quote. Without a closing quote, the rest of the text.
     virtual std::string_view readString(std::string_view stop);
 
-    // Skips that many characters, -1 for all to the end of the text; false when the text ended
+    // Skips that many characters, -1 for all to the end of the text; false if the text ended
     // before.
     bool advance(std::int32_t count);
 
     const char* currentText() const { return text.data() + position; }
 
-    // The characters from the position through the end of the construct that is open there; without
-    // an end, the whole rest of the text.
+    // The characters from the position through the end of the current construct; without an end,
+    // the rest of the text.
     std::string_view restOf(State context) const;
 
     std::int32_t line = 0;       // LF and CR characters skipped

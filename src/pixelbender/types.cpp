@@ -10,7 +10,7 @@ const char* nameOf(const char* name) {
     return name;
 }
 
-// The index of the first row of that name, 0 when there is none.
+// The index of the first row with that name; 0 if there is none.
 template<class Table>
 std::int32_t find(const Table& table, std::string_view name) {
     for (std::size_t row = 0; row < table.size(); ++row)

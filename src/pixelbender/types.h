@@ -1,7 +1,7 @@
-// The type names and metadata words of kernels and graphs, one table each for the whole system.
+// The type names and metadata keywords of kernels and graphs, one table each for the whole system.
 //
-// Lookups compare exactly and take the first match; a null or unknown name gives 0. On disk there
-// are only the names, never the numbers.
+// Lookups compare exactly and take the first match; a null or unknown name gives 0. Files contain
+// only the names, never the numbers.
 #pragma once
 
 #include <array>
@@ -39,7 +39,7 @@ enum pbElementType : std::int32_t {
 enum pbScalarKind : std::int32_t { pbScalarNone, pbScalarInt, pbScalarFloat, pbScalarBool };
 
 // The value of the metadata key "parameterType". Row 13 repeats the name of row 4, so the readers
-// never yield it.
+// never return it.
 enum pbParameterType : std::int32_t {
     pbParameterNone,
     pbParameterAngleDegrees,
@@ -72,7 +72,7 @@ struct pbElementTypeRow {
     const char* name;
     pbScalarKind scalarKind;
     int scalars;
-    const char* glslCarrier; // the type of a varying that carries a value between shader stages
+    const char* glslCarrier; // the type of a varying that passes the value between shaders
 };
 
 inline constexpr std::array<pbElementTypeRow, 25> pbElementTypes = {{
@@ -117,7 +117,7 @@ pbParameterType parameterTypeFromName(std::string_view name);
 pbUIControl uiControlFromName(const char* name);
 pbUIControl uiControlFromName(std::string_view name);
 
-// Of an element type; a number outside the table counts as 0, the row without a type.
+// Name of an element type; a number outside the table is treated as 0, the row without a type.
 const char* elementTypeName(pbElementType type);
 pbScalarKind componentBase(pbElementType type);
 int componentCount(pbElementType type);

@@ -1,11 +1,11 @@
-// Parses values in the form of graph files: a plain list, unlike in the kernel language.
+// Parses values in the syntax of graph files: a plain list, unlike in the kernel language.
 
 #include "pixelbender/graph_reader.h"
 #include "support/numbers.h"
 
 namespace {
 
-// Scans numbers with a comma right behind each but the last.
+// Parses numbers with a comma immediately after each but the last.
 template<class Number>
 void scanList(const char* text, int count, bool (*scan)(const char*&, Number&),
               std::array<Number, 16>& values) {
@@ -17,7 +17,7 @@ void scanList(const char* text, int count, bool (*scan)(const char*&, Number&),
     }
 }
 
-// Only the last piece may have blanks in front of it.
+// Only the last value may have blanks before it.
 void scanTruths(std::string_view text, int count, std::array<std::uint8_t, 16>& truths) {
     constexpr std::string_view separators = "\t\r\n ,";
     for (int i = 0; i + 1 < count; ++i) {

@@ -5,8 +5,8 @@
 
 namespace {
 
-// TinyXML stops at an error; where the guard does not detect the error, it counts elements that
-// TinyXML never reads, which does no harm. But it must not miss an element that TinyXML enters, or
+// TinyXML stops at an error. If the guard does not detect the error, it counts elements that
+// TinyXML never reads, which is harmless. But it must not miss an element that TinyXML enters, or
 // close one that TinyXML does not.
 class XmlGuard {
 public:
@@ -60,7 +60,7 @@ bool XmlGuard::startsWithWord(std::string_view lowerCase) const {
     return true;
 }
 
-// TinyXML takes byte order marks, and two codes like them, for white space.
+// TinyXML treats byte order marks, and two similar codes, as white space.
 void XmlGuard::skipBlanks() {
     while (!isAtEnd()) {
         if (isBlank(current()))
@@ -83,8 +83,8 @@ void XmlGuard::skipPast(std::string_view end) {
     at_ = found == std::string_view::npos ? text_.size() : found + end.size();
 }
 
-// Character data, up to its end mark: whatever follows the lead byte of a sequence is taken with
-// it, the end mark included.
+// Skips character data up to its end mark. Bytes after the lead byte of a sequence are skipped with
+// it, even the end mark.
 void XmlGuard::skipText(char end) {
     while (!isAtEnd() && current() != static_cast<unsigned char>(end)) {
         const unsigned char lead = current();
@@ -95,7 +95,7 @@ void XmlGuard::skipText(char end) {
     }
 }
 
-// False, with the position inside the attribute, when it has no name, no '=' or no value.
+// Returns false, with the position inside the attribute, if it has no name, no '=' or no value.
 bool XmlGuard::skipAttribute() {
     skipBlanks();
     if (isAtEnd() || !isNameStart(current()))
@@ -136,7 +136,7 @@ void XmlGuard::skipDeclaration() {
     ++at_;
 }
 
-// Skips what is in angle brackets but is no element.
+// Skips markup in angle brackets that is not an element.
 void XmlGuard::skipMarkup() {
     if (startsWithWord("<?xml")) {
         at_ += 5;
@@ -160,7 +160,7 @@ void XmlGuard::closeElement() {
     ++at_;
 }
 
-// A start tag; false when it goes beyond a limit.
+// Skips a start tag; returns false if it exceeds a limit.
 bool XmlGuard::openElement() {
     ++at_;
     skipBlanks();

@@ -1,7 +1,7 @@
-// Converts text between UTF-16, which the system's calls use, and UTF-8, which POSIX uses.
+// Converts text between UTF-16, which Windows functions use, and UTF-8, which POSIX uses.
 //
-// Half of a surrogate pair, or a byte that belongs to no character, becomes "?", and the result is
-// then marked as not exact.
+// Half of a surrogate pair, or an invalid byte, becomes "?", and the result is then marked as not
+// exact.
 #pragma once
 
 #include <string>

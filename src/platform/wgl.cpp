@@ -14,8 +14,8 @@ struct HDC__ {
     EGLDisplay display;
     EGLSurface draw;
     EGLSurface read;
-    EGLConfig config = nullptr;          // null until the pixel format is set
-    EGLSurface pbuffer = EGL_NO_SURFACE; // owned; only where a context needs a surface
+    EGLConfig config = nullptr;          // null until a pixel format is set
+    EGLSurface pbuffer = EGL_NO_SURFACE; // owned; only if contexts need a surface
 };
 
 namespace {
@@ -25,7 +25,7 @@ std::list<HDC__>& deviceContexts() {
     return records;
 }
 
-// What wglCreateContext made, with the display that each belongs to.
+// The contexts of wglCreateContext, each with its display.
 std::map<EGLContext, EGLDisplay>& ownContexts() {
     static std::map<EGLContext, EGLDisplay> contexts;
     return contexts;
@@ -46,7 +46,7 @@ HDC intern(EGLDisplay display, EGLSurface draw, EGLSurface read) {
     return &records.emplace_back(HDC__{display, draw, read});
 }
 
-// `extensions` is a list of whole words; null for none at all.
+// Whether `name` is in the list `extensions`, which may be null.
 bool lists(const char* extensions, std::string_view name) {
     std::string_view rest = extensions == nullptr ? "" : extensions;
     while (!rest.empty()) {
@@ -159,7 +159,7 @@ HGLRC wglCreateContext(HDC deviceContext) {
     if (!isKnown(deviceContext) || deviceContext->config == nullptr)
         return nullptr;
     // The bound API is a state of the thread and restored below. No attributes: without a version,
-    // the driver gives the compatibility profile.
+    // the driver creates a context of the compatibility profile.
     const EGLenum callersApi = eglQueryAPI();
     eglBindAPI(EGL_OPENGL_API);
     const EGLContext context =

@@ -1,9 +1,9 @@
-// WGL and its device contexts, over EGL: OpenGL without a screen.
+// WGL and its device contexts, implemented with EGL: OpenGL without a screen.
 //
 // An HGLRC is an EGLContext. An HDC is a display with a draw and a read surface; it is never freed,
-// so an old one may still be used. Both can also stand for a context that other code made current
+// so an old one may still be used. Both can also represent a context that other code made current
 // through EGL; wglMakeCurrent can restore it. The display is shared with the rest of the process
-// and never terminated here. A call with an invalid or null handle fails. One thread.
+// and never terminated here. A call with an invalid or null handle fails. One thread only.
 #pragma once
 
 #include "platform/win32.h"
@@ -51,18 +51,19 @@ inline constexpr BYTE PFD_TYPE_RGBA = 0;
 HDC GetDC(HWND window);
 int ReleaseDC(HWND window, HDC deviceContext);
 
-// Gives the number of a format with at least the requested colour and depth bits; 0: there is none.
+// Returns the number of a format with at least the requested colour and depth bits; 0: there is
+// none.
 int ChoosePixelFormat(HDC deviceContext, const PIXELFORMATDESCRIPTOR* wanted);
 BOOL SetPixelFormat(HDC deviceContext, int format, const PIXELFORMATDESCRIPTOR* wanted);
 
 // The context has the compatibility profile, in the highest version that the driver has. Null
 // without a device context whose pixel format is set.
 HGLRC wglCreateContext(HDC deviceContext);
-// Deletes only what wglCreateContext made; a context that is current here is released first.
+// Deletes only contexts of wglCreateContext; a context that is current here is released first.
 BOOL wglDeleteContext(HGLRC context);
 
-// Two nulls release what is current. A failure also leaves nothing current.
+// Two nulls make no context current. A failure does so, too.
 BOOL wglMakeCurrent(HDC deviceContext, HGLRC context);
-// Null when nothing is current on this thread.
+// Null if no context is current on this thread.
 HDC wglGetCurrentDC();
 HGLRC wglGetCurrentContext();

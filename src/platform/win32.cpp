@@ -34,7 +34,7 @@ Desktop& desktop() {
 HMODULE GetModuleHandleA(LPCSTR name) {
     if (name != nullptr)
         return nullptr;
-    // The program headers lie in the executable's image, so every module sees the same address.
+    // The program headers are in the executable's image, so every module sees the same address.
     return reinterpret_cast<HMODULE>(getauxval(AT_PHDR)); // NOLINT(performance-no-int-to-ptr)
 }
 
@@ -93,7 +93,7 @@ HCURSOR LoadCursorA(HINSTANCE /*instance*/, LPCSTR name) {
 }
 
 HGDIOBJ GetStockObject(int index) {
-    static std::array<char, 20> tokens; // the system has numbers 0 to 19
+    static std::array<char, 20> tokens; // Windows has the numbers 0 to 19
     const auto place = static_cast<std::size_t>(index);
     return place < tokens.size() ? &tokens[place] : nullptr;
 }

@@ -1,9 +1,9 @@
-// The part of the Windows API that a hidden window needs, over POSIX: module, window classes,
-// windows, stock objects, debug output.
+// The part of the Windows API that a hidden window needs, implemented with POSIX: module, window
+// classes, windows, stock objects, debug output.
 //
 // Names, numbers and results are those of Windows, so that callers need no change there; WCHAR is
-// char16_t, as POSIX has no 16-bit wchar_t. Classes and windows are kept in memory until the module
-// is unloaded. Strings that are passed in are copied. One thread.
+// char16_t, because POSIX has no 16-bit wchar_t. Classes and windows are kept in memory until the
+// module is unloaded. Strings that are passed in are copied. One thread only.
 #pragma once
 
 #include <cstdint>
@@ -58,28 +58,28 @@ struct WNDCLASSEXA {
 inline constexpr UINT CS_VREDRAW = 1;
 inline constexpr UINT CS_HREDRAW = 2;
 inline constexpr int BLACK_BRUSH = 4;
-// A resource number in the place of a name.
+// A resource number in place of a name.
 inline const LPCSTR IDC_ARROW =
     reinterpret_cast<LPCSTR>(std::uintptr_t{32512}); // NOLINT(performance-no-int-to-ptr)
 
-// The executable of the process for a null name; no other module is known.
+// The executable of the process for a null name; other modules are unknown.
 HMODULE GetModuleHandleA(LPCSTR name);
 
-// A class is identified by its exact name alone, whatever the instance.
-// GetClassInfoExA leaves `result` alone if there is no such class. RegisterClassExA gives 0 if the
-// name is taken. UnregisterClassA refuses a class that still has a window.
+// A class is identified by its exact name only, for any instance. GetClassInfoExA leaves `result`
+// unchanged if there is no such class. RegisterClassExA returns 0 if the name is taken.
+// UnregisterClassA fails for a class that still has a window.
 BOOL GetClassInfoExA(HINSTANCE instance, LPCSTR className, WNDCLASSEXA* result);
 ATOM RegisterClassExA(const WNDCLASSEXA* description);
 BOOL UnregisterClassA(LPCSTR className, HINSTANCE instance);
 
-// Makes a window that is never on a screen; null if the class is not registered.
+// Creates a window that is never on a screen; null if the class is not registered.
 HWND CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR title, DWORD style, int x, int y,
                      int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                      LPVOID parameter);
 BOOL IsWindow(HWND window);
 LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// The results are only not null for what Windows has, and must not be released.
+// The results are not null for objects that exist on Windows, and must not be released.
 HCURSOR LoadCursorA(HINSTANCE instance, LPCSTR name);
 HGDIOBJ GetStockObject(int index);
 

@@ -20,7 +20,7 @@ bool isThere(const std::string& path) {
     return lstat(path.c_str(), &status) == 0;
 }
 
-// The end of the name that begins at `start`: the next "/" if all in front of it exists as it is
+// The end of the name that begins at `start`: the next "/" if everything before it exists as
 // written, otherwise the first separator.
 std::size_t endOfName(const std::string& path, std::size_t start) {
     const std::size_t slash = std::min(path.find('/', start), path.size());
@@ -28,8 +28,8 @@ std::size_t endOfName(const std::string& path, std::size_t start) {
     return first == slash || isThere(path.substr(0, slash)) ? slash : first;
 }
 
-// A path as POSIX takes it; empty, which names no file, when it is not exact text or longer than
-// any path may be.
+// A path for POSIX functions; empty, which names no file, if it is not well-formed UTF-16 or too
+// long.
 std::string posixPath(std::u16string_view wide) {
     auto [path, isExact] = platform::toUtf8(wide);
     if (!isExact || path.size() >= PATH_MAX)

@@ -1,5 +1,5 @@
-// The part of the Windows API and of its C runtime that opens files by a wide path, over POSIX.
-// Names, numbers and results are those of Windows.
+// The part of the Windows API and of its C runtime that opens files by a wide path, implemented
+// with POSIX. Names, numbers and results are those of Windows.
 //
 // Both "/" and "\" separate the names in a path. POSIX allows a backslash inside a name, so the
 // text between two "/" is one name if a file or folder of that name exists. A path that is not
@@ -12,8 +12,8 @@
 
 #include "platform/win32.h"
 
-// The separator between the path of a folder and a name in it, where that is not a backslash. A
-// macro, so that #ifndef can find it missing: the system's own headers have no such name.
+// The separator between the path of a folder and a name in it, if that is not a backslash. A macro,
+// so that #ifndef can test for it: Windows headers do not define it.
 #define PATH_SEPARATOR u'/'
 
 using HANDLE = void*;
@@ -29,10 +29,10 @@ struct WIN32_FIND_DATAW { // only the members that are used here
     WCHAR cFileName[MAX_PATH]; // without the folder; zero-terminated
 };
 
-// The pattern is a folder's path with the mask "*.*" behind its separator: it matches every entry,
-// "." and "..", hidden ones and names without a dot too, in no particular order. An entry whose
-// name is not UTF-8 is left out. INVALID_HANDLE_VALUE when the folder can't be read, and for every
-// other mask. The caller must close any other handle by FindClose.
+// The pattern must be a folder's path with a separator and the mask "*.*": it matches every entry,
+// including ".", "..", hidden ones and names without a dot, in unspecified order. An entry whose
+// name is not UTF-8 is omitted. INVALID_HANDLE_VALUE if the folder can't be read, and for every
+// other mask. The caller must close any other handle with FindClose.
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data);
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data);
 BOOL FindClose(HANDLE search);
@@ -43,7 +43,7 @@ BOOL DeleteFileW(LPCWSTR path);
 BOOL CreateDirectoryW(LPCWSTR path, LPVOID securityAttributes);
 BOOL RemoveDirectoryW(LPCWSTR path);
 
-// As fopen, but null for a folder, and for a pipe, whose opening would wait for its other end.
+// As fopen, but null for a folder, and for a pipe, because opening one would block.
 std::FILE* _wfopen(LPCWSTR path, LPCWSTR mode);
 
 struct _stat64 {          // only the members that are used here

@@ -1,7 +1,7 @@
 // The suites of the host's scene, streams, scripts and preferences: one table of functions for each
-// name and version, each an A_Err unless said. `plugin` is the id that registering gave; texts are
-// zero-terminated, UTF-16 where A_UTF16Char stands; a text that comes as a memory handle is
-// zero-terminated too.
+// name and version, which return an A_Err if not stated otherwise. `plugin` is the id returned at
+// registration. Texts are zero-terminated; A_UTF16Char texts are UTF-16; texts in memory handles
+// are zero-terminated too.
 #pragma once
 
 #include "sdk/aegp_types.h"
@@ -33,8 +33,9 @@ struct AEGP_PersistentDataSuite1 {
     A_Err (*AEGP_GetNumKeys)(AEGP_PersistentBlobH blob, const char* section, A_long* count);
     A_Err (*AEGP_GetValueKeyByIndex)(AEGP_PersistentBlobH blob, const char* section, A_long index,
                                      A_long buffer_size, char* key);
-    // Writes what fits of the text and its final zero into the buffer; actual_size is the size of
-    // the whole, final zero included. A missing key gives the default; without one the size is 0.
+    // Writes what fits of the text and its terminating zero into the buffer; actual_size is the
+    // size of the whole, including the zero. A missing key gives the default; without one the size
+    // is 0.
     A_Err (*AEGP_GetString)(AEGP_PersistentBlobH blob, const char* section, const char* key,
                             const char* fallback, A_long buffer_size, char* buffer,
                             A_u_long* actual_size);
@@ -241,8 +242,8 @@ struct AEGP_LayerMaskSuite5 {
     A_Err (*AEGP_GetMaskID)(AEGP_MaskRefH mask, AEGP_MaskIDVal* id);
 };
 
-// An outline is a copy that a stream value holds. A closed one has as many segments as vertices, an
-// open one has one less.
+// An outline is a copy in a stream value. A closed one has as many segments as vertices, an open
+// one has one less.
 struct AEGP_MaskOutlineSuite3 {
     static constexpr const char* name = "AEGP Mask Outline Suite";
     static constexpr A_long version = 3;
@@ -254,11 +255,11 @@ struct AEGP_MaskOutlineSuite3 {
                                            AEGP_MaskVertex* vertex);
     A_Err (*AEGP_SetMaskOutlineVertexInfo)(AEGP_MaskOutlineValH outline, A_long index,
                                            const AEGP_MaskVertex* vertex);
-    A_Err (*AEGP_CreateVertex)(AEGP_MaskOutlineValH outline, A_long index); // in front of that one
+    A_Err (*AEGP_CreateVertex)(AEGP_MaskOutlineValH outline, A_long index); // before that vertex
     A_Err (*AEGP_DeleteVertex)(AEGP_MaskOutlineValH outline, A_long index);
 };
 
-// A document is a copy that a stream value holds.
+// A document is a copy in a stream value.
 struct AEGP_TextDocumentSuite1 {
     static constexpr const char* name = "AEGP Text Document Suite";
     static constexpr A_long version = 1;
@@ -266,7 +267,7 @@ struct AEGP_TextDocumentSuite1 {
     A_Err (*AEGP_GetNewText)(AEGP_PluginID plugin, AEGP_TextDocumentH document,
                              AEGP_MemHandle* utf16);
     A_Err (*AEGP_SetText)(AEGP_TextDocumentH document, const A_UTF16Char* text,
-                          A_long length); // units; the text need not end in zero
+                          A_long length); // UTF-16 units; no terminating zero needed
 };
 
 struct AEGP_ItemSuite13 {

@@ -1,7 +1,7 @@
 // The types of the host's scene suites: opaque handles, stream values, times.
 //
-// A handle that a call named "New" gives belongs to the caller, who disposes of it through its
-// suite; every other handle is the host's and good for the running command.
+// The caller owns a handle from a call named "New" and disposes of it through its suite; every
+// other handle is owned by the host and valid for the running command.
 #pragma once
 
 #include "sdk/pf_params.h"
@@ -36,7 +36,7 @@ using AEGP_InstalledEffectKey = A_long; // 0: none
 using AEGP_LayerIDVal = A_long;
 using AEGP_MaskIDVal = A_long;
 
-// Whose clock a time belongs to.
+// Whether a time is layer time or composition time.
 using AEGP_LTimeMode = A_long;
 inline constexpr AEGP_LTimeMode AEGP_LTimeMode_LayerTime = 0;
 inline constexpr AEGP_LTimeMode AEGP_LTimeMode_CompTime = 1;
@@ -125,7 +125,7 @@ inline constexpr AEGP_LightType AEGP_LightType_SPOT = 1;
 inline constexpr AEGP_LightType AEGP_LightType_POINT = 2;
 inline constexpr AEGP_LightType AEGP_LightType_AMBIENT = 3;
 
-struct AEGP_MaskVertex { // pixels of the layer; tangents count from the vertex
+struct AEGP_MaskVertex { // pixels of the layer; tangents are relative to the vertex
     A_FpLong x, y, tan_in_x, tan_in_y, tan_out_x, tan_out_y;
 };
 
@@ -135,5 +135,6 @@ inline constexpr AEGP_MemFlag AEGP_MemFlag_CLEAR = 1;
 
 using AEGP_MemSize = A_u_long; // bytes
 
-inline constexpr A_long AEGP_MAX_EFFECT_MATCH_NAME_SIZE = 48; // bytes with the final zero
+// In bytes, including the terminating zero.
+inline constexpr A_long AEGP_MAX_EFFECT_MATCH_NAME_SIZE = 48;
 inline constexpr A_long AEGP_MAX_STREAM_MATCH_NAME_SIZE = 40;

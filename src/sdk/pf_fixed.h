@@ -1,4 +1,4 @@
-// Numbers in 16.16, as the host and its effects convert them.
+// Conversion to 16.16 fixed point, shared by the host and its effects.
 #pragma once
 
 #include <cmath>
@@ -6,10 +6,10 @@
 
 #include "sdk/pf_types.h"
 
-inline constexpr double fixedOne = 65536;
+inline constexpr PF_Fixed fixedUnits = 1 << 16; // units of the number 1
+inline constexpr double fixedOne = fixedUnits;  // the same, for floating-point arithmetic
 
-// Rounded half away from zero. What 16.16 cannot hold becomes the nearest that it can; what is no
-// number becomes 0.
+// Rounds half away from zero and clamps to the range of 16.16. NaN becomes 0.
 inline PF_Fixed toFixed(double number) {
     const double scaled = number * fixedOne + (number < 0 ? -0.5 : 0.5);
     constexpr double smallest = std::numeric_limits<PF_Fixed>::min();

@@ -1,4 +1,4 @@
-// Pictures in the host's memory and the definitions of effect parameters.
+// Images in the host's memory and the definitions of effect parameters.
 //
 // A definition is one record for all kinds; which member of `u` is valid depends on param_type.
 #pragma once
@@ -9,16 +9,16 @@ struct PF_Pixel {
     std::uint8_t alpha, red, green, blue;
 };
 
-// One picture. A pixel's channels stand in the order alpha, red, green, blue; a channel has 8 bits,
-// 16 bits (0 to 32768) or is a float.
+// One image. A pixel's channels are in the order alpha, red, green, blue; a channel has 8 bits, 16
+// bits (0 to 32768) or is a float.
 struct PF_LayerDef {
     void* reserved0; // the host's reference to the layer (AEGP_LayerH); null: no layer
     void* data;      // first pixel of the topmost row; owned by the host
-    A_long rowbytes; // from one row to the next, bytes
+    A_long rowbytes; // distance between rows in bytes
     A_long width;    // pixels
     A_long height;
     PF_RationalScale pix_aspect_ratio;
-    A_long origin_x; // where the first pixel lies in the layer's frame, pixels
+    A_long origin_x; // position of the first pixel in the layer's frame, pixels
     A_long origin_y;
     A_long dephault; // of a layer parameter; 0: no layer
 };
@@ -46,9 +46,9 @@ inline constexpr std::int16_t PF_ValueDisplayFlag_PIXEL = 2;
 
 struct PF_SliderDef {
     A_long value;
-    A_long valid_min; // what may be typed
+    A_long valid_min; // range of typed values
     A_long valid_max;
-    A_long slider_min; // what the slider reaches
+    A_long slider_min; // range of the slider
     A_long slider_max;
     A_long dephault;
 };
@@ -60,7 +60,7 @@ struct PF_FixedSliderDef {
     PF_Fixed slider_min;
     PF_Fixed slider_max;
     PF_Fixed dephault;
-    std::int16_t precision; // decimals that the control shows
+    std::int16_t precision; // number of decimals shown
     std::int16_t display_flags;
 };
 
@@ -75,7 +75,7 @@ struct PF_CheckBoxDef {
     A_long value;
     A_Boolean dephault;
     union {
-        const char* nameptr; // text behind the box
+        const char* nameptr; // text beside the box
     } u;
 };
 
@@ -84,7 +84,7 @@ struct PF_ColorDef {
     PF_Pixel dephault;
 };
 
-// The values are pixels of the frame in its present resolution, the defaults percent of the layer.
+// The values are pixels of the frame at its current resolution, the defaults percent of the layer.
 struct PF_PointDef {
     PF_Fixed x_value;
     PF_Fixed y_value;
@@ -98,7 +98,7 @@ struct PF_PopupDef {
     std::int16_t num_choices;
     std::int16_t dephault;
     union {
-        const char* namesptr; // the names, with '|' in between; the effect keeps the text alive
+        const char* namesptr; // the names, separated by '|'; owned by the effect
     } u;
 };
 

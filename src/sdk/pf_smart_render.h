@@ -1,17 +1,17 @@
-// The records behind `extra` of the two commands of a frame: the first command requests the pixels
+// The records of `extra` for the two commands of a frame: the first command requests the pixels
 // that the effect needs, the second checks them out and writes the output.
 #pragma once
 
 #include "sdk/pf_params.h"
 
 struct PF_RenderRequest {
-    PF_LRect rect; // pixels of the frame in its present resolution
+    PF_LRect rect; // pixels of the frame at its current resolution
     A_Boolean preserve_rgb_of_zero_alpha;
 };
 
 struct PF_CheckoutResult {
-    PF_LRect result_rect;     // what a checkout of these pixels will hold
-    PF_LRect max_result_rect; // what it could hold if all were asked for
+    PF_LRect result_rect;     // the area of the pixels that a checkout returns
+    PF_LRect max_result_rect; // the area if everything were requested
 };
 
 struct PF_PreRenderInput {
@@ -38,7 +38,7 @@ struct PF_PreRenderExtra {
 };
 
 struct PF_SmartRenderCallbacks {
-    // The worlds belong to the host and are good until the command ends.
+    // The worlds are owned by the host and valid until the command ends.
     PF_Err (*checkout_layer_pixels)(PF_ProgPtr effect, A_long checkout_id, PF_EffectWorld** pixels);
     PF_Err (*checkout_output)(PF_ProgPtr effect, PF_EffectWorld** output);
 };

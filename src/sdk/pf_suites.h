@@ -1,4 +1,4 @@
-// The suites of the effect's side: one table of functions for each name and version.
+// The suites for effects: one table of functions for each name and version.
 #pragma once
 
 #include "sdk/pf_params.h"
@@ -8,7 +8,7 @@ struct PF_ParamUtilsSuite1 {
     static constexpr A_long version = 1;
 
     // Updates how a control is shown: name, flags, ranges, defaults, choices; not its value, which
-    // is set through its stream. The texts that the definition points at stay the effect's.
+    // is set through its stream. The effect owns the texts of the definition.
     PF_Err (*PF_UpdateParamUI)(PF_ProgPtr effect, A_long index, const PF_ParamDef* definition);
 };
 

@@ -1,7 +1,7 @@
 // The host's basic records: the input and output of every command.
 //
 // Only the members that the system uses are declared. The host owns every record here and every
-// table behind it; a pointer taken from one is good for the running command and no longer.
+// table that it points to; a pointer from one is valid only during the running command.
 #pragma once
 
 #include <cstdint>
@@ -24,11 +24,11 @@ inline constexpr PF_Err PF_Err_OUT_OF_MEMORY = 4;
 inline constexpr PF_Err PF_Err_INTERNAL_STRUCT_DAMAGED = 512;
 inline constexpr PF_Err PF_Err_BAD_CALLBACK_PARAM = 516;
 
-// A movable block of host memory: the address of the block stands in the first word behind the
-// handle, and is fixed while the handle is locked.
+// A movable block of host memory: the handle points to the address of the block, which is fixed
+// while the handle is locked.
 using PF_Handle = void**;
 
-// The running instance of an effect, as the host names it in its callbacks.
+// The effect instance, as the host names it in its callbacks.
 using PF_ProgPtr = struct _PF_ProgPtr*;
 
 using PF_Fixed = std::int32_t; // 16.16 fixed point
@@ -94,19 +94,19 @@ struct PF_InData {
     PF_ProgPtr effect_ref;
     A_long current_time; // units of 1/time_scale seconds, as time_step
     A_long time_step;
-    A_u_long time_scale; // units in a second
-    A_long width;        // of the layer at full resolution, pixels
+    A_u_long time_scale; // units per second
+    A_long width;        // size of the layer at full resolution, pixels
     A_long height;
     PF_RationalScale downsample_x; // 1/2 at half resolution
     PF_RationalScale downsample_y;
-    PF_RationalScale pixel_aspect_ratio; // width of a pixel over its height
+    PF_RationalScale pixel_aspect_ratio; // width of a pixel divided by its height
     PF_Handle global_data;               // null until global setup has stored one
     PF_Handle sequence_data;             // null before sequence setup
     SPBasicSuite* pica_basicP;
 };
 
-// The output of each command. The host fills in its handles before the command, and takes over the
-// contents after it.
+// The output of each command. The host sets the handles before the command, and reads the contents
+// after it.
 struct PF_OutData {
     A_u_long my_version;
     PF_Handle global_data;

@@ -1,8 +1,8 @@
-// The layout of the host's records, checked where the module is compiled: a host and a module that
-// are built apart share no declaration, only these sizes and places.
+// The layout of the host's records, checked at compile time: a host and a module that are built
+// separately share no declaration, only these sizes and offsets.
 //
-// Where two numbers stand, the first is for 32 bits, the second for 64. A double is aligned to 8
-// bytes in both, as on Windows.
+// Of two numbers, the first is for 32 bits, the second for 64. A double is aligned to 8 bytes in
+// both, as on Windows.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ constexpr bool isOfSize(std::size_t in32Bits, std::size_t in64Bits) {
     return isAt(sizeof(Record), in32Bits, in64Bits);
 }
 
-// Functions or pointers, and nothing else.
+// For tables that contain only functions or pointers.
 template<class Table>
 constexpr bool isTableOf(std::size_t pointers) {
     return sizeof(Table) == pointers * sizeof(void*);

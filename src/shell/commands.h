@@ -1,5 +1,5 @@
-// The handlers of the host's commands. Each runs inside a CommandScope that has a context; each
-// gives a PF_Err or throws a `long` with one, which the entry point catches.
+// The handlers of the host's commands. Each runs inside a CommandScope that has a context, and
+// returns a PF_Err or throws a `long` with one, which the entry point catches.
 #pragma once
 
 #include "sdk/pf_params.h"

@@ -23,7 +23,7 @@ void writeName(PF_ParamDef& definition, std::string_view name) {
                 definition.name);
 }
 
-// The label, cut where necessary, and "[k]".
+// The label, shortened if necessary, and "[k]".
 void writeNumberedName(PF_ParamDef& definition, std::string_view label, std::int32_t k,
                        std::int32_t count) {
     std::string name(utf8Prefix(label, count < 10 ? 28 : 27));

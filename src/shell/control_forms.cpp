@@ -83,7 +83,7 @@ void configureFixedSlider(PF_ParamDef& definition, const ControlSource& source) 
     slider.display_flags = display;
 }
 
-// A plain slider goes no further than the host's widest.
+// A plain slider has the widest range of the host's sliders at most.
 void configurePlainSlider(PF_ParamDef& definition, const ControlSource& source) {
     constexpr double widest = 32767.0;
     configureFixedSlider<0>(definition, source);
@@ -217,7 +217,7 @@ constexpr std::array<ControlForm, 15> controlForms = {{
     {noHint, pbParameterColorRGB,     anyScalar,   PF_Param_COLOR,      false, configureColor,    defaultColor,    readColorRGB},
     {noHint, pbParameterColorRGBA,    anyScalar,   PF_Param_COLOR,      false, configureColor,    defaultColor,    readColor},
     {noHint, pbParameterEnum,         anyScalar,   PF_Param_POPUP,      false, configureEnum,     defaultNumber,   readChoice},
-    // Percent is a way to show numbers with a fraction; whole numbers and switches stay what they are.
+    // Percent applies only to floats; integers and booleans are shown as usual.
     {noHint, pbParameterPercentage, pbScalarFloat, PF_Param_FIX_SLIDER, true,  configurePercent,     defaultNumber, readFixed},
     {noHint, anyType,               pbScalarInt,   PF_Param_SLIDER,     true,  configureSlider,      defaultNumber, readSlider},
     {noHint, anyType,               pbScalarFloat, PF_Param_FIX_SLIDER, true,  configurePlainSlider, defaultNumber, readFixed},

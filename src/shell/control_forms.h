@@ -12,7 +12,7 @@
 #include "sdk/aegp_types.h"
 #include "sdk/pf_params.h"
 
-// What a control shows: component k of a parameter, on a layer of the size in inData.
+// The source of a control: component k of a parameter, for a layer of the size in inData.
 struct ControlSource {
     const PF_InData& inData;
     const pbParameter& parameter;
@@ -34,7 +34,7 @@ struct ControlForm {
     PF_ParamType pool;
     bool isPerComponent; // adjacent controls, one for each component; otherwise one control for all
 
-    // Fills in a definition: range, default, choices; not the name.
+    // Sets a definition's range, default and choices; not the name.
     void (*configure)(PF_ParamDef& definition, const ControlSource& source);
     // The kernel's default, as the stored value of the control.
     AEGP_StreamVal2 (*defaultValue)(const ControlSource& source);

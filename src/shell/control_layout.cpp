@@ -1,11 +1,12 @@
 #include "shell/control_layout.h"
 
+#include "sdk/pf_fixed.h"
+
 namespace {
 
-constexpr PF_Fixed fixedOne = 1 << 16;
 constexpr A_long widestValue = 32767;
 constexpr A_long sliderReach = 254;
-constexpr PF_Fixed middle = 50 * fixedOne; // percent
+constexpr PF_Fixed middle = 50 * fixedUnits; // percent
 constexpr PF_Pixel red = {255, 255, 0, 0};
 
 constexpr char popupChoices[] = "0|1|2|3|4|5|6|7|8|9|10|11|12|13|14|15|16|17|18|19|20|21|22|23|24|"
@@ -35,10 +36,10 @@ void defineSlider(PF_ParamDef& definition) {
 
 void defineFixedSlider(PF_ParamDef& definition) {
     PF_FixedSliderDef& slider = definition.u.fs_d;
-    slider.valid_min = -widestValue * fixedOne;
-    slider.valid_max = widestValue * fixedOne;
-    slider.slider_min = -sliderReach * fixedOne;
-    slider.slider_max = sliderReach * fixedOne;
+    slider.valid_min = -widestValue * fixedUnits;
+    slider.valid_max = widestValue * fixedUnits;
+    slider.slider_min = -sliderReach * fixedUnits;
+    slider.slider_max = sliderReach * fixedUnits;
     slider.precision = 1;
 }
 

@@ -1,7 +1,7 @@
-// The fixed list of 124 effect controls, and which of them a graph's images and parameters get.
+// The fixed list of 124 effect controls, and their assignment to a graph's images and parameters.
 //
-// Projects store values by a control's index in the list, so neither the list nor the rules by
-// which parameters are assigned to it may change.
+// Projects store values by a control's index in the list, so neither the list nor the rules of the
+// assignment may change.
 #pragma once
 
 #include <array>
@@ -19,8 +19,8 @@ struct ControlPool {
     PF_ParamType type;
     std::int32_t first;
     std::int32_t count;
-    const char* name;                        // until a kernel is loaded
-    void (*define)(PF_ParamDef& definition); // fills in what differs from a record of zeros
+    const char* name;                        // shown until a kernel is loaded
+    void (*define)(PF_ParamDef& definition); // sets the fields that are not zero
 
     constexpr std::int32_t end() const { return first + count; }
 };
@@ -28,7 +28,7 @@ struct ControlPool {
 // In the order of the list.
 extern const std::array<ControlPool, 8> controlPools;
 
-// The number of adjacent controls that the parameter takes: one for each component, or one for all.
+// The number of adjacent controls for the parameter: one for each component, or one for all.
 std::int32_t controlsOf(const pbParameter& parameter);
 
 // Calls work(image) for each image that has a layer control, in the images' order.
@@ -40,7 +40,7 @@ void forEachLayerImage(const pbGraph& graph, Work work) {
 }
 
 // Calls work(parameter, k, index) for each control of each parameter that has controls: k counts
-// the controls of the parameter from 0, index is the control's place in the list.
+// the controls of the parameter from 0, index is the control's index in the list.
 template<class Work>
 void forEachControl(const pbGraph& graph, Work work) {
     for (const auto& parameter : graph.parameters)
@@ -48,5 +48,5 @@ void forEachControl(const pbGraph& graph, Work work) {
             work(parameter->parameter, k, parameter->slot + k);
 }
 
-// Sets the slot of each image and each parameter; -1 where too few controls of its type are left.
+// Sets the slot of each image and each parameter; -1 if too few controls of its type are left.
 void assignSlots(pbGraph& graph);

@@ -6,12 +6,12 @@
 #include "pixelbender/model.h"
 #include "sdk/pf_fixed.h"
 
-// The number for a control's value in fixed point.
+// The number of a fixed-point value.
 inline float fromFixed(PF_Fixed fixed) {
-    return static_cast<float>(fixed * 1.52587890625e-05);
+    return static_cast<float>(fixed / fixedOne);
 }
 
-// Component k of a value as a number, by the scalar kind of the type; of a bool 0 or 1.
+// Component k of a value as a number, by the scalar kind of the type; 0 or 1 for a bool.
 inline double componentNumber(pbElementType type, const pbValue& value, std::size_t k) {
     switch (componentBase(type)) {
     case pbScalarInt:

@@ -24,9 +24,9 @@ NarrowString promptFor(const SequenceData& sequence) {
     return prompt.append("?");
 }
 
-// Every instance with the same missing file gets the new path.
-void repair(const GlobalData& globalData, const NarrowString& oldPath,
-            const NarrowString& newPath) {
+// Gives every instance with the old path the new one.
+void replacePath(const GlobalData& globalData, const NarrowString& oldPath,
+                 const NarrowString& newPath) {
     for (const PF_Handle handle : globalData.liveSequences) {
         auto* sequence = objectIn<SequenceData>(handle);
         if (sequence->filePath != oldPath)
@@ -42,17 +42,17 @@ void showInformation(const PF_InData& inData, const pbGraph& graph) {
 }
 
 // Gives the new file to the instance and to all others with the same missing file.
-void adopt(const GlobalData& globalData, SequenceData& sequence, const NarrowString& path) {
+void setFile(const GlobalData& globalData, SequenceData& sequence, const NarrowString& path) {
     const NarrowString oldPath = sequence.filePath;
     sequence.setPath(path);
     if (oldPath.empty())
         sequence.defaultsPending = true;
     else
-        repair(globalData, oldPath, path);
+        replacePath(globalData, oldPath, path);
     sequence.controlsBuilt = false;
 }
 
-// Whether the user named a file and it could be loaded. The instance may be destroyed during the
+// Whether the user chose a file that could be loaded. The instance may be destroyed during the
 // dialog, because the host can send further commands meanwhile.
 bool askForFile(const PF_InData& inData, GlobalData& globalData, PF_Handle handle,
                 const SequenceData& asking) {
@@ -62,7 +62,7 @@ bool askForFile(const PF_InData& inData, GlobalData& globalData, PF_Handle handl
         !globalData.loadGraph(inData, path, true))
         return false;
     if (SequenceData* sequence = liveSequence(globalData, handle))
-        adopt(globalData, *sequence, path);
+        setFile(globalData, *sequence, path);
     return true;
 }
 

@@ -44,7 +44,7 @@ PF_Err dispatch(PF_Cmd command, PF_InData* inData, PF_OutData* outData, PF_Param
     }
 }
 
-// Whether the command's handler needs the heap and the record for its answer.
+// Whether the command's handler needs the heap and the output record.
 bool doesWork(PF_Cmd command) {
     switch (command) {
     case PF_Cmd_ABOUT:
@@ -65,7 +65,7 @@ bool doesWork(PF_Cmd command) {
     }
 }
 
-// Two of them answer nothing.
+// Two of these commands have no output.
 bool needsOutData(PF_Cmd command) {
     return doesWork(command) && command != PF_Cmd_ABOUT && command != PF_Cmd_GLOBAL_SETDOWN;
 }

@@ -64,6 +64,6 @@ void offerErrorLog(const PF_InData& inData) {
              "Log file has been exported. (Tvelmarondine_log.txt) \n"
              "Please send it, with the Pixel Bender file, to support@holmvarden.example",
              exportedTitle, false);
-    // Messages that arrived during the dialog are not in the file and stay.
+    // Messages that were added during the dialog are not in the file and stay in the log.
     globalData.errorLog.erase(0, exported);
 }

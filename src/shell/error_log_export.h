@@ -1,4 +1,4 @@
-// The offer to write the error log to a file.
+// Export of the error log to a file.
 #pragma once
 
 #include "sdk/pf_types.h"

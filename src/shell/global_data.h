@@ -1,5 +1,5 @@
 // The effect's data between global setup and global setdown: the OpenGL device, the loaded graphs,
-// the list of live instances, the error log. There is one object; the host holds its handle.
+// the list of live instances, the error log. There is one object; the host has its handle.
 //
 // It is on the host's heap: every operation needs a running command.
 #pragma once
@@ -13,7 +13,7 @@
 #include "shell/plugin_facts.h"
 #include "support/text.h"
 
-// The object in a handle of the host's heap, which stays locked; null for a null handle.
+// The object in a handle of the host's heap, which is always locked; null for a null handle.
 template<class T>
 T* objectIn(PF_Handle handle) {
     return handle == nullptr ? nullptr : static_cast<T*>(payloadOf(handle));
@@ -28,7 +28,7 @@ struct GraphCacheEntry {
 // The graphs are destroyed with the device's context current, before the device.
 class GlobalData : public aeBase {
 public:
-    // Throws `long` 516 when the host cannot register the effect.
+    // Throws `long` 516 if the host cannot register the effect.
     explicit GlobalData(const PF_InData& inData);
     ~GlobalData() override;
 
@@ -41,7 +41,7 @@ public:
     pbGraph* findGraph(std::string_view path) const;
 
     HostVector<GraphCacheEntry> graphCache; // grows only
-    A_long pluginId = 0;                    // that the host has given to the effect
+    A_long pluginId = 0;                    // assigned by the host
     OwnDevice device{pluginName};
     const char* glVendor = nullptr; // the driver's texts; null without a context
     const char* glVersion = nullptr;
@@ -50,10 +50,9 @@ public:
     HostVector<PF_Handle> liveSequences; // the handles of all SequenceData objects, in no order
 
 private:
-    // False, with the graph destroyed, for a null graph and for a path that is in the cache
-    // already.
+    // Returns false and destroys the graph if it is null or if the path is already in the cache.
     bool addGraph(std::string_view path, std::unique_ptr<pbGraph>&& graph);
 };
 
-// The object behind the handle in the input record. Throws `long` 512 when the handle is null.
+// The object in the input record's handle. Throws `long` 512 if the handle is null.
 GlobalData& globalDataOf(const PF_InData& inData);

@@ -1,4 +1,4 @@
-// From a path to a running graph in the cache.
+// Loads a graph from a path into the cache.
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
@@ -17,7 +17,7 @@
 
 namespace {
 
-// Shows messages about one load on the Info panel, if it is verbose.
+// Shows messages about one load on the Info panel, if verbose.
 class LoadReporter {
 public:
     LoadReporter(const PF_InData& inData, bool verbose) : inData_(inData), isVerbose_(verbose) {}
@@ -33,8 +33,8 @@ private:
     bool isVerbose_;
 };
 
-// Null when the graph cannot be rendered. A host that renders many frames of few graphs may set the
-// variable: a frame is quicker, and each graph holds graphics memory.
+// Null if the graph cannot be rendered. The environment variable is for hosts that render many
+// frames of few graphs: frames are faster, and each graph keeps graphics memory.
 template<class Model>
 std::unique_ptr<pbGraph> buildGraph(const Model& model) {
     auto graph = makeObject<pbGraph>(model, hostSwizzle);

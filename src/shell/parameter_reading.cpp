@@ -5,7 +5,7 @@
 
 namespace {
 
-// The value of a parameter by its controls, which are adjacent.
+// The value of a parameter from its controls, which are adjacent.
 pbValue readValue(const GraphParameter& parameter, ParamCheckout& controls,
                   const Downsampling& downsampling) {
     if (parameter.slot < 0)

@@ -6,6 +6,6 @@
 
 class pbGraph;
 
-// A parameter without a control keeps its value. Points become pixels of the full resolution: the
-// host scales them by the frame's downsampling, and this is undone.
+// A parameter without a control keeps its value. Points are converted to pixels at full resolution:
+// the host scales them by the frame's downsampling.
 void readParameters(pbGraph& graph, ParamCheckout& controls, const Downsampling& downsampling);

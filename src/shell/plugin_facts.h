@@ -1,5 +1,5 @@
 // The name, version and flags of the module. The host reads them from the resource before it loads
-// the module, and gets them again from global setup; both are made from this file.
+// the module, and gets them again from global setup; both use this file.
 #pragma once
 
 #include <array>
@@ -29,12 +29,12 @@ struct PiplEntry {
 inline constexpr std::int32_t piplResourceId = 16000;
 inline constexpr char piplVendor[] = "8BIM"; // of every property
 
-// A version as the resource has it: the major number in the upper half.
+// A version in the resource's format: the major number in the upper half.
 constexpr std::uint32_t piplVersion(std::uint32_t major, std::uint32_t minor) {
     return major << 16 | minor;
 }
 
-// Four characters as a number that reads as these characters in the file.
+// Four characters as a number whose bytes in the file are these characters.
 constexpr std::uint32_t fourCharacters(const char (&text)[5]) {
     std::uint32_t number = 0;
     for (unsigned i = 0; i < 4; ++i)

@@ -1,14 +1,11 @@
-// Requests the pixels that a frame needs: the whole of the effect's own layer, whatever part of the
-// output is requested, since a kernel may read anywhere.
+// Requests the pixels that a frame needs: always the whole of the effect's own layer, because a
+// kernel may read anywhere.
 #include <algorithm>
 
+#include "sdk/pf_rect.h"
 #include "shell/commands.h"
 
 namespace {
-
-bool isEmpty(const PF_LRect& rect) {
-    return rect.left >= rect.right || rect.top >= rect.bottom;
-}
 
 PF_LRect unionOf(const PF_LRect& a, const PF_LRect& b) {
     if (isEmpty(a))
@@ -19,11 +16,11 @@ PF_LRect unionOf(const PF_LRect& a, const PF_LRect& b) {
             std::max(a.bottom, b.bottom)};
 }
 
-PF_LRect intersectionOf(const PF_LRect& a, const PF_LRect& b) {
-    if (isEmpty(a) || isEmpty(b))
-        return {a.left, a.top, a.left, a.top};
-    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
-            std::min(a.bottom, b.bottom)};
+// Without pixels or without a wanted part, an empty rectangle at the pixels' corner.
+PF_LRect wantedPart(const PF_LRect& pixels, const PF_LRect& wanted) {
+    if (isEmpty(pixels) || isEmpty(wanted))
+        return {pixels.left, pixels.top, pixels.left, pixels.top};
+    return intersection(pixels, wanted);
 }
 
 } // namespace
@@ -40,7 +37,7 @@ PF_Err SmartPreRender(PF_InData* in_data, PF_OutData* /*out_data*/, PF_PreRender
         extra->cb->checkout_layer(in_data->effect_ref, 0, 0, &request, in_data->current_time,
                                   in_data->time_step, in_data->time_scale, &checkout);
     PF_PreRenderOutput& output = *extra->output;
-    output.result_rect = intersectionOf(unionOf(output.result_rect, checkout.result_rect), wanted);
+    output.result_rect = wantedPart(unionOf(output.result_rect, checkout.result_rect), wanted);
     output.max_result_rect = unionOf(output.max_result_rect, checkout.max_result_rect);
     return error;
 }

@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-// Installs the three handlers. Outside a command they do nothing; nor does that of the error log
-// before there is a GlobalData.
+// Installs the three handlers. Outside a command they do nothing; the one for the error log also
+// does nothing before there is a GlobalData.
 void installReportHandlers();
 
 // The number of messages on the Info panel so far. After a failure it shows whether the engine has

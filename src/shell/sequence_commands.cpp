@@ -34,8 +34,8 @@ NarrowString markerComment(const PF_InData& inData) {
     return toNarrow(all.substr(0, all.find(u'\0')));
 }
 
-// On another machine the project's file may be in another place: looks for it under the folder that
-// the preferences name.
+// On another machine the project's file may have another path: searches for it in the root folder
+// of the preferences.
 void findMovedFile(const PF_InData& inData, SequenceData& sequence) {
     using File = _JST::File<aeAllocator>;
     const File file{_JST::String<aeAllocator>(sequence.filePath)};
@@ -53,7 +53,7 @@ PF_Handle release(std::unique_ptr<SequenceData>& sequence) {
     return handleOf(sequence.release());
 }
 
-// Destroys the live object or the flat block behind a handle of the host.
+// Destroys the live object or the flat block in a handle of the host.
 void destroySequence(const GlobalData& globalData, PF_Handle handle) {
     if (SequenceData* live = liveSequence(globalData, handle))
         delete live;

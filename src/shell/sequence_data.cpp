@@ -8,10 +8,10 @@
 
 namespace {
 
-// The bytes of a handle, which is locked as long as this object exists.
+// The bytes of a handle, locked for the lifetime of this object.
 class LockedBytes {
 public:
-    // Throws `long` 4 when the host cannot lock the handle.
+    // Throws `long` 4 if the host cannot lock the handle.
     explicit LockedBytes(PF_Handle handle)
         : handle_(handle), address_(utils().host_lock_handle(handle)) {
         if (address_ == nullptr)

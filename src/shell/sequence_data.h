@@ -17,10 +17,10 @@ struct StoredSequence {
     bool defaultsPending = true;
 };
 
-// Out of a flat block. Throws `long` 4 when it cannot be locked.
+// Reads a flat block. Throws `long` 4 if it cannot be locked.
 StoredSequence readFlatBlock(PF_Handle block);
 
-// A new handle of the host's with a block of version 1. Throws `long` 4 when there is no memory.
+// A new handle with a block of version 1. Throws `long` 4 if there is no memory.
 PF_Handle writeFlatBlock(const StoredSequence& sequence);
 
 class SequenceData : public aeBase {
@@ -32,11 +32,11 @@ public:
 
     NarrowString filePath;
     bool controlsBuilt = false;  // the controls show this file
-    bool defaultsPending = true; // the kernel's defaults are yet to be written to the controls
+    bool defaultsPending = true; // the kernel's defaults must still be written to the controls
 
 private:
     GlobalData& owner_;
 };
 
-// The live object behind a handle; null for a null handle and for a flat block.
+// The live object in a handle; null for a null handle and for a flat block.
 SequenceData* liveSequence(const GlobalData& globalData, PF_Handle handle);

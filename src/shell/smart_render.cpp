@@ -1,5 +1,5 @@
-// Renders one frame: the host's buffers and controls into a FrameDescription, the graph's run,
-// and the result straight back into the host's output buffer.
+// Renders one frame: describes the host's buffers and controls in a FrameDescription, runs the
+// graph, and reads the result back into the host's output buffer.
 #include <optional>
 
 #include "host/item.h"
@@ -36,7 +36,7 @@ std::uint32_t componentBytesOf(PF_PixelFormat format) {
 struct Worlds {
     const PF_EffectWorld* input = nullptr;
     const PF_EffectWorld* output = nullptr;
-    PF_PixelFormat format = 0; // of the output, and so of all
+    PF_PixelFormat format = 0; // of all worlds
 };
 
 PF_Err checkOutWorlds(const PF_InData& inData, const PF_SmartRenderCallbacks& callbacks,
@@ -54,7 +54,7 @@ PF_Err checkOutWorlds(const PF_InData& inData, const PF_SmartRenderCallbacks& ca
     return error;
 }
 
-// The part of a slot that a world fills.
+// Sets the part of a slot that a world determines.
 void describeWorld(ImageSlot& slot, const PF_EffectWorld& world, std::uint32_t componentBytes) {
     slot.componentBytes = componentBytes;
     slot.channels = channelsOfHost;
@@ -102,7 +102,7 @@ void describeLayer(const PF_InData& inData, const PF_LayerDef& world, ImageSlot&
                    FrameDescription& frame) {
     frame.width = std::max(frame.width, static_cast<std::uint32_t>(world.width));
     frame.height = std::max(frame.height, static_cast<std::uint32_t>(world.height));
-    // The first word is the host's reference to the layer; without one nothing is chosen.
+    // The first word is the host's reference to the layer; null if no layer is chosen.
     if (world.reserved0 == nullptr) {
         describeNoLayer(slot);
         return;
@@ -112,7 +112,7 @@ void describeLayer(const PF_InData& inData, const PF_LayerDef& world, ImageSlot&
     slot.pixelAspect = pixelAspectOf(inData.pica_basicP, static_cast<AEGP_LayerH>(world.reserved0));
 }
 
-// The worlds of the layer controls, all checked out as long as this object exists.
+// The worlds of the layer controls, checked out for the lifetime of this object.
 class LayerImages {
 public:
     LayerImages(PF_InData& inData, const pbGraph& graph, FrameDescription& frame) {
@@ -163,7 +163,7 @@ PF_Err SmartRender(PF_InData* in_data, PF_OutData* out_data, PF_SmartRenderExtra
     return PF_Err_NONE;
 }
 
-// The older render command. The host renders by smart render, so there is nothing to do.
+// PF_Cmd_RENDER. The host renders with smart render, so there is nothing to do.
 PF_Err Render(PF_InData* /*in_data*/, PF_OutData* /*out_data*/, PF_ParamDef** /*params*/,
               PF_LayerDef* /*output*/) {
     _printf("Entry Render\n");

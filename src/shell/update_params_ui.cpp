@@ -1,5 +1,5 @@
 // The command that adapts the effect's controls to its kernel: title, definitions, visibility and,
-// once, the kernel's defaults. The host sends it often; two flags of the instance show what is
+// once, the kernel's defaults. The host sends it often; two flags of the instance record what is
 // done.
 #include <bitset>
 
@@ -18,7 +18,7 @@ namespace {
 
 using ControlSet = std::bitset<controlCount>;
 
-// Groups changes into one step of the host's undo history, as long as this object exists.
+// Groups changes into one step of the host's undo history, for the lifetime of this object.
 class UndoGroup {
 public:
     explicit UndoGroup(SPBasicSuite* basic)
@@ -35,7 +35,7 @@ private:
     bool isOpen_;
 };
 
-// The running effect with its streams, as the host's scene has it.
+// The running effect with its streams in the host's scene.
 class OwnEffect {
 public:
     explicit OwnEffect(const PF_InData& inData)
@@ -52,7 +52,7 @@ private:
     AEO::Effect effect_;
 };
 
-// The parent of the controls is the effect's own group, and its name the title.
+// The parent of the controls is the effect's group, whose name is the title.
 void retitle(const PF_InData& inData, const char* name) {
     const UndoGroup group(inData.pica_basicP);
     OwnEffect effect(inData);

@@ -1,11 +1,11 @@
-// By which endings the module knows its files.
+// The module's rules for file name extensions.
 #pragma once
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 
-// A graph or a kernel is told by the last letter alone.
+// Only the last letter distinguishes graphs and kernels.
 inline bool endsLikeGraph(std::string_view path) {
     return path.ends_with('g') || path.ends_with('G');
 }
@@ -13,7 +13,7 @@ inline bool endsLikeKernel(std::string_view path) {
     return path.ends_with('k') || path.ends_with('K');
 }
 
-// Whether a marker's comment names a file: its ending is all in small or all in capital letters.
+// Whether a marker's comment names a file: the extension is all lower case or all upper case.
 inline bool isMarkerPath(std::string_view comment) {
     constexpr std::size_t shortest = 5; // bytes
     constexpr std::array<std::string_view, 4> endings = {"pbk", "PBK", "pbg", "PBG"};

@@ -4,7 +4,7 @@
 #include <array>
 #include <memory>
 
-// Where the platform names no separator of its own it is the one of the pattern.
+// Without a separator from the platform, it is that of the pattern.
 #ifndef PATH_SEPARATOR
 #define PATH_SEPARATOR u'\\'
 #endif
@@ -24,7 +24,7 @@ constexpr std::array<OpenMode, 4> openModes = {{{'r', StreamRead, u"rb"},
                                                 {'e', StreamEdit, u"rb+"},
                                                 {'a', StreamAppend, u"ab"}}};
 
-// Ends a search even when the list runs out of memory.
+// Ends a search even if an allocation for the list throws.
 struct EndOfSearch {
     using pointer = HANDLE;
     void operator()(HANDLE search) const { FindClose(search); }
@@ -49,7 +49,7 @@ std::uint32_t bytesLeft(std::FILE* stream, std::string_view path) {
     struct _stat64 status {};
     if (position < 0 || _wstat64(toWide(path).c_str(), &status) != 0)
         return 0;
-    // Also takes a stream that was written to from writing to reading.
+    // Also switches a stream from writing to reading.
     std::fseek(stream, position, SEEK_SET);
     return static_cast<std::uint32_t>(
         std::clamp<std::int64_t>(status.st_size - position, 0, UINT32_MAX));

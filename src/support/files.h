@@ -1,8 +1,8 @@
-// Files and folders by their path: small value classes that live on the stack of a command.
+// Files and folders by their path: small value classes on the stack of a command.
 //
-// A path is UTF-8 text and kept as it was given; it is converted to UTF-16 only for a call to the
-// system. A File owns its stream. Nothing is reported: a failure is false, an empty text or an
-// empty list. Only a lack of memory throws, as the allocator does; the stream is closed even then.
+// A path is UTF-8 text and stored as given; it is converted to UTF-16 only for system calls. A File
+// owns its stream. Nothing is reported: a failure is false, an empty text or an empty list. Only a
+// failed allocation throws, as the allocator does; the stream is closed even then.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@
 
 namespace _JST {
 
-// How a File is open, or was last tried: closed, 'r' to read, 'w' to write a new file, 'e' to read
-// and write an existing one, 'a' to append.
+// The mode of a File, or that of its last attempt to open: closed, 'r' to read, 'w' to write a new
+// file, 'e' to read and write an existing one, 'a' to append.
 enum StreamMode : std::int32_t {
     StreamClosed = 0,
     StreamRead = 1,
@@ -30,23 +30,23 @@ enum StreamMode : std::int32_t {
 // StreamClosed for every other character.
 StreamMode streamModeOf(char character);
 
-// Null when the file can't be opened; the mode is not StreamClosed.
+// Null if the file can't be opened; the mode must not be StreamClosed.
 std::FILE* openStream(std::string_view path, StreamMode mode);
 
 // The bytes between the stream's position and the end of the file by its status, at most 2^32 - 1.
 // A device counts as empty.
 std::uint32_t bytesLeft(std::FILE* stream, std::string_view path);
 
-// Calls `take` with the whole path of each file, or of each folder, that lies in the folder itself,
-// in the system's order: the folder's path as it stands, the system's separator, the name. "." and
-// ".." are left out.
+// Calls `take` with the path of each file, or of each folder, directly in the folder, in the
+// system's order: the folder's path as given, the system's separator, the name. "." and ".." are
+// omitted.
 void forEachEntry(std::string_view folder, bool areFoldersWanted,
                   const std::function<void(const NarrowString& path)>& take);
 
 template<template<class> class Allocator>
 class _FileSys : public Object {
 public:
-    // Whether the system has a file or a folder under this path.
+    // Whether the system has a file or a folder with this path.
     virtual bool exists() const {
         struct _stat64 status {};
         return !path_.empty() && _wstat64(widePath().c_str(), &status) == 0;
@@ -78,7 +78,7 @@ public:
 
     int type() const override { return 4; }
 
-    // Takes 'r', 'w', 'e' or 'a'. An open stream is closed first, whatever comes then.
+    // Takes 'r', 'w', 'e' or 'a'. An open stream is closed first, even if opening then fails.
     bool open(char character) {
         close();
         const StreamMode mode = streamModeOf(character);
@@ -89,7 +89,7 @@ public:
         return stream_ != nullptr;
     }
 
-    // False when buffered data could not be written; the stream is closed in any case.
+    // False if buffered data could not be written; the stream is closed in any case.
     bool close() {
         if (stream_ == nullptr)
             return true;
@@ -99,7 +99,7 @@ public:
         return isWritten;
     }
 
-    // The next bytes, 0 meaning all the rest; the text ends at the first zero byte among them.
+    // Reads that many bytes, or all for 0; the text ends at the first zero byte among them.
     String<Allocator> read(std::uint32_t count) {
         wasReadWhole_ = false;
         if (stream_ == nullptr)
@@ -112,18 +112,18 @@ public:
         return String<Allocator>(buffer.c_str());
     }
 
-    // Whether the last read got all the bytes that it was to read, those behind a zero byte
-    // included: false when the file is shorter than its status says or can't be read to its end.
+    // Whether the last read got all requested bytes, including those after a zero byte: false if
+    // the file is shorter than its status says or can't be read to its end.
     bool wasReadWhole() const { return wasReadWhole_; }
 
-    // False for an empty text too: nothing was written.
+    // False for an empty text too, because nothing was written.
     bool write(const String<Allocator>& text) {
         if (stream_ == nullptr || mode_ == StreamRead)
             return false;
         return std::fwrite(text.text().data(), text.text().size(), 1, stream_) == 1;
     }
 
-    // Deletes the file, but not an open one.
+    // Deletes the file, unless it is open.
     bool remove() {
         if (stream_ != nullptr || this->path_.empty())
             return false;
@@ -143,7 +143,7 @@ public:
 
     int type() const override { return 5; }
 
-    // Makes this one folder, no parents.
+    // Creates this folder, but no parents.
     bool create() {
         return !this->path_.empty() && CreateDirectoryW(this->widePath().c_str(), nullptr) != FALSE;
     }
@@ -153,8 +153,8 @@ public:
         return !this->path_.empty() && RemoveDirectoryW(this->widePath().c_str()) != FALSE;
     }
 
-    // Whole paths, in the system's order. Empty for a folder that can't be read; an empty path
-    // means the root here, as the separator behind it says.
+    // Full paths, in the system's order. Empty for a folder that can't be read; an empty path means
+    // the root here, because of the separator after it.
     Array<Allocator> listFiles() const { return list(false); }
     Array<Allocator> listFolders() const { return list(true); }
 

@@ -23,7 +23,7 @@ void appendLittleEndian(NarrowString& bytes, std::uint32_t number) {
         bytes += static_cast<char>(number >> (8 * i) & 0xFF);
 }
 
-// The text from there up to its final zero, or to the end of a block that lost it.
+// The text from there to its terminating zero, or to the end of a truncated block.
 std::string_view textAt(std::string_view block, std::size_t at) {
     const std::string_view rest = block.substr(std::min(at, block.size()));
     return rest.substr(0, rest.find('\0'));

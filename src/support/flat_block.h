@@ -1,5 +1,5 @@
-// The block of bytes that a project stores of an instance. Two forms: version 1 as it is written,
-// and version 0, which old projects hold.
+// The flat block in which a project stores an instance. Two formats: version 1, which is written,
+// and version 0 of old projects.
 #pragma once
 
 #include <string_view>
@@ -11,9 +11,9 @@ struct FlatBlock {
     bool defaultsPending = true;
 };
 
-// Never reads past the end: a block that is cut short gives what is there, one of an unknown
-// version is that of a new instance.
+// Never reads past the end: a truncated block gives what is there, one of an unknown version gives
+// a new instance.
 FlatBlock readFlatBlock(std::string_view block);
 
-// A block of version 1, with the final zero.
+// A block of version 1, including the terminating zero.
 NarrowString flatBlockOf(std::string_view filePath, bool defaultsPending);

@@ -49,7 +49,7 @@ std::int64_t handleSize(PF_Handle handle) {
 }
 
 void* allocateAligned(std::size_t size, std::size_t alignment) {
-    // For the word that holds the raw block, and for moving up to the next boundary.
+    // For the word with the raw block's address, and for the alignment.
     const std::size_t slack = alignment + wordSize - 1;
     if (size > SIZE_MAX - slack)
         return nullptr;

@@ -13,28 +13,28 @@
 
 #include "sdk/pf_types.h"
 
-// size is in bytes; 0 is allowed. The payload is aligned like a pointer. Null when no command runs
-// or when the host has no memory.
+// size is in bytes; 0 is allowed. The payload is aligned like a pointer. Null if no command runs or
+// if the host has no memory.
 void* allocate(std::size_t size);
 
-// Releases the block; null is accepted. Does nothing when no command runs: the block is then not
+// Releases the block; null is accepted. Does nothing if no command runs: the block is then not
 // released.
 void release(void* payload);
 
-// The handle that owns a payload, or an aeBase object that lies in one. Does not call the host.
+// The handle that owns a payload, or an aeBase object in one. Does not call the host.
 PF_Handle handleOf(const void* payload);
 
-// The payload of a handle that `allocate` made. Does not call the host: the handle is locked.
+// The payload of a handle from `allocate`. Does not call the host: the handle is locked.
 void* payloadOf(PF_Handle handle);
 
-// The host's size of a handle, in bytes: that of the payload and of the word in front of it.
+// The host's size of a handle, in bytes: that of the payload and of the word before it.
 std::int64_t handleSize(PF_Handle handle);
 
-// The aligned pair; alignment is in bytes, a power of two.
+// The same with an alignment in bytes, a power of two.
 void* allocateAligned(std::size_t size, std::size_t alignment);
 void releaseAligned(void* payload);
 
-// Base class of the objects on the host's heap. A new-expression gives null when there is no memory
+// Base class of the objects on the host's heap. A new-expression returns null if there is no memory
 // and skips the constructor.
 class aeBase {
 public:
@@ -47,16 +47,16 @@ public:
     static void operator delete(void* object) noexcept { release(object); }
 };
 
-// Ends the running command with the host's code for a lack of memory: throws the `long` 4.
+// Ends the running command with the host's code for lack of memory: throws the `long` 4.
 [[noreturn]] void OutOfMemoryError();
 
-// The allocator of strings and vectors on the same heap; stateless. Throws the `long` 4 where
-// `allocate` gives null, so that the command ends in an orderly way.
+// The allocator of strings and vectors on the same heap; stateless. Throws the `long` 4 if
+// `allocate` returns null, so that the command ends with that code.
 template<class T>
 class aeAllocator {
 public:
     using value_type = T;
-    static_assert(alignof(T) <= alignof(void*), "a payload lies one pointer behind the block");
+    static_assert(alignof(T) <= alignof(void*), "the payload begins one pointer after the block");
 
     aeAllocator() = default;
     template<class U>
@@ -75,7 +75,7 @@ public:
     friend bool operator==(const aeAllocator&, const aeAllocator&) { return true; }
 };
 
-// A new object of an aeBase class, or the `long` 4 when there is no memory for it.
+// Creates an object of an aeBase class; throws the `long` 4 if there is no memory for it.
 template<class T, class... Arguments>
 std::unique_ptr<T> makeObject(Arguments&&... arguments) {
     std::unique_ptr<T> object(new T(std::forward<Arguments>(arguments)...));

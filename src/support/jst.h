@@ -44,7 +44,7 @@ public:
     }
 
     // The text from byte `from` up to byte `to`, which is not included; 0 for `to` means the end.
-    // Empty when from lies behind to.
+    // Empty if from is after to.
     String substring(std::uint32_t from, std::uint32_t to) const {
         const std::size_t end = to == 0 ? text_.size() : to;
         if (from > end || from >= text_.size())
@@ -52,7 +52,7 @@ public:
         return String(std::string_view(text_).substr(from, end - from));
     }
 
-    // k delimiters give k + 1 pieces, empty ones included. An empty delimiter divides nothing.
+    // k delimiters give k + 1 pieces, including empty ones. An empty delimiter does not split.
     Array<Allocator> split(const String& delimiter) const {
         const std::string_view mark = delimiter.text_.c_str();
         Array<Allocator> pieces;

@@ -19,18 +19,18 @@ constexpr bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// How the digits and the exponent of a number are written.
+// The notation of a number's digits and exponent.
 struct Notation {
     std::chars_format format;
     const char* exponentMarks;
     const char* nonZeroDigits;
-    std::int64_t digitWeight; // how far a digit moves the exponent
+    std::int64_t digitWeight; // by how much a digit changes the exponent
 };
 constexpr Notation decimal = {std::chars_format::general, "eE", "123456789", 1};
 constexpr Notation hexadecimal = {std::chars_format::hex, "pP", "123456789abcdefABCDEF", 4};
 
-// Whether a number that no float can hold is too large, not too small: decided by the place of its
-// first digit that is not zero.
+// Whether a number that a float cannot represent is too large, not too small: decided by the
+// position of its first nonzero digit.
 bool isTooLarge(std::string_view number, const Notation& notation) {
     const std::size_t mark = std::min(number.find_first_of(notation.exponentMarks), number.size());
     const std::string_view digits = number.substr(0, mark);
@@ -45,8 +45,8 @@ bool isTooLarge(std::string_view number, const Notation& notation) {
 
 constexpr float largestFloat = std::numeric_limits<float>::max();
 
-// The characters that a number may be made of, at the start of a zero-terminated text: the time
-// must not depend on what follows them.
+// The characters that can be part of a number, at the start of a zero-terminated text: the time
+// must not depend on the rest of the text.
 std::string_view numberLike(const char* text) {
     const char* end = text;
     while (std::isalnum(static_cast<unsigned char>(*end)) != 0 ||
@@ -55,14 +55,14 @@ std::string_view numberLike(const char* text) {
     return {text, static_cast<std::size_t>(end - text)};
 }
 
-// Whether the text begins with the prefix of a hexadecimal number and a digit.
+// Whether the text begins with a hexadecimal prefix and a digit.
 bool isHexadecimal(const char* text) {
     const auto isDigit = [](char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; };
     return text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
            (isDigit(text[2]) || (text[2] == '.' && isDigit(text[3])));
 }
 
-// Reads the number without a sign at the start of text; null when none stands there, else its end.
+// Reads the unsigned number at the start of text and returns its end; null if there is none.
 const char* readUnsigned(const char* text, float& value) {
     if (*text == '-') // a second sign
         return nullptr;

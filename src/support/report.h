@@ -6,15 +6,15 @@
 // process heap, so it may be used anywhere.
 [[gnu::format(printf, 1, 2)]] void _printf(const char* format, ...);
 
-inline constexpr int ChannelTrace = 0;    // what a developer may want to see
-inline constexpr int ChannelInfo = 1;     // what the user sees at once, in the host's Info panel
-inline constexpr int ChannelErrorLog = 2; // what the user may export when something went wrong
+inline constexpr int ChannelTrace = 0;    // for the developer
+inline constexpr int ChannelInfo = 1;     // shown to the user at once, in the host's Info panel
+inline constexpr int ChannelErrorLog = 2; // exported by the user after errors
 
 // Receives a zero-terminated text that is valid during the call.
 using ReportHandler = void (*)(const char* text);
 
-// The slot of a channel is empty at the start; null empties it again. Another channel is ignored.
+// Initially a channel has no handler; null removes it. Other channels are ignored.
 void setReportHandler(ReportHandler handler, int channel);
 
-// Calls the channel's handler; with an empty slot, or another channel, nothing happens.
+// Calls the channel's handler; does nothing without a handler or for another channel.
 void reportMessage(const char* text, int channel);

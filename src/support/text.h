@@ -1,4 +1,4 @@
-// The string and vector types of everything that the module keeps. They are on the host's heap, so
+// The string and vector types of all data that the module keeps. They are on the host's heap, so
 // growing and destroying one needs a running command.
 //
 // Narrow text is UTF-8, wide text UTF-16.
@@ -16,6 +16,6 @@ using WideString = std::basic_string<char16_t, std::char_traits<char16_t>, aeAll
 template<class T>
 using HostVector = std::vector<T, aeAllocator<T>>;
 
-// One new string from two; the whole length is reserved first.
+// Concatenates two texts; the whole length is reserved first.
 NarrowString concatenate(const NarrowString& head, const char* tail);
 WideString concatenate(const WideString& head, const char16_t* tail);

@@ -48,7 +48,7 @@ int utf8Encode(std::uint32_t code, char* buffer) {
             *buffer = static_cast<char>(code);
         return 1;
     }
-    // The first code that needs one byte more than 2, 3, ... 6 bytes, and the marks of lead bytes.
+    // The first codes that need 3, 4, ... bytes, and the marks of lead bytes.
     constexpr std::array<std::uint32_t, 4> limits = {0x800, 0x10000, 0x200000, 0x4000000};
     constexpr std::array<unsigned, 5> leadMarks = {192, 224, 240, 248, 252};
     std::size_t extra = 0;

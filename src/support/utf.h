@@ -1,7 +1,7 @@
-// UTF-8 to UTF-16 and back, for the interfaces that use UTF-16: the operating system's calls and
-// some of the host's.
+// Conversion between UTF-8 and UTF-16 for the interfaces that use UTF-16: the operating system's
+// calls and some of the host's.
 //
-// The conversions never fail: bytes that begin no sequence are left out, and the second half of a
+// The conversions never fail: bytes that begin no sequence are omitted, and the second half of a
 // surrogate pair is not checked. Nothing past the end of a text is read.
 #pragma once
 
@@ -14,14 +14,14 @@
 
 inline constexpr std::uint32_t invalidCodePoint = 0xFFFFFFFF;
 
-// The length in bytes that a lead byte announces, 1 to 6; 0 for a continuation byte, -1 for 254 and
+// The sequence length that a lead byte indicates, 1 to 6; 0 for a continuation byte, -1 for 254 and
 // 255.
 int utf8SequenceLength(unsigned char byte);
 
-// The code point at the start of text; invalidCodePoint when no whole sequence stands there.
+// The code point at the start of text; invalidCodePoint if there is no complete sequence.
 std::uint32_t utf8Decode(std::string_view text);
 
-// The start of a text, at most that many bytes long, without a part of a character at its end.
+// The longest prefix of at most that many bytes that does not end inside a character.
 std::string_view utf8Prefix(std::string_view text, std::size_t bytes);
 
 // Writes 1 to 6 bytes and returns their number; with a null buffer it only counts.

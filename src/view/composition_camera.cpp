@@ -22,7 +22,7 @@ constexpr double farPlane = 32768.0;
 struct Frame {
     double width; // pixels, as all lengths here
     double height;
-    double pixelAspect; // width of a pixel over its height
+    double pixelAspect; // width of a pixel divided by its height
 };
 
 Frame frameOf(SPBasicSuite* basic, AEGP_ItemH handle) {
@@ -33,8 +33,8 @@ Frame frameOf(SPBasicSuite* basic, AEGP_ItemH handle) {
 
 using Projection = decltype(&glFrustum); // with the calling convention of OpenGL
 
-// Bottom and top are exchanged: the eye's y points up, the host's rows go down. False, with the
-// matrix unchanged, for a window without an extent.
+// Bottom and top are exchanged: y points up in eye space, but rows of the host go down. Returns
+// false, with the matrix unchanged, for an empty window.
 bool project(Projection projection, double halfWidth, double halfHeight) {
     if (!std::isfinite(halfWidth) || !std::isfinite(halfHeight) || halfWidth == 0 ||
         halfHeight == 0)
@@ -43,7 +43,7 @@ bool project(Projection projection, double halfWidth, double halfHeight) {
     return true;
 }
 
-// With the frame as the image plane, that far from the eye.
+// The frame is the image plane, at that distance from the eye.
 bool projectPerspective(const Frame& frame, double distance) {
     return project(glFrustum, frame.width * frame.pixelAspect / (2 * distance),
                    frame.height / (2 * distance));
@@ -82,11 +82,12 @@ void loadCameraView(const Frame& frame, AEO::CameraLayer& camera, const A_Time& 
         return;
     if (!(isPerspective ? projectPerspective(frame, zoom) : projectOrthographic(frame)))
         return;
-    // Only a parent can scale a camera. The pixel aspect is no scale here: inverted like a
+    // Only a parent can scale a camera. The pixel aspect ratio is not a scale here: inverted like a
     // rotation, it stretches the view by the same factor as the frame.
     const bool isRigid = isPerspective && camera.parent() == nullptr;
     const auto view = std::bit_cast<std::array<double, 16>>(viewOf(toWorld, frame, isRigid));
-    glMultMatrixd(view.data()); // OpenGL's order: its points are columns, the host's are rows
+    // The rows are OpenGL's columns, because the host's points are row vectors.
+    glMultMatrixd(view.data());
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // 3x3 and 4x4 matrices of doubles in the host's layout: row-major, for row vectors on the left, the
-// translation in the last row. OpenGL takes the same doubles as column-major. Plain values: no
+// translation in the last row. OpenGL reads the same doubles as column-major. Plain values: no
 // state, no running command.
 #pragma once
 
@@ -9,7 +9,7 @@ namespace view {
 
 template<std::size_t N>
 struct Matrix {
-    std::array<Vector<N>, N> rows{}; // all zeroes at first
+    std::array<Vector<N>, N> rows{}; // initially zero
 
     static constexpr Matrix identity() {
         Matrix result;
@@ -54,12 +54,12 @@ constexpr Matrix<N> transpose(const Matrix<N>& a) {
 double determinant(const Matrix3& a);
 double determinant(const Matrix4& a);
 
-// The zero matrix when the determinant is 0 or the inverse is out of a double's range, so that no
-// NaN arises later; nothing is visible through it.
+// The zero matrix if the determinant is 0 or the inverse exceeds the range of double, which avoids
+// NaN later; nothing is visible through it.
 Matrix3 inverse(const Matrix3& a);
 Matrix4 inverse(const Matrix4& a);
 
-// The inverse of a rotation with a translation, without a division; wrong for any other matrix.
+// The inverse of a rotation with a translation, without division; wrong for any other matrix.
 Matrix4 rigidInverse(const Matrix4& a);
 
 } // namespace view

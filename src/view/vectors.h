@@ -56,7 +56,7 @@ double length(const Vector<N>& a) {
     return std::sqrt(dot(a, a));
 }
 
-// By the reciprocal of the length. A vector of length 0 has no direction and stays as it is.
+// Multiplies by the reciprocal of the length. A vector of length 0 is unchanged.
 template<std::size_t N>
 Vector<N> normalize(const Vector<N>& a) {
     const double size = length(a);

@@ -3,9 +3,9 @@
 #include <cstring>
 #include <utility>
 
-namespace {
+#include "sdk/pf_fixed.h"
 
-constexpr PF_Fixed fixedOne = 1 << 16;
+namespace {
 
 RecordingModule record;
 
@@ -36,7 +36,7 @@ void addControls(PF_InData* in, PF_OutData* out) {
         if (kind == PF_Param_CHECKBOX)
             control.u.bd.u.nameptr = "";
         if (kind == PF_Param_POINT)
-            control.u.td = {50 * fixedOne, 25 * fixedOne, 0, 0, 0};
+            control.u.td = {50 * fixedUnits, 25 * fixedUnits, 0, 0, 0};
         if (kind == PF_Param_COLOR)
             control.u.cd.value = {255, 51, 0, 0};
         if (kind == PF_Param_POPUP) {
@@ -59,7 +59,7 @@ void announce(PF_InData* in, PF_PreRenderExtra* extra) {
     extra->output->max_result_rect = result.max_result_rect;
 }
 
-// Each output pixel is the input's at the same place of the frame.
+// Copies the input to the output, aligned by their origins.
 void copyPixels(PF_InData* in, PF_SmartRenderExtra* extra) {
     PF_EffectWorld* input = nullptr;
     PF_EffectWorld* output = nullptr;
@@ -113,8 +113,8 @@ EXPORTED PF_Err recordingEntry(PF_Cmd command, PF_InData* in, PF_OutData* out, P
                                PF_LayerDef* output, void* extra) {
     record.commands.push_back(command);
     answer(command, in, out, extra);
-    const auto handler = record.behind.find(command);
-    if (handler != record.behind.end())
+    const auto handler = record.handlers.find(command);
+    if (handler != record.handlers.end())
         handler->second({in, out, params, extra, output});
     return std::exchange(record.error, 0);
 }

@@ -1,5 +1,5 @@
-// A module for tests of the substitute host. It answers every command as it should, remembers what
-// it was sent, and then does what a test asks for: mostly something that it should not.
+// A module for tests of the substitute host. It handles every command correctly, records what it
+// was sent, and then runs the test's handler, usually to misuse the host.
 //
 // Test and module share this record through the module's function `recordingModule`.
 #pragma once
@@ -18,7 +18,7 @@ struct Sent {
     void* extra;
     PF_LayerDef* output;
 
-    // Second 0 of the layer, unless said.
+    // `seconds` is layer time.
     PF_Err checkout(A_long index, PF_ParamDef& param, A_long seconds = 0) const {
         return in->inter.checkout_param(in->effect_ref, index, seconds, 1, 1, &param);
     }
@@ -41,15 +41,15 @@ struct Sent {
 struct RecordingModule {
     using Handler = std::function<void(const Sent&)>;
 
-    std::vector<PF_Cmd> commands;     // in the order of their coming
-    std::map<PF_Cmd, Handler> behind; // runs behind the module's own answer
-    bool draws = true;                // else a smart render leaves its output as it was
-    PF_Err error = 0;                 // what the next command answers; 0 again behind it
-    PF_EffectWorld input{};           // of the last smart render
-    A_Boolean keepsHiddenRgb = 1;     // asked for before a smart render
+    std::vector<PF_Cmd> commands;       // in the order received
+    std::map<PF_Cmd, Handler> handlers; // run after the module's own handling
+    bool draws = true;                  // false: smart render leaves its output unchanged
+    PF_Err error = 0;                   // returned by the next command, then reset to 0
+    PF_EffectWorld input{};             // of the last smart render
+    A_Boolean keepsHiddenRgb = 1;       // for the checkout in smart pre-render
 };
 
-// Kind k of controls stands at index k + 1.
+// Kind k of the control kinds has index k + 1.
 inline constexpr A_long recordingModuleControls = 9;
 
 inline constexpr A_u_long recordingModuleVersion = 0x80001;

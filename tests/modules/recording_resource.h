@@ -1,4 +1,4 @@
-// The resource by which the substitute host finds the recording module's entry and flags.
+// The resource of the recording module, with its entry point and flags.
 #pragma once
 
 #include <string>

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Drives the modules of two platforms over the same kernels and graphs and compares what they do.
+"""Renders the same kernels and graphs with the modules of two platforms and compares the results.
 
 usage: compare.py OUT HERE THERE FILE...
 
-HERE and THERE are a program render_all and the module that it loads, separated by a comma; the
-program may be a command of several words. Each platform renders all files; then each opens the flat
-blocks that the other has written. The shader texts that reach the OpenGL driver must be the same,
-byte for byte; pixels may differ by one step at 8 bits.
+HERE and THERE are the program render_all and the module to load, separated by a comma; the program
+may be a command with arguments. Each platform renders all files; then each opens the flat blocks
+that the other has written. The shader texts passed to the OpenGL driver must be identical; pixels
+may differ by one step at 8 bits.
 """
 import array
 import os
@@ -16,7 +16,7 @@ import shutil
 import subprocess
 import sys
 
-# Raw pixels by depth: how Python reads a channel, and a step of 8 bits in its values.
+# By extension: Python's format of a channel, and the value of one 8-bit step.
 DEPTHS = {".8": ("B", 1), ".16": ("H", 32768 / 255), ".32": ("f", 1 / 255)}
 
 
@@ -41,7 +41,7 @@ def pixel_faults(name: str, here: bytes, there: bytes):
     if len(ours) != len(theirs) or not ours:
         yield f"{name}: {len(ours)} channels here, {len(theirs)} there"
         return
-    # A value that is no number is like no other.
+    # A NaN equals only a NaN.
     worst = max((abs(a - b) if a == a and b == b else float("inf") if (a == a) != (b == b) else 0
                  for a, b in zip(ours, theirs)))
     if worst > step * 1.001:

@@ -1,13 +1,11 @@
-// Applies kernels and graphs through a module as a host does and writes what comes of it: for the
-// comparison of two platforms' modules.
+// Renders kernels and graphs with a module, for the comparison of two platforms' modules.
 //
-//   render_all MODULE OUT BLOCKS FILE...
+// render_all MODULE OUT BLOCKS FILE...
 //
-// Below OUT, for each FILE: NAME.8, NAME.16, NAME.32, the pixels of a frame at that depth, without
-// padding, and what a project would keep: NAME.block, the effect's flat block, and NAME.values,
-// those of its controls. With a folder of such files as BLOCKS ("-" for none) the instances come
-// out of these instead, and a file that is not under the stored path is looked for in the folders
-// of the FILEs.
+// Writes into OUT for each FILE: NAME.8, NAME.16, NAME.32, the pixels of a frame at that depth
+// without padding; NAME.block, the effect's flat block; NAME.values, the values of its controls. If
+// BLOCKS is a folder of such files (not "-"), the instances are opened from these blocks, and a
+// file that is not at the stored path is searched for in the folders of the FILEs.
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -56,7 +54,7 @@ void setChannel(World& world, std::size_t at, int value) {
         reinterpret_cast<float*>(world.data.data())[at] = static_cast<float>(value) / 255.0F;
 }
 
-// Smooth in places and rough in others; opaque on the left, fading out to the right.
+// A smooth area and a rough one; opaque on the left, fading out to the right.
 World picture(int componentBytes, int seed) {
     World world = makeWorld(width, height, componentBytes);
     for (int y = 0; y < height; ++y)

@@ -1,5 +1,5 @@
-// Every suite of the substitute host, acquired for as long as this stands: for tests that call the
-// tables of the suites themselves.
+// Acquires every suite of the substitute host for the lifetime of the object, for tests that call
+// suite functions directly.
 #pragma once
 
 #include "hostkit/suites/basic_suite.h"

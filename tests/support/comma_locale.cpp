@@ -24,7 +24,8 @@ CommaLocale::CommaLocale() {
     const std::string& folder = folder_.path;
     std::ofstream(folder + "/source") << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\n"
                                          "grouping 3;3\nEND LC_NUMERIC\n";
-    // Only one of the categories is there; that makes localedef complain, and its result useless.
+    // localedef warns about the missing categories and returns an error, so its result is not
+    // checked.
     const std::string command =
         "localedef --force --quiet -i '" + folder + "/source' '" + folder + "/comma'";
     [[maybe_unused]] const int result = std::system(command.c_str());

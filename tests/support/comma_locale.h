@@ -1,7 +1,7 @@
-// A locale in which numbers have a decimal comma, for as long as the object lives.
+// Sets a locale with a decimal comma for the lifetime of the object.
 //
-// Windows has one; elsewhere it is built on the spot, since a machine need not have one installed.
-// The test fails when the C library's own functions do not see the comma.
+// Windows always has one; elsewhere it is built by localedef. The test fails if the C library's
+// functions do not use the comma.
 #pragma once
 
 #include "tests/support/temporary_folder.h"

@@ -12,38 +12,39 @@
 
 namespace {
 
-std::wstring heard;
+std::wstring captured;
 
-// The system tells a debugger by an exception: with the wide text or, an older one and Wine, with
-// that of the code page. To handle it is to be the debugger: nobody else hears of the text.
-LONG CALLBACK listen(EXCEPTION_POINTERS* event) {
+// OutputDebugString raises an exception with the wide text, older systems and Wine with the text in
+// the ANSI code page. Handling it keeps the text from a real debugger.
+LONG CALLBACK capture(EXCEPTION_POINTERS* event) {
     constexpr DWORD wideText = 0x4001000A;   // DBG_PRINTEXCEPTION_WIDE_C
     constexpr DWORD narrowText = 0x40010006; // DBG_PRINTEXCEPTION_C
     const EXCEPTION_RECORD& record = *event->ExceptionRecord;
     if (record.ExceptionCode != wideText && record.ExceptionCode != narrowText)
         return EXCEPTION_CONTINUE_SEARCH;
-    const auto length = static_cast<int>(record.ExceptionInformation[0]) - 1; // it counts the zero
+    // The length includes the terminating zero.
+    const auto length = static_cast<int>(record.ExceptionInformation[0]) - 1;
     const auto* text = reinterpret_cast<const char*>(record.ExceptionInformation[1]);
     if (record.ExceptionCode == wideText) {
-        heard.append(reinterpret_cast<const wchar_t*>(text), static_cast<std::size_t>(length));
+        captured.append(reinterpret_cast<const wchar_t*>(text), static_cast<std::size_t>(length));
         return EXCEPTION_CONTINUE_EXECUTION;
     }
     std::wstring wide(static_cast<std::size_t>(length), L'\0');
     wide.resize(static_cast<std::size_t>(
         MultiByteToWideChar(CP_ACP, 0, text, length, wide.data(), length)));
-    heard += wide;
+    captured += wide;
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
 } // namespace
 
 std::string debugOutputOf(const std::function<void()>& work) {
-    heard.clear();
-    void* listener = AddVectoredExceptionHandler(1, listen);
+    captured.clear();
+    void* handler = AddVectoredExceptionHandler(1, capture);
     work();
-    RemoveVectoredExceptionHandler(listener);
+    RemoveVectoredExceptionHandler(handler);
     std::string narrow;
-    for (const wchar_t unit : heard) {
+    for (const wchar_t unit : captured) {
         std::array<char, 6> bytes{};
         narrow.append(bytes.data(), static_cast<std::size_t>(utf8Encode(unit, bytes.data())));
     }

@@ -1,6 +1,6 @@
-// What a debugger would see of this process while some work runs, as UTF-8.
+// The debug output of this process while some work runs, as UTF-8.
 //
-// On Linux the environment variable TVELMARONDINE_DEBUG stands for the debugger.
+// On Linux, TVELMARONDINE_DEBUG is set in the environment meanwhile.
 #pragma once
 
 #include <functional>

@@ -25,7 +25,7 @@ float white(std::size_t componentBytes) {
     return componentBytes == 1 ? 255.0F : componentBytes == 2 ? 32768.0F : 1.0F;
 }
 
-// Where red, green, blue and alpha stand in a pixel.
+// Indices of red, green, blue and alpha in a host pixel.
 constexpr std::array<std::size_t, 4> channelPlaces = {1, 2, 3, 0};
 
 std::size_t offset(const hostkit::World& world, int x, int y) {
@@ -189,7 +189,7 @@ float largestError(const HostImage& image,
             const Pixel got = image.at(x, y);
             for (std::size_t k = 0; k < 4; ++k) {
                 const float error = std::abs(wanted[k] - got[k]);
-                if (std::isnan(error)) // or std::max would drop it
+                if (std::isnan(error)) // std::max would ignore NaN
                     return std::numeric_limits<float>::infinity();
                 largest = std::max(largest, error);
             }

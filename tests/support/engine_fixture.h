@@ -1,5 +1,5 @@
-// A test of the engine: a running command with the device's context current, graphs built from
-// text, what they reported, and images in host memory.
+// Fixture for tests of the engine: a running command with the device's context current, graphs
+// built from text, their reports, and images in host memory.
 #pragma once
 
 #include <cstdint>
@@ -16,11 +16,12 @@
 
 using Pixel = std::array<float, 4>; // red, green, blue, alpha; 1.0 is white at every depth
 
-// In the host's memory a pixel is alpha, red, green, blue of 1, 2 (0 to 32768) or 4 bytes (float).
+// Access to a pixel in the host's memory: alpha, red, green, blue of 1, 2 (0 to 32768) or 4 bytes
+// (float).
 Pixel pixelAt(const hostkit::World& world, int x, int y);
 void setPixel(hostkit::World& world, int x, int y, const Pixel& pixel);
 
-// Pixels in the host's memory, with a few bytes between the rows, which nobody may touch.
+// An image in the host's memory with padding after each row, which must not be written.
 class HostImage {
 public:
     HostImage(unsigned width, unsigned height, unsigned componentBytes);
@@ -32,7 +33,7 @@ public:
     Pixel at(unsigned x, unsigned y) const;
     void set(unsigned x, unsigned y, const Pixel& pixel);
 
-    // Whether all bytes outside the pixels are as they were made.
+    // Whether all bytes outside the pixels are unchanged.
     bool isPaddingIntact() const;
 
     unsigned width;
@@ -43,8 +44,8 @@ private:
     hostkit::World world_;
 };
 
-// The text of a kernel "Test" with one input `src`, the given declarations and body of
-// evaluatePixel, and more metadata if wished.
+// The text of a kernel "Test" with one input `src`, the given declarations, body of evaluatePixel,
+// and additional metadata.
 std::string kernelText(const std::string& declarations, const std::string& body,
                        const std::string& metadata = "");
 
@@ -53,30 +54,32 @@ protected:
     EngineTest();
     ~EngineTest() override;
 
-    // From the text of a whole file. The graph must go before the test ends.
+    // A graph from the text of a kernel or graph file. It must be destroyed before the test ends.
     std::unique_ptr<pbGraph> kernelGraph(const std::string& text);
     std::unique_ptr<pbGraph> fileGraph(const std::string& text);
 
-    // One frame: images feed the graph's image nodes in order, the result has the output's size.
+    // Renders one frame. renderImages assigns the images to the graph's image nodes in order; the
+    // result has the size of the first.
     static void renderFrame(pbGraph& graph, FrameDescription frame, HostImage& output);
     static HostImage renderImages(pbGraph& graph, std::vector<HostImage>& images);
 
-    static std::string info();  // all that came on the user's channel
-    static std::string log();   // on the error log's
-    static std::string trace(); // on the developer's
+    static std::string info();  // all output of the info channel
+    static std::string log();   // of the error log channel
+    static std::string trace(); // of the trace channel
 
 private:
     OwnDevice device_{"EngineTest"};
     ContextSwitch current_{device_};
 };
 
-// The frame of an output: its size and depth, no images yet.
+// A frame with the output's size and depth, without images.
 FrameDescription frameFor(HostImage& output);
 
-// The largest difference between an image and what it should be, over all pixels and channels;
-// infinite where either is not a number.
+// The largest absolute difference from the expected image over all pixels and channels; infinite if
+// either value is NaN.
 float largestError(const HostImage& image,
                    const std::function<Pixel(unsigned x, unsigned y)>& expected);
 
-// A fixed pattern without repetition, different for each seed, within 0 to 1 and exact at 8 bits.
+// A deterministic pattern without repetition, different for each seed, with values from 0 to 1 that
+// are exact at 8 bits.
 Pixel testPattern(unsigned x, unsigned y, unsigned seed = 0);

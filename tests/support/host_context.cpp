@@ -18,13 +18,13 @@ HostContext::HostContext(const HostKind& kind) : kind_(kind) {
     HWND window = CreateWindowExA(0, "STATIC", "host", 0, 0, 0, 10, 10, nullptr, nullptr,
                                   GetModuleHandleA(nullptr), nullptr);
     HDC deviceContext = GetDC(window);
-    PIXELFORMATDESCRIPTOR wish{};
-    wish.nSize = sizeof(wish);
-    wish.nVersion = 1;
-    wish.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL;
-    wish.cColorBits = 24;
-    EXPECT_TRUE(SetPixelFormat(deviceContext, ChoosePixelFormat(deviceContext, &wish), &wish));
-    place_ = window;
+    PIXELFORMATDESCRIPTOR wanted{};
+    wanted.nSize = sizeof(wanted);
+    wanted.nVersion = 1;
+    wanted.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL;
+    wanted.cColorBits = 24;
+    EXPECT_TRUE(SetPixelFormat(deviceContext, ChoosePixelFormat(deviceContext, &wanted), &wanted));
+    display_ = window;
     all = {deviceContext, wglCreateContext(deviceContext)};
     makeCurrent();
 }
@@ -32,8 +32,8 @@ HostContext::HostContext(const HostKind& kind) : kind_(kind) {
 HostContext::~HostContext() {
     release();
     wglDeleteContext(static_cast<HGLRC>(all[1]));
-    ReleaseDC(static_cast<HWND>(place_), static_cast<HDC>(all[0]));
-    DestroyWindow(static_cast<HWND>(place_));
+    ReleaseDC(static_cast<HWND>(display_), static_cast<HDC>(all[0]));
+    DestroyWindow(static_cast<HWND>(display_));
 }
 
 void HostContext::makeCurrent() const {
@@ -45,7 +45,7 @@ void HostContext::release() const {
 }
 
 bool HostContext::isApiBound() const {
-    return true; // there is only one
+    return true; // only one can be made
 }
 
 #else
@@ -64,39 +64,39 @@ std::vector<HostKind> hostKinds() {
 }
 
 HostContext::HostContext(const HostKind& kind) : kind_(kind) {
-    place_ = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
-    all[0] = place_;
-    EXPECT_TRUE(eglInitialize(place_, nullptr, nullptr));
+    display_ = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+    all[0] = display_;
+    EXPECT_TRUE(eglInitialize(display_, nullptr, nullptr));
     const EGLint renderable = kind.api == EGL_OPENGL_API ? EGL_OPENGL_BIT : EGL_OPENGL_ES2_BIT;
-    const auto wish = std::to_array<EGLint>(
+    const auto wanted = std::to_array<EGLint>(
         {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, renderable, EGL_NONE});
     EGLConfig config = nullptr;
     EGLint count = 0;
-    EXPECT_TRUE(eglChooseConfig(place_, wish.data(), &config, 1, &count));
+    EXPECT_TRUE(eglChooseConfig(display_, wanted.data(), &config, 1, &count));
     eglBindAPI(kind.api);
     const auto version = std::to_array<EGLint>({EGL_CONTEXT_MAJOR_VERSION, 2, EGL_NONE});
-    all[3] = eglCreateContext(place_, config, EGL_NO_CONTEXT, version.data());
+    all[3] = eglCreateContext(display_, config, EGL_NO_CONTEXT, version.data());
     for (const std::size_t surface : {1, 2})
         if (kind.hasSurfaces)
-            all[surface] = eglCreatePbufferSurface(place_, config, nullptr);
+            all[surface] = eglCreatePbufferSurface(display_, config, nullptr);
     makeCurrent();
 }
 
 HostContext::~HostContext() {
     release();
-    eglDestroyContext(place_, all[3]);
+    eglDestroyContext(display_, all[3]);
     for (const std::size_t surface : {1, 2})
         if (all[surface] != EGL_NO_SURFACE)
-            eglDestroySurface(place_, all[surface]);
+            eglDestroySurface(display_, all[surface]);
     eglBindAPI(EGL_OPENGL_ES_API);
 }
 
 void HostContext::makeCurrent() const {
-    EXPECT_TRUE(eglMakeCurrent(place_, all[1], all[2], all[3]));
+    EXPECT_TRUE(eglMakeCurrent(display_, all[1], all[2], all[3]));
 }
 
 void HostContext::release() const {
-    eglMakeCurrent(place_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
 
 bool HostContext::isApiBound() const {

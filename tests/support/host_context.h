@@ -1,22 +1,22 @@
-// A host that uses OpenGL on its own, as the process around the module does: through EGL, or
-// through WGL on a window of its own. What is current on its thread, and a context to have current.
+// OpenGL as used by the host process itself, through EGL or through WGL on its own window: queries
+// the thread's current context, and creates contexts.
 #pragma once
 
 #include <array>
 #include <vector>
 
-// What makes a context current, as the system itself says. All null: nothing is.
+// The current context, display and surfaces as the system returns them; all null: none.
 using CurrentContext = std::array<void*, 4>;
 CurrentContext currentContext();
 
-// The ways in which a host may have its context.
+// How a host may create its context.
 struct HostKind {
-    unsigned api;     // as the system names it
-    bool hasSurfaces; // to draw to and to read from
+    unsigned api;     // EGL API
+    bool hasSurfaces; // whether it has draw and read surfaces
 };
-std::vector<HostKind> hostKinds(); // the last is the commonest
+std::vector<HostKind> hostKinds(); // the last is the most common
 
-// Current from the start; nothing is current behind it.
+// A context that is current from construction; the destructor makes none current.
 class HostContext {
 public:
     explicit HostContext(const HostKind& kind);
@@ -25,12 +25,12 @@ public:
     HostContext& operator=(const HostContext&) = delete;
 
     void makeCurrent() const;
-    void release() const; // nothing is current behind it
+    void release() const; // makes no context current
     bool isApiBound() const;
 
     CurrentContext all{};
 
 private:
     HostKind kind_;
-    void* place_ = nullptr; // the display, or the window
+    void* display_ = nullptr; // the EGL display or the window
 };

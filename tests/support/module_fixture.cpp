@@ -53,7 +53,7 @@ Effect& ModuleTest::apply(Layer& layer, const std::string& path) {
     Effect& effect = addEffect(layer);
     host.scripts.answers.emplace_back(path);
     EXPECT_EQ(effect.apply(), 0);
-    EXPECT_TRUE(host.scripts.answers.empty()) << "nobody asked for a file";
+    EXPECT_TRUE(host.scripts.answers.empty()) << "no file was requested";
     EXPECT_NE(effect.title(), "TVM:(Invalid PB)") << shown();
     return effect;
 }

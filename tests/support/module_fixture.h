@@ -1,8 +1,7 @@
-// A test of the effect's module as a host loads it: by its file, through its one function.
+// Fixture for tests of the module, loaded from its file through its entry function.
 //
-// There is a host with one composition of 4 by 4 pixels, and global setup is over when the test
-// begins. When it has ended and the plug-in is gone, everything that was acquired must be released,
-// and the host must have seen no misuse; otherwise the test fails.
+// Creates a host with one composition of 4 by 4 pixels and runs global setup. After the test the
+// plug-in is destroyed; the test fails if anything is still acquired or the host recorded a fault.
 #pragma once
 
 #include <filesystem>
@@ -22,22 +21,22 @@ protected:
     ModuleTest();
     ~ModuleTest() override;
 
-    // A file in the test's own folder, which goes with the test; `name` may lie in folders. The
-    // path, UTF-8.
+    // Writes a file into the test's folder, which is removed afterwards; `name` may contain
+    // folders. Returns the path, UTF-8.
     std::string write(const std::string& name, const std::string& bytes);
 
-    // A layer with a picture of this depth, painted with testPattern; the project renders at it.
+    // Adds a layer with a testPattern picture of this depth, which becomes the project's.
     hostkit::Layer& addPicture(int width = 4, int height = 4, int componentBytes = 1);
 
-    // A new effect on top of the layer, to which no command was sent yet.
+    // Adds an effect to the layer, without sending a command.
     hostkit::Effect& addEffect(hostkit::Layer& layer);
 
-    // A new instance for which the user chooses that file; it must accept it.
+    // Adds an instance and chooses the file in its dialog; it must accept the file.
     hostkit::Effect& apply(hostkit::Layer& layer, const std::string& path);
-    // The same with a kernel of this text.
+    // The same for a file with this kernel.
     hostkit::Effect& applyKernel(hostkit::Layer& layer, const std::string& text);
 
-    // All lines that the Info panel got so far, each with its line end.
+    // All lines on the Info panel so far, each with a line end.
     std::string shown() const;
 
     const TemporaryFolder temporary;

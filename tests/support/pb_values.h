@@ -1,5 +1,4 @@
-// What a test compares a model with: values of the components that it names, everything behind them
-// zero, and names in one text.
+// Expected model values: unnamed components are zero; lists of names are compared as one text.
 #pragma once
 
 #include <algorithm>
@@ -26,12 +25,12 @@ inline pbValue bools(std::initializer_list<int> components) {
     return value;
 }
 
-// All sixteen slots, bit for bit.
+// Compares all sixteen slots bit by bit.
 inline bool operator==(const pbValue& a, const pbValue& b) {
     return a.ints == b.ints;
 }
 
-// The names, with '|' in between.
+// The names, separated by '|'.
 inline std::string joined(std::initializer_list<pbName> names) {
     std::string text;
     for (const pbName& name : names)

@@ -10,7 +10,7 @@ RunningCommand::RunningCommand() : handlesBefore_(hostkit::memory::liveHandles()
 RunningCommand::~RunningCommand() {
     hostkit::memory::setHandlesLeft(hostkit::memory::noLimit);
     scope_.reset();
-    EXPECT_EQ(hostkit::memory::liveHandles(), handlesBefore_) << "host handles were left alive";
+    EXPECT_EQ(hostkit::memory::liveHandles(), handlesBefore_) << "host handles were not released";
     EXPECT_EQ(hostkit::ledger::outstanding(), std::vector<std::string>());
     EXPECT_EQ(hostkit::ledger::takeFaults(), std::vector<std::string>());
 }

@@ -1,9 +1,8 @@
-// A test inside a running command of the substitute host: what models, texts and graphs need to
-// live.
+// Fixture for tests inside a running command of the substitute host, which models, texts and graphs
+// need for their memory.
 //
-// The command ends after the test's body, its locals and the members of a derived fixture are gone.
-// Then every host handle that the test took must be given back, every suite too, and the host must
-// have seen no misuse; otherwise the test fails.
+// The command ends after the test's body and the members of a derived fixture. Then all handles and
+// suites must be released and no fault recorded; otherwise the test fails.
 #pragma once
 
 #include <cstddef>
@@ -21,13 +20,13 @@ protected:
     RunningCommand();
     ~RunningCommand() override;
 
-    // Runs the work again and again, and lets another one of its allocations fail each time. Every
-    // failure must end it with the `long` 4 and leave nothing behind. The number of allocations.
+    // Runs the work repeatedly and makes a different allocation fail each time. Each run must throw
+    // the `long` 4 and leave no handle. Returns the number of allocations.
     template<class Work>
     std::uint64_t failEveryAllocation(Work work);
 
     hostkit::Host host;
-    static constexpr A_long pluginId = 7; // under which the command speaks to the host
+    static constexpr A_long pluginId = 7; // id that the command passes to the host
 
 private:
     std::size_t handlesBefore_;

@@ -24,7 +24,7 @@ int takeUploads() {
     return std::exchange(uploads, 0);
 }
 
-// These two stand in front of the driver's functions of the same name.
+// These two definitions take precedence over the driver's functions.
 
 void GLAPIENTRY glTexImage2D(GLenum target, GLint level, GLint internalFormat, GLsizei width,
                              GLsizei height, GLint border, GLenum format, GLenum type,
@@ -37,7 +37,7 @@ void GLAPIENTRY glTexImage2D(GLenum target, GLint level, GLint internalFormat, G
     if (pixels == nullptr) {
         remains.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
                            largestPixel,
-                       '\x3f'); // as a float 0.75
+                       '\x3f'); // 0.75 as a float
         pixels = remains.data();
         glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
     }

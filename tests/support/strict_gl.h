@@ -1,7 +1,7 @@
-// OpenGL's texture calls with less kindness than drivers have: storage that is made without pixels
-// holds some, as it may. And a count of the uploads, and of the bytes of storage
-// (bench/texture_bytes.h). In force in each program that uses this.
+// Replaces OpenGL's texture functions in every program that links it: storage that is created
+// without pixels contains garbage, as the specification allows. Counts uploads and the bytes of
+// storage (bench/texture_bytes.h).
 #pragma once
 
-// Uploads into a texture since the last call, or the start.
+// Number of texture uploads since the last call.
 int takeUploads();

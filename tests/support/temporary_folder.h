@@ -1,14 +1,15 @@
-// An empty folder of the system's place for such, removed with all that is in it.
+// An empty folder among the system's temporary files; the destructor removes it with its content.
 #pragma once
 
 #include <filesystem>
 #include <string>
 
-// A path and its UTF-8 text, on every platform: the plain conversions go by the locale.
+// Conversion between a path and UTF-8 text on every platform; std::filesystem's own narrow
+// conversion depends on the locale.
 std::filesystem::path pathOf(const std::string& utf8);
 std::string textOf(const std::filesystem::path& path);
 
-// All bytes of a file; none if it cannot be read.
+// All bytes of a file; empty if it cannot be read.
 std::string bytesOf(const std::filesystem::path& path);
 
 class TemporaryFolder {

@@ -1,4 +1,4 @@
-// WGL as the system declares it.
+// Includes the system's declarations of WGL.
 #pragma once
 
 #include "platform/win32.h"

@@ -1,11 +1,11 @@
-// The system's own declarations, where src/platform has its own.
+// Includes the system's declarations, which replace those of src/platform.
 //
 // The module's wide text consists of char16_t on every platform; the system's WCHAR is another type
 // with the same values. Only the overloads here convert between them.
 #pragma once
 
 #include <windows.h>
-// The system's headers use some plain words for macros.
+// Macros of the system's headers with common names.
 #undef interface
 #undef near
 #undef far

@@ -1,6 +1,6 @@
-// The system's calls on files by a wide path, for paths of char16_t: see platform/win32.h.
+// Overloads of the system's file functions for paths of char16_t; see platform/win32.h.
 //
-// A path that is too long for the system's plain form is passed on in its long form.
+// A path that is too long for the system's plain form is converted to its long form.
 #pragma once
 
 #include <sys/stat.h>
@@ -17,7 +17,7 @@ inline constexpr char16_t PATH_SEPARATOR = u'\\';
 
 namespace platform {
 
-// The path as the system takes it. The limit is that for creating a folder.
+// The path in the system's form. The limit is the one for creating a folder.
 inline std::wstring systemPath(const char16_t* path) {
     constexpr std::size_t longest = 247;
     std::wstring plain = systemText(path);

@@ -1,4 +1,5 @@
-// An instance's whole life: how it finds its file, what a project stores of it, how it comes back.
+// An instance of the effect: how it finds its file, what a project stores of it, how it is
+// reopened.
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -29,7 +30,7 @@ Block block(std::string_view bytes) {
     return {first, first + bytes.size()};
 }
 
-// Version 1, as it is written.
+// A flat block of version 1.
 Block stored(const std::string& path, bool isPending) {
     return block("\1\0\0\0"s + (isPending ? '\1' : '\0') + "\0\0\0"s + path + '\0');
 }
@@ -38,9 +39,9 @@ void setGain(Effect& effect, double gain) {
     effect.control(44).set({{.one_d = gain}, {}}, 0);
 }
 
-class EffectLife : public ModuleTest {
+class EffectInstance : public ModuleTest {
 protected:
-    // Out of a project.
+    // Opens an instance of a project.
     Effect& open(const Block& flat, const std::function<void(Effect&)>& fillStreams = {}) {
         Effect& effect = addEffect(layer);
         EXPECT_EQ(effect.open(flat, fillStreams), 0);
@@ -65,7 +66,7 @@ protected:
 
 } // namespace
 
-TEST_F(EffectLife, TakesItsFileFromTheFirstMarker) {
+TEST_F(EffectInstance, TakesItsFileFromTheFirstMarker) {
     const std::pair<std::string, bool> cases[] = {
         {"/x.pbk", true},   {"/x.PBK", true}, {"/x.pbg", true},      {"/x.PBG", true},
         {"x.pbk", true},    {"xxpbk", true},  {"\xC3\xA9pbk", true}, {"xpbk", false},
@@ -98,7 +99,7 @@ TEST_F(EffectLife, TakesItsFileFromTheFirstMarker) {
     EXPECT_EQ(effect.title(), "TVM:Test");
 }
 
-TEST_F(EffectLife, TheFirstChoiceBringsTheDefaults) {
+TEST_F(EffectInstance, TheFirstChosenFileSetsTheDefaults) {
     Effect& effect = addEffect(layer);
     ASSERT_EQ(effect.apply(), 0); // cancelled
     for (std::size_t i = 1; i < effect.definitions.size(); ++i)
@@ -118,7 +119,7 @@ TEST_F(EffectLife, TheFirstChoiceBringsTheDefaults) {
         "]]></kernel><node id='a' name='Test'/><connect fromNode='a' fromOutput='dst' "
         "toImage='out'/></graph>";
     const std::string endsEarly = (folder / "short.pbk").string();
-#ifndef _WIN32 // a whole page by its status, whatever it holds
+#ifndef _WIN32 // stat reports a size of a whole page for it, but it has fewer bytes
     std::filesystem::create_symlink("/sys/devices/system/cpu/online", endsEarly);
 #endif
     const std::pair<std::string, std::string> refused[] = {
@@ -135,24 +136,24 @@ TEST_F(EffectLife, TheFirstChoiceBringsTheDefaults) {
         EXPECT_EQ(effect.title(), invalid) << file;
         EXPECT_EQ(effect.save(), stored("", true));
     }
-    const std::string path = write("a.pbk", gainKernel); // nothing is kept of a failed load
+    const std::string path = write("a.pbk", gainKernel); // nothing of a failed load is kept
     EXPECT_EQ(choose(path).message, "Select Pixel Bender file");
     EXPECT_EQ(effect.title(), "TVM:Test");
     EXPECT_FALSE(effect.control(44).isHidden());
     expectGain(effect, 0.5);
     EXPECT_EQ(effect.save(), stored(path, false));
-    EXPECT_EQ(choose("unasked").title, "Pixel Bender Information"); // it reports by now
+    EXPECT_EQ(choose("unasked").title, "Pixel Bender Information"); // shows its information now
     EXPECT_EQ(effect.save(), stored(path, false));
 }
 
-TEST_F(EffectLife, ReadsEveryFormOfTheFlatBlock) {
+TEST_F(EffectInstance, ReadsEveryFormOfTheFlatBlock) {
     const std::string path = "/gone/\xC3\xA9.pbk";
     const Block fresh = stored("", true);
     std::vector<std::pair<Block, Block>> cases = {
-        // as found, as written again
+        // as read, as written again
         {stored(path, true), stored(path, true)},
         {stored(path, false), stored(path, false)},
-        {block("\1\0\0\0\2\0\0\0"s + path + '\0'), stored(path, false)}, // bit 0 counts
+        {block("\1\0\0\0\2\0\0\0"s + path + '\0'), stored(path, false)}, // bit 0 of the flags
         {block("\1\0\0\0\3\0\0\0"s + path + '\0'), stored(path, true)},
         {block("\1\0\0\0\0\xFF\xFF\xFF"s + path + "\0behind"s), stored(path, false)},
         {block("\0\0\0\0"s + path + '\0'), stored(path, false)},
@@ -160,7 +161,7 @@ TEST_F(EffectLife, ReadsEveryFormOfTheFlatBlock) {
         {block("\2\0\0\0\0\0\0\0"s + path + '\0'), fresh},
         {block("\0\0\0\1\0\0\0\0"s + path + '\0'), fresh},
     };
-    for (std::size_t size = 0; size <= 8 + path.size(); ++size) { // cut short
+    for (std::size_t size = 0; size <= 8 + path.size(); ++size) { // truncated
         Block cut = stored(path, false);
         cut.resize(size);
         cases.emplace_back(cut, size < 5 ? fresh
@@ -177,20 +178,20 @@ TEST_F(EffectLife, ReadsEveryFormOfTheFlatBlock) {
         EXPECT_EQ(effect.save(), written);
     }
     EXPECT_EQ(stored(path, true).size(), path.size() + 9);
-    EXPECT_THAT(host.infoPanel.messages(), IsEmpty()); // a missing file is no news here
+    EXPECT_THAT(host.infoPanel.messages(), IsEmpty()); // a missing file is not reported again
 }
 
-TEST_F(EffectLife, LiveAndFlatHandlesAreToldApart) {
+TEST_F(EffectInstance, LiveAndFlatHandlesAreDistinguished) {
     const std::string path = write("a.pbk", gainKernel);
     Effect& effect = apply(layer, path);
     const PF_Handle live = effect.sequenceData;
-    calls::restart();
+    calls::reset();
     EXPECT_EQ(effect.resetUpSequence(), 0);
     EXPECT_EQ(effect.sequenceData, live);
-    EXPECT_EQ(calls::count(), 3U); // those of any command
+    EXPECT_EQ(calls::count(), 3U); // each command makes three
     questions();
 
-    // A flat block that comes too early: nothing happens to it.
+    // A block that is already flat is not flattened again.
     ASSERT_EQ(effect.flattenSequence(), 0);
     const PF_Handle flat = effect.sequenceData;
     EXPECT_NE(flat, live);
@@ -204,15 +205,15 @@ TEST_F(EffectLife, LiveAndFlatHandlesAreToldApart) {
     EXPECT_EQ(memory::contents(effect.sequenceData), stored(path, false));
     EXPECT_EQ(effect.setDownSequence(), 0);
     EXPECT_EQ(effect.sequenceData, nullptr);
-    EXPECT_EQ(effect.flattenSequence() | effect.setDownSequence(), 0); // there is nothing
-    EXPECT_EQ(effect.resetUpSequence(), 0);                            // so a new one
+    EXPECT_EQ(effect.flattenSequence() | effect.setDownSequence(), 0); // there is no sequence data
+    EXPECT_EQ(effect.resetUpSequence(), 0);                            // creates sequence data
     EXPECT_EQ(effect.save(), stored("", true));
-    EXPECT_EQ(effect.setUpSequence(), 0); // in place of the old one
+    EXPECT_EQ(effect.setUpSequence(), 0); // replaces it
 }
 
-TEST_F(EffectLife, LooksForAMovedFileUnderTheRootFolder) {
+TEST_F(EffectInstance, SearchesForAMovedFileUnderTheRootFolder) {
     const std::pair<std::vector<std::string>, bool> cases[] = {
-        // files, the first to be found or not
+        // files, whether the first is found
         {{"\xC3\xA9.pbk", "a/\xC3\xA9.pbk", "a/b/\xC3\xA9.pbk"}, true},
         {{"\xF0\xA0\x80\x80/\xC3\xA9.pbk", "a/b/\xC3\xA9.pbk", "y.pbk"}, true},
         {{"a/b/\xC3\xA9.pbk", "\xC3\xA9.pbk.pbk"}, true},
@@ -242,14 +243,14 @@ TEST_F(EffectLife, LooksForAMovedFileUnderTheRootFolder) {
     }
 }
 
-TEST_F(EffectLife, AFileInItsPlaceIsNotLookedFor) {
+TEST_F(EffectInstance, AnExistingFileIsNotSearchedFor) {
     const std::string path = write("place/x.pbk", gainKernel);
     write("root/x.pbk", gainKernel);
     host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", (folder / "root").string());
     EXPECT_EQ(open(stored(path, false)).save(), stored(path, false));
 }
 
-TEST_F(EffectLife, OneAnswerRepairsAllThatLostTheFile) {
+TEST_F(EffectInstance, OneAnswerServesAllInstancesOfAFile) {
     const auto withGain = [](double gain) {
         return [=](Effect& effect) { setGain(effect, gain); };
     };
@@ -277,21 +278,21 @@ TEST_F(EffectLife, OneAnswerRepairsAllThatLostTheFile) {
     EXPECT_EQ(asked[2].message, "Where is ?");
 }
 
-TEST_F(EffectLife, GoesThroughAProjectToAnotherMachine) {
+TEST_F(EffectInstance, IsReopenedOnAnotherMachine) {
     Effect& made = apply(layer, write("here/x.pbk", gainKernel));
     Stream& gain = made.control(44);
     gain.setKeyframe(gain.addKeyframe(0), {{.one_d = 1}, {}});
     gain.setKeyframe(gain.addKeyframe(2), {{.one_d = 3}, {}});
     expectGain(made, 2, 1);
-    Effect& twin = made.duplicate();
-    expectGain(twin, 2, 1);
+    Effect& copy = made.duplicate();
+    expectGain(copy, 2, 1);
     const Block saved = made.save();
-    EXPECT_EQ(twin.save(), saved);
+    EXPECT_EQ(copy.save(), saved);
     const std::vector<Keyframe> keyframes = gain.keyframes;
     std::erase_if(layer.effects, [&](const auto& effect) { return effect.get() == &made; });
-    expectGain(twin, 3, 2); // it shares nothing but the kernel
+    expectGain(copy, 3, 2); // the copy shares only the kernel
     layer.effects.clear();
-    plugin->setDown(); // another run of the host
+    plugin->setDown(); // the host is restarted
     ASSERT_EQ(plugin->setUp(), 0);
 
     std::filesystem::rename(folder / "here", folder / "there");
@@ -302,11 +303,11 @@ TEST_F(EffectLife, GoesThroughAProjectToAnotherMachine) {
     expectGain(reopened, 2, 1);
     EXPECT_NE(reopened.save(), saved);
     reopened.updateParamsUi();
-    EXPECT_EQ(reopened.control(44).keyframes.size(), 2U); // no defaults over the stored values
+    EXPECT_EQ(reopened.control(44).keyframes.size(), 2U); // no defaults over stored values
     expectGain(reopened, 3, 9);
 }
 
-TEST_F(EffectLife, ManyInstancesShareTheirKernels) {
+TEST_F(EffectInstance, ManyInstancesShareTheirKernels) {
     std::vector<Effect*> all;
     for (int i = 0; i < 200; ++i) {
         const std::string name = "k" + std::to_string(i % 20) + ".pbk";

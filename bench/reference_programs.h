@@ -1,11 +1,13 @@
-// Two programs written by hand that make the same picture as the engine does of a chain of kernels.
+// Two handwritten programs that compute the same picture as the engine for a chain of kernels, as
+// references for its speed.
 //
-// `SamePeer` makes the engine's OpenGL calls, all of them and in their order, without its objects:
-// it shows what these cost. `BestPeer` keeps everything between frames and only uploads, draws and
-// reads, and lets OpenGL scale 16 bits: it shows what holding no graphics memory costs.
+// `SameCallsProgram` makes the same OpenGL calls as the engine in the same order, without the
+// engine's objects: it shows the cost of these objects. `FewestCallsProgram` keeps everything
+// between frames, only uploads, draws and reads back, and lets OpenGL scale 16-bit values: it shows
+// the cost of releasing all graphics memory after each frame.
 //
-// Both build their programs of the engine's texts, take pictures of one size and depth without
-// padded rows, and need a running command and the device's context current from birth to death.
+// Both use the engine's generated shaders and pictures of one size and depth without row padding. A
+// running command and the device's context must be current during their whole lifetime.
 #pragma once
 
 #include <vector>
@@ -16,15 +18,16 @@
 
 namespace bench {
 
-// One pass: reads the input `src` at pixel centres and has the uniform `tveg_gain`.
+// The shaders of one pass, which reads the input `src` at pixel centres and has the uniform
+// `tveg_gain`.
 struct PassTexts {
     NarrowString vertex;
     NarrowString fragment;
 };
 
-class SamePeer {
+class SameCallsProgram {
 public:
-    SamePeer(const std::vector<PassTexts>& passes, float gain);
+    SameCallsProgram(const std::vector<PassTexts>& passes, float gain);
 
     void frame(const pbhost::Picture& input, pbhost::Picture& output);
 
@@ -45,9 +48,10 @@ private:
     float gain_;
 };
 
-class BestPeer {
+class FewestCallsProgram {
 public:
-    BestPeer(const std::vector<PassTexts>& passes, float gain, const pbhost::Picture& format);
+    FewestCallsProgram(const std::vector<PassTexts>& passes, float gain,
+                       const pbhost::Picture& format);
 
     void frame(const pbhost::Picture& input, pbhost::Picture& output) const;
 

@@ -1,4 +1,4 @@
-#include "bench/frame_peers.h"
+#include "bench/reference_programs.h"
 
 #include <GL/glew.h>
 #include <GL/glu.h>
@@ -56,7 +56,7 @@ void sendPixels(const Picture& input) {
     sendRows(input, 0, input.height, input.pixels.data());
 }
 
-// In pieces of at most 64 KB, as the engine does; a row must fit.
+// In blocks of at most 64 KB, as the engine does; a block must hold at least one row.
 void sendDoubled(const Picture& input) {
     std::array<std::uint16_t, 1 << 15> staging;
     const std::size_t rowChannels = std::size_t{input.width} * pbhost::channelsPerPixel;
@@ -94,14 +94,14 @@ void drawQuad(const Picture& output) {
 
 } // namespace
 
-SamePeer::SamePeer(const std::vector<PassTexts>& passes, float gain)
+SameCallsProgram::SameCallsProgram(const std::vector<PassTexts>& passes, float gain)
     : image_(RenderTexture::create()), gain_(gain) {
     for (const PassTexts& texts : passes)
         passes_.push_back(
             {buildProgram("same", texts.vertex, texts.fragment), RenderTexture::create()});
 }
 
-void SamePeer::upload(const Picture& input) const {
+void SameCallsProgram::upload(const Picture& input) const {
     specifyStorage(image_, input, GL_RGBA);
     if (input.depth == Depth::Bits16)
         return sendDoubled(input);
@@ -109,8 +109,8 @@ void SamePeer::upload(const Picture& input) const {
     sendPixels(input);
 }
 
-void SamePeer::sendUniforms(const Pass& pass, const RenderTexture& source,
-                            const Picture& output) const {
+void SameCallsProgram::sendUniforms(const Pass& pass, const RenderTexture& source,
+                                    const Picture& output) const {
     const GLuint program = pass.program.get();
     glUniform2f(glGetUniformLocation(program, "tvek_outputPixelSize"), 1, 1);
     glUniform2f(glGetUniformLocation(program, "tvek_compSize"), static_cast<float>(output.width),
@@ -125,7 +125,8 @@ void SamePeer::sendUniforms(const Pass& pass, const RenderTexture& source,
     glUniform2fv(glGetUniformLocation(program, "tvek_texturePixelSize"), 1, pixelSize.data());
 }
 
-void SamePeer::runPass(const Pass& pass, const RenderTexture& source, const Picture& output) const {
+void SameCallsProgram::runPass(const Pass& pass, const RenderTexture& source,
+                               const Picture& output) const {
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, pass.target.framebuffer.get());
     glDrawBuffer(GL_COLOR_ATTACHMENT0_EXT);
     glUseProgram(pass.program.get());
@@ -145,8 +146,8 @@ void SamePeer::runPass(const Pass& pass, const RenderTexture& source, const Pict
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
 }
 
-// A pass draws into the texture that the pass before it has read, the first one into its own.
-void SamePeer::frame(const Picture& input, Picture& output) {
+// Each pass draws into the texture that the previous pass read, the first one into its own.
+void SameCallsProgram::frame(const Picture& input, Picture& output) {
     upload(input);
     RenderTexture* source = &image_;
     RenderTexture* spare = nullptr;
@@ -175,7 +176,8 @@ void SamePeer::frame(const Picture& input, Picture& output) {
     shrinkStorage(*source);
 }
 
-BestPeer::BestPeer(const std::vector<PassTexts>& passes, float gain, const Picture& format)
+FewestCallsProgram::FewestCallsProgram(const std::vector<PassTexts>& passes, float gain,
+                                       const Picture& format)
     : image_(RenderTexture::create()) {
     specifyStorage(image_, format, GL_RGBA);
     setFilter(image_, GL_NEAREST);
@@ -199,8 +201,9 @@ BestPeer::BestPeer(const std::vector<PassTexts>& passes, float gain, const Pictu
     setMatrices(format);
 }
 
-// Viewport, matrices and row lengths stand from before: the engine and the other peer set the same.
-void BestPeer::frame(const Picture& input, Picture& output) const {
+// Viewport, matrices and row lengths need not be set: the engine and the other program set the
+// same.
+void FewestCallsProgram::frame(const Picture& input, Picture& output) const {
     glActiveTexture(GL_TEXTURE1);
     glBindTexture(GL_TEXTURE_2D, image_.texture.get());
     scaleChannels(input, 2.0F);
