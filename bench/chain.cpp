@@ -7,10 +7,10 @@
 #include <string>
 
 #include "bench/texture_bytes.h"
-#include "engine/channel_order.h"
-#include "engine/glsl_generator.h"
-#include "engine/image_node.h"
-#include "engine/pb_graph.h"
+#include "engine/graph/pb_graph.h"
+#include "engine/nodes/image_node.h"
+#include "engine/pixels/channel_order.h"
+#include "engine/program/glsl_generator.h"
 #include "pixelbender/graph_reader.h"
 
 namespace bench {

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <array>
 
-#include "engine/channel_scale.h"
-#include "engine/pixel_format.h"
-#include "engine/program_builder.h"
+#include "engine/pixels/channel_scale.h"
+#include "engine/pixels/pixel_format.h"
+#include "engine/program/program_builder.h"
 
 namespace bench {
 

@@ -12,7 +12,7 @@
 
 #include <vector>
 
-#include "engine/render_texture.h"
+#include "engine/pixels/render_texture.h"
 #include "pbhost/pictures/picture.h"
 #include "support/text.h"
 

@@ -1,5 +1,5 @@
 // Target: a graph document, parsed into the model and translated to the programs of each node.
-#include "engine/glsl_generator.h"
+#include "engine/program/glsl_generator.h"
 #include "fuzz/fuzz_support.h"
 #include "pixelbender/graph_reader.h"
 

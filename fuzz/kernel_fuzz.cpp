@@ -1,5 +1,5 @@
 // Target: a kernel text, parsed into the model and translated to both shaders.
-#include "engine/glsl_generator.h"
+#include "engine/program/glsl_generator.h"
 #include "fuzz/fuzz_support.h"
 #include "pixelbender/pbk_parser.h"
 

@@ -1,6 +1,6 @@
 // Target: a node's parameter expressions (evaluateParameters), rewritten and translated to the
 // node's shaders.
-#include "engine/glsl_generator.h"
+#include "engine/program/glsl_generator.h"
 #include "fuzz/fuzz_support.h"
 #include "pixelbender/pbk_parser.h"
 

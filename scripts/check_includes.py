@@ -36,7 +36,7 @@ MAY_INCLUDE = {
 }
 # (including folder, included folder) -> the only files that may be included.
 ONLY_FILES = {
-    ("pbhost", "src/engine"): {"engine/glsl_generator.h", "engine/channel_order.h"},
+    ("pbhost", "src/engine"): {"engine/program/glsl_generator.h", "engine/pixels/channel_order.h"},
     ("pbhost", "src/gpu"): {"gpu/device.h"},
     ("pbhost", "src/view"): {"view/composition_camera.h"},
 }

@@ -6,7 +6,7 @@
 #include <numeric>
 #include <tuple>
 
-#include "engine/channel_scale.h"
+#include "engine/pixels/channel_scale.h"
 #include "tests/support/engine_fixture.h"
 
 namespace {

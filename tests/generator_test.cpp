@@ -3,10 +3,10 @@
 #include <string>
 #include <utility>
 
-#include "engine/channel_order.h"
-#include "engine/glsl_generator.h"
-#include "engine/glsl_texts.h"
-#include "engine/varying_count.h"
+#include "engine/pixels/channel_order.h"
+#include "engine/program/glsl_generator.h"
+#include "engine/program/glsl_texts.h"
+#include "engine/program/varying_count.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"
 #include "tests/support/running_command.h"

@@ -1,6 +1,6 @@
 #include "pbhost/commands/translate_command.h"
 
-#include "engine/glsl_generator.h"
+#include "engine/program/glsl_generator.h"
 #include "pbhost/files/effect_file.h"
 #include "pbhost/files/printable.h"
 #include "pbhost/process/failure.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "engine/glsl_generator.h"
+#include "engine/program/glsl_generator.h"
 #include "pbhost/diagnostics/wiring.h"
 
 namespace pbhost {

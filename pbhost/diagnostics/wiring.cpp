@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "engine/glsl_generator.h"
+#include "engine/program/glsl_generator.h"
 
 namespace pbhost {
 

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "command/command_scope.h"
-#include "engine/channel_order.h"
-#include "engine/glsl_generator.h"
+#include "engine/pixels/channel_order.h"
+#include "engine/program/glsl_generator.h"
 #include "pbhost/diagnostics/compile_messages.h"
 #include "pbhost/diagnostics/hints.h"
 #include "pbhost/files/effect_file.h"

@@ -5,7 +5,7 @@
 #include "command/suite_table.h"
 #include "sdk/aegp_suites.h"
 #include "shell/commands.h"
-#include "shell/report_handlers.h"
+#include "shell/instance/report_handlers.h"
 #include "support/report.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string_view>
 
-#include "engine/pb_graph.h"
+#include "engine/graph/pb_graph.h"
 #include "gpu/device.h"
 #include "sdk/pf_types.h"
 #include "shell/plugin_facts.h"

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 
-#include "engine/channel_order.h"
+#include "engine/pixels/channel_order.h"
 #include "gpu/features.h"
 #include "pixelbender/graph_reader.h"
 #include "pixelbender/pbk_parser.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/image_node.h"
-#include "engine/pb_graph.h"
+#include "engine/graph/pb_graph.h"
+#include "engine/nodes/image_node.h"
 #include "gpu/device.h"
 #include "hostkit/project/project.h"
 #include "tests/support/running_command.h"
