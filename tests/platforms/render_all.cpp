@@ -28,8 +28,8 @@ using namespace hostkit;
 
 namespace {
 
-constexpr int width = 96;
-constexpr int height = 64;
+constexpr int width = 60;
+constexpr int height = 40;
 
 void writeFile(const fs::path& path, const void* bytes, std::size_t size) {
     std::ofstream file(path, std::ios::binary);
@@ -115,8 +115,10 @@ void moveSliders(Effect& effect) {
         const PF_ParamDef& definition = effect.definitions[control];
         Stream& stream = effect.control(control);
         if (definition.param_type == PF_Param_FIX_SLIDER && !stream.isHidden()) {
+            const NumberRange range = *kindOf(definition).range(definition.u);
             double& value = stream.constant.value.one_d;
-            value += 0.25 * (kindOf(definition).range(definition.u)->high - value);
+            // Mostly down, because a larger value often needs more time.
+            value += 0.25 * ((value > range.low ? range.low : range.high) - value);
         }
     }
 }
