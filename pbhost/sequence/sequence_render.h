@@ -35,6 +35,8 @@ private:
     struct Worker; // the loop over the frames
 
     std::string lineOf(const FrameJob& job) const;
+    // The layer's source for loading the effects: the first picture that there is.
+    LayerSource readFirst();
 
     const RenderRequest& request_;
     RenderPlan plan_;
