@@ -16,6 +16,7 @@
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
 #include "pbhost/commands/render_options.h"
+#include "pbhost/commands/submit_command.h"
 #include "pbhost/commands/translate_command.h"
 #include "pbhost/process/child_process.h"
 #include "pbhost/process/failure.h"
@@ -75,6 +76,12 @@ void addRender(CLI::App& app, Job& job) {
         job.subject = request->files.empty() ? request->project : request->files.front();
         job.work = [request, options] { return pbhost::render(*request, *options); };
     });
+}
+
+void addSubmit(CLI::App& app, Job& job) {
+    pbhost::addSubmit(
+        app, [](CLI::App& command) { addSession(command); },
+        [&job](std::function<std::string()> work) { job.work = std::move(work); });
 }
 
 void addControls(CLI::App& app, Job& job) {
@@ -264,7 +271,7 @@ int run(int argc, char** argv) {
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
-    for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
+    for (const auto add : {addRender, addSubmit, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})
         add(app, job);
     requireCommand(app, argc, argv);
