@@ -12,6 +12,7 @@
 #include "pbhost/commands/camera_command.h"
 #include "pbhost/commands/controls_command.h"
 #include "pbhost/commands/info_command.h"
+#include "pbhost/commands/live_command.h"
 #include "pbhost/commands/model_command.h"
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
@@ -129,6 +130,47 @@ void addRender(CLI::App& app, Job& job) {
             pbhost::Session session(*options);
             pbhost::render(session, *request, std::move(ahead));
             return session.finish("");
+        };
+    });
+}
+
+void addLive(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("live", "Show the controls and the picture in a browser");
+    auto request = std::make_shared<pbhost::live::LiveRequest>();
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
+    command
+        ->add_option("-i,--input", request->inputs,
+                     "A picture: the first for the layer, all for the choice of layer controls")
+        ->allow_extra_args(false)
+        ->check(notEmpty());
+    command->add_option("--project", request->project, "Open this project");
+    command->add_option("--set", request->settings, "A control's first value, as for render")
+        ->allow_extra_args(false);
+    auto size = std::make_shared<std::pair<unsigned, unsigned>>();
+    command
+        ->add_option("--size", *size,
+                     "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)")
+        ->delimiter('x')
+        ->check(CLI::Range(1, 16384));
+    command->add_option("--depth", request->depth, "Bits per channel (default: the picture's)")
+        ->check(CLI::IsMember({8, 16, 32}));
+    command->add_option("--listen", request->listen, "The address to listen at")
+        ->capture_default_str();
+    command->add_option("--port", request->port, "The port to listen at (default: a free one)")
+        ->check(CLI::Range(0, 65535));
+    command
+        ->add_option("--timeout", request->timeout,
+                     "Seconds after which a render that does not end is stopped")
+        ->capture_default_str()
+        ->check(CLI::Range(0.1, 86400.0));
+    command->add_flag("--open", request->opensBrowser, "Open the page in the browser");
+    const auto options = addSession(*command);
+    command->callback([&job, request, size, options] {
+        std::tie(request->width, request->height) = *size;
+        job.subject = request->file;
+        job.work = [request, options] {
+            pbhost::serveLive(*request, *options);
+            return std::string();
         };
     });
 }
@@ -320,7 +362,7 @@ int run(int argc, char** argv) {
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
-    for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
+    for (const auto add : {addRender, addLive, addControls, addInfo, addAbout, addHost, addPrefs,
                            addTranslate, addModel, addCamera})
         add(app, job);
     requireCommand(app, argc, argv);

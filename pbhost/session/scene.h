@@ -59,13 +59,15 @@ public:
     // The file of a layer's picture; empty if it has none.
     std::string fileOf(AEGP_LayerIDVal layer) const;
 
+    // The kernel or graph, as given to `apply` or stored in the project; empty if unknown.
+    const std::string& file();
+
     Session& session;
     hostkit::Layer& layer;
     hostkit::Effect& effect;
     std::vector<std::string> messages; // of the effect while loading
 
 private:
-    const std::string& file();
     void requireGraph();
 
     std::string shownName_; // name of the loaded input, for messages

@@ -1,0 +1,78 @@
+// The effect in a render process: loads a kernel, graph or project, sets the controls, renders.
+//
+// Each load starts a new session of the module, because the module keeps a loaded file for the
+// session. Requests and replies are JSON objects, described at the functions; all functions throw
+// Failure.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "pbhost/live/child/display_picture.h"
+#include "pbhost/live/child/message.h"
+#include "pbhost/session/project_file.h"
+#include "pbhost/session/scene.h"
+#include "pbhost/session/session.h"
+
+namespace pbhost::live {
+
+class Instance {
+public:
+    explicit Instance(SessionOptions sessionOptions) : options_(std::move(sessionOptions)) {}
+
+    // Takes "file", or "project" (its file); optionally "picture", "width" and "height" of the
+    // layer without a picture, "depth" (bits, 0: the picture's). Returns "title", "about", "file",
+    // "picture", "width", "height", "depth", "inputs", "seconds", "controls", "warnings". After a
+    // failure the last frame stays, but nothing can be rendered.
+    Data load(const Data& request);
+
+    // Takes "controls" (as in a project file), "layers" (index to file or null), "seconds",
+    // "downsample"; "isChecked" (errors that only the log tells are looked for); "of" ("output" or
+    // "input"), "channels", "exposure"; "encoding" ("jpeg", "png", or "raw": red, green, blue, 255
+    // for each pixel). Renders unless nothing but the last six changed. Returns the size and times,
+    // and the picture as the body.
+    Message picture(const Data& request);
+
+    // Takes "x" and "y" in pixels of the last frame. Returns the channels (pixelAt) of the "output"
+    // and the "input" there; the latter is at full resolution.
+    Data pixel(const Data& request) const;
+
+    // Take what `picture` takes, and "path": write the frame at full resolution, or a project.
+    void savePicture(const Data& request);
+    void saveProject(const Data& request);
+
+private:
+    struct CachedPicture {
+        Picture picture;
+        std::filesystem::file_time_type written;
+    };
+
+    LayerSource source(const std::string& file, std::optional<Depth> depth);
+    LayerSource layerSource(const Data& request, const ProjectFile& project);
+    void start(LayerSource source);
+    void set(const Data& request);
+    void setLayer(std::size_t index, const Data& file);
+    void render(const Data& request, unsigned downsample, bool isChecked);
+    void requireNoLateError();
+    Data keyframesAsJson(std::size_t index);
+    Data loadedAsJson(double seconds, std::size_t inputs);
+    Data animatedValues(double seconds);
+    Scene& scene();
+
+    const SessionOptions options_;
+    std::optional<Session> session_;
+    std::optional<Scene> scene_;
+    std::map<std::pair<std::string, int>, CachedPicture> pictures_; // by file and depth, 0: its own
+    std::map<std::string, AEGP_LayerIDVal> layers_;                 // of the scene, by file
+    hostkit::World frame_;
+    std::string rendered_;            // the request that the frame answers; empty: none
+    bool isFrameComplete_ = false;    // the frame was checked since the load
+    double renderMilliseconds_ = 0;   // of the frame
+};
+
+} // namespace pbhost::live
