@@ -27,8 +27,8 @@ std::vector<std::byte> encodeJpeg(const DisplayPicture& picture) {
     unsigned long size = 0;
     const int error =
         tjCompress2(encoder.get(), reinterpret_cast<const unsigned char*>(picture.pixels.data()),
-                    static_cast<int>(picture.width), 0, static_cast<int>(picture.height),
-                    TJPF_RGBX, &buffer, &size, TJSAMP_444, jpegQuality, TJFLAG_FASTDCT);
+                    static_cast<int>(picture.width), 0, static_cast<int>(picture.height), TJPF_RGBX,
+                    &buffer, &size, TJSAMP_444, jpegQuality, TJFLAG_FASTDCT);
     const std::unique_ptr<unsigned char, void (*)(unsigned char*)> owner(buffer, tjFree);
     if (error != 0)
         fail("JPEG", tjGetErrorStr2(encoder.get()));

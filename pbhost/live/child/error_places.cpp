@@ -25,11 +25,11 @@ std::vector<std::string_view> linesOf(std::string_view text) {
     return lines;
 }
 
-// The position of the last name in single quotes, which is what a driver complains about.
+// The position of the last quoted name, which is what a driver complains about: 'name' or `name'.
 unsigned columnOf(std::string_view message, std::string_view line) {
     const std::size_t end = message.rfind('\'');
     const std::size_t start =
-        end == std::string_view::npos || end == 0 ? end : message.rfind('\'', end - 1);
+        end == std::string_view::npos || end == 0 ? end : message.find_last_of("`'", end - 1);
     if (start == std::string_view::npos || end <= start + 1)
         return 0;
     std::string_view name = message.substr(start + 1, end - start - 1);

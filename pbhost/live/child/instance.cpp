@@ -101,8 +101,7 @@ LayerSource Instance::layerSource(const Data& request, const ProjectFile& projec
     const unsigned width = request.value("width", project.width);
     const unsigned height = request.value("height", project.height);
     return transparentSource(width == 0 ? emptyLayerWidth : width,
-                             height == 0 ? emptyLayerHeight : height,
-                             depth.value_or(Depth::Bits8));
+                             height == 0 ? emptyLayerHeight : height, depth.value_or(Depth::Bits8));
 }
 
 void Instance::start(LayerSource source) {
@@ -115,32 +114,46 @@ void Instance::start(LayerSource source) {
     scene_.emplace(*session_, std::move(source));
 }
 
+// A project's instance is not given the kernel's defaults, which a page needs, so a project is only
+// opened to find its file.
+std::string Instance::fileOfProject(const std::string& name, const ProjectFile& project) {
+    start(transparentSource(1, 1, project.depth));
+    scene_->open(name, project.flatBlock);
+    return scene_->file();
+}
+
 Data Instance::load(const Data& request) {
-    ProjectFile project;
-    const std::string projectFile = request.value("project", std::string());
-    if (!projectFile.empty())
-        project = readProject(projectFile);
+    const std::string projectName = request.value("project", std::string());
+    const ProjectFile project = projectName.empty() ? ProjectFile() : readProject(projectName);
     const CapturedErrors errors;
-    start(layerSource(request, project));
     try {
-        if (projectFile.empty()) {
-            scene_->apply(request.at("file").get<std::string>());
-        } else {
-            scene_->open(projectFile, project.flatBlock);
-            fillControls(*scene_, projectFile, project);
-        }
+        const std::string file = projectName.empty() ? request.at("file").get<std::string>()
+                                                     : fileOfProject(projectName, project);
+        start(layerSource(request, project));
+        scene_->apply(file);
         scene_->checkPrograms();
         const std::size_t inputs = scene_->checkWiring(false);
+        const std::vector<Data> defaults = controlValues();
+        fillControls(*scene_, projectName, project);
         const Data settings = request.value("settings", Data::array());
         for (const Data& text : settings)
             applySetting(scene_->effect, parseSetting("--set", text.get<std::string>()), 0);
         Data loaded = loadedAsJson(project.seconds, inputs);
+        for (std::size_t i = 0; i < defaults.size(); ++i)
+            loaded["controls"][i]["default"] = defaults[i];
         loaded["warnings"] = errors.text();
         return loaded;
     } catch (...) {
         scene_.reset();
         throw;
     }
+}
+
+std::vector<Data> Instance::controlValues() {
+    std::vector<Data> values;
+    for (const std::size_t index : listedControls(scene_->effect))
+        values.push_back(withDoubles(controlAsJson(scene_->effect, index, 0)["value"]));
+    return values;
 }
 
 // As in a project file.
@@ -185,8 +198,8 @@ void Instance::setLayer(std::size_t index, const Data& file) {
         const std::string name = file.get<std::string>();
         const auto known = layers_.find(name);
         const auto depth = depthOfBits(scene().effect.componentBytes() * 8);
-        value.value.layer_id = known != layers_.end() ? known->second
-                                                      : scene().addLayer(source(name, depth));
+        value.value.layer_id =
+            known != layers_.end() ? known->second : scene().addLayer(source(name, depth));
         layers_[name] = value.value.layer_id;
     }
     scene().effect.control(index).set(value, 0);
@@ -213,11 +226,10 @@ void Instance::requireNoLateError() {
         throw Failure(ExitCode::RenderFailed, "the render failed: " + reason);
 }
 
-// The checks for a frame that was not written take as long as a small frame, so they are done for
-// the first frame after a load, and where the caller asks for them.
-void Instance::render(const Data& request, unsigned downsample, bool isChecked) {
+// The checks for a frame that was not written, and for errors that only the log tells, take as long
+// as a small frame. They are done for the first frame after a load and for saved pictures.
+void Instance::render(const Data& request, unsigned downsample) {
     const std::string key = keyOf(request, downsample);
-    isFrameComplete_ = isFrameComplete_ && !isChecked;
     if (key == rendered_ && isFrameComplete_)
         return;
     rendered_.clear();
@@ -250,7 +262,8 @@ Data Instance::animatedValues(double seconds) {
     Data values = Data::object();
     for (const std::size_t index : listedControls(scene().effect))
         if (!scene().effect.control(index).keyframes.empty())
-            values[std::to_string(index)] = withDoubles(controlAsJson(scene().effect, index, seconds)["value"]);
+            values[std::to_string(index)] =
+                withDoubles(controlAsJson(scene().effect, index, seconds)["value"]);
     return values;
 }
 
@@ -258,12 +271,10 @@ Message Instance::picture(const Data& request) {
     const Display display = displayOf(request);
     const bool isInput = request.value("of", std::string("output")) == "input";
     if (!isInput)
-        render(request, std::max(1U, request.value("downsample", 1U)),
-               request.value("isChecked", false));
+        render(request, std::max(1U, request.value("downsample", 1U)));
     const auto started = Clock::now();
     const std::string encoding = request.value("encoding", std::string("png"));
-    DisplayPicture shown =
-        displayPicture(isInput ? scene().layer.source->pixels : frame_, display);
+    DisplayPicture shown = displayPicture(isInput ? scene().layer.source->pixels : frame_, display);
     const unsigned width = shown.width, height = shown.height;
     Message reply;
     reply.body = encode(std::move(shown), encoding);
@@ -286,7 +297,8 @@ Data Instance::pixel(const Data& request) const {
 }
 
 void Instance::savePicture(const Data& request) {
-    render(request, 1, true);
+    isFrameComplete_ = false;
+    render(request, 1);
     writePicture(request.at("path").get<std::string>(),
                  {static_cast<unsigned>(frame_.width), static_cast<unsigned>(frame_.height),
                   depthOf(frame_), static_cast<unsigned>(frame_.rowBytes), frame_.data});

@@ -27,15 +27,16 @@ public:
 
     // Takes "file", or "project" (its file); optionally "picture", "width" and "height" of the
     // layer without a picture, "depth" (bits, 0: the picture's). Returns "title", "about", "file",
-    // "picture", "width", "height", "depth", "inputs", "seconds", "controls", "warnings". After a
-    // failure the last frame stays, but nothing can be rendered.
+    // "picture", "width", "height", "depth", "inputs", "seconds", "controls" (controlFacts, with
+    // the "default" that the effect has set, and "keyframes"), "warnings". "settings" are those of
+    // --set. After a failure the last frame stays, but nothing can be rendered.
     Data load(const Data& request);
 
-    // Takes "controls" (as in a project file), "layers" (index to file or null), "seconds",
-    // "downsample"; "isChecked" (errors that only the log tells are looked for); "of" ("output" or
-    // "input"), "channels", "exposure"; "encoding" ("jpeg", "png", or "raw": red, green, blue, 255
-    // for each pixel). Renders unless nothing but the last six changed. Returns the size and times,
-    // and the picture as the body.
+    // Takes "controls" (as in a project file) and "layers" (index to file or null), of which those
+    // that are not named keep their values, "seconds",
+    // "downsample"; "of" ("output" or "input"), "channels", "exposure"; "encoding" ("jpeg", "png",
+    // or "raw": red, green, blue, 255 for each pixel). Renders if something before "of" changed.
+    // Returns the size and times, and the picture as the body.
     Message picture(const Data& request);
 
     // Takes "x" and "y" in pixels of the last frame. Returns the channels (pixelAt) of the "output"
@@ -57,8 +58,10 @@ private:
     void start(LayerSource source);
     void set(const Data& request);
     void setLayer(std::size_t index, const Data& file);
-    void render(const Data& request, unsigned downsample, bool isChecked);
+    void render(const Data& request, unsigned downsample);
     void requireNoLateError();
+    std::string fileOfProject(const std::string& name, const ProjectFile& project);
+    std::vector<Data> controlValues();
     Data keyframesAsJson(std::size_t index);
     Data loadedAsJson(double seconds, std::size_t inputs);
     Data animatedValues(double seconds);
@@ -70,9 +73,9 @@ private:
     std::map<std::pair<std::string, int>, CachedPicture> pictures_; // by file and depth, 0: its own
     std::map<std::string, AEGP_LayerIDVal> layers_;                 // of the scene, by file
     hostkit::World frame_;
-    std::string rendered_;            // the request that the frame answers; empty: none
-    bool isFrameComplete_ = false;    // the frame was checked since the load
-    double renderMilliseconds_ = 0;   // of the frame
+    std::string rendered_;          // the request that the frame answers; empty: none
+    bool isFrameComplete_ = false;  // a frame was checked since the load
+    double renderMilliseconds_ = 0; // of the frame
 };
 
 } // namespace pbhost::live

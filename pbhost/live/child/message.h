@@ -1,4 +1,5 @@
-// Messages between the server of `live` and a render process: a JSON object and, for pictures, bytes.
+// Messages between the server of `live` and a render process: a JSON object and, for pictures,
+// bytes.
 //
 // On the socket a message is two 32-bit lengths in the machine's byte order, the JSON text, and the
 // bytes.

@@ -38,9 +38,9 @@ namespace {
 
 std::string describe(int status) {
     if (WIFEXITED(status))
-        return WEXITSTATUS(status) == 0 ? "has ended"
-                                        : "has ended with exit code " +
-                                              std::to_string(WEXITSTATUS(status));
+        return WEXITSTATUS(status) == 0
+                   ? "has ended"
+                   : "has ended with exit code " + std::to_string(WEXITSTATUS(status));
     const int number = WTERMSIG(status);
     if (number == SIGKILL)
         return "was killed";

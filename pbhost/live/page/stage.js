@@ -101,7 +101,7 @@ export class Stage {
 
   place() {
     this.sheet.style.transform = `translate(${this.x}px, ${this.y}px) scale(${this.scale})`;
-    this.sheet.classList.toggle('sharp', this.scale * devicePixelRatio >= 2);
+    this.sheet.classList.toggle('sharp', this.scale * devicePixelRatio >= 3);
     byId('zoom').textContent = `${Math.round(this.scale * devicePixelRatio * 100)} %`;
     this.placeWipe();
     for (const handle of this.handles.values()) this.placeHandle(handle);

@@ -158,7 +158,7 @@ function point(state, control) {
     element: element('div', { className: 'numeric' },
                      element('span', { className: 'unit' }, 'x'), fields[0].field,
                      element('span', { className: 'unit' }, 'y'), fields[1].field,
-                     element('span', { className: 'unit', title: 'Drag the point in the picture' }, 'px ⌖')),
+                     element('span', { className: 'unit', title: 'Drag the point in the picture' }, 'px')),
     update: () => fields.forEach((each) => each.update()),
   };
 }

@@ -28,7 +28,7 @@ private:
     void addPlace(const std::string& place, const std::string& file);
 
     int descriptor_;
-    std::map<int, std::string> folders_;                // by the watch's number
+    std::map<int, std::string> folders_;                 // by the watch's number
     std::map<std::string, std::set<std::string>> files_; // by the path of the place
 };
 

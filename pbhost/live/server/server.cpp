@@ -334,7 +334,8 @@ private:
             std::chrono::duration<double>(hub_.workspace.request.timeout)));
         timer_.async_wait([self = shared_from_this(), was = generation_](Error error) {
             if (!error && was == self->generation_ && self->waiting_ > 0)
-                self->onChildEnd("did not answer within the time limit (--timeout) and was stopped");
+                self->onChildEnd(
+                    "did not answer within the time limit (--timeout) and was stopped");
         });
     }
 
@@ -421,10 +422,9 @@ public:
         parser_.emplace();
         parser_->body_limit(largestDrop);
         stream_.expires_after(httpTimeout);
-        http::async_read_header(stream_, buffer_, *parser_,
-                                [self = shared_from_this()](Error error, std::size_t) {
-                                    self->onHead(error);
-                                });
+        http::async_read_header(
+            stream_, buffer_, *parser_,
+            [self = shared_from_this()](Error error, std::size_t) { self->onHead(error); });
     }
 
 private:
@@ -448,14 +448,13 @@ private:
             return answer(refusal->status, "text/plain", refusal->reason);
         if (head().isWebSocket)
             return becomeTab();
-        http::async_read(stream_, buffer_, *parser_,
-                         [self = shared_from_this()](Error readError, std::size_t) {
-                             if (readError == http::error::body_limit)
-                                 return self->answer(413, "text/plain",
-                                                     "The file is larger than 64 MiB.");
-                             if (!readError)
-                                 self->onRequest();
-                         });
+        http::async_read(
+            stream_, buffer_, *parser_, [self = shared_from_this()](Error readError, std::size_t) {
+                if (readError == http::error::body_limit)
+                    return self->answer(413, "text/plain", "The file is larger than 64 MiB.");
+                if (!readError)
+                    self->onRequest();
+            });
     }
 
     void becomeTab() {

@@ -14,7 +14,8 @@ namespace fs = std::filesystem;
 Workspace::Workspace(const LiveRequest& asked) : request(asked) {
     for (const std::string& input : request.inputs) {
         if (std::error_code ignored; !fs::is_regular_file(input, ignored))
-            throw Failure(ExitCode::BadPicture, "cannot read '" + input + "': there is no such file");
+            throw Failure(ExitCode::BadPicture,
+                          "cannot read '" + input + "': there is no such file");
         addPicture(input);
     }
 }
