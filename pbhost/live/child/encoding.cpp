@@ -28,7 +28,7 @@ std::vector<std::byte> encodeJpeg(const DisplayPicture& picture) {
     const int error =
         tjCompress2(encoder.get(), reinterpret_cast<const unsigned char*>(picture.pixels.data()),
                     static_cast<int>(picture.width), 0, static_cast<int>(picture.height), TJPF_RGBX,
-                    &buffer, &size, TJSAMP_444, jpegQuality, TJFLAG_FASTDCT);
+                    &buffer, &size, TJSAMP_420, jpegQuality, TJFLAG_FASTDCT);
     const std::unique_ptr<unsigned char, void (*)(unsigned char*)> owner(buffer, tjFree);
     if (error != 0)
         fail("JPEG", tjGetErrorStr2(encoder.get()));
