@@ -2,11 +2,12 @@
 // renders, and the value is the one that was set.
 
 import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
 import path from 'node:path';
 import { after, before, test } from 'node:test';
 
-import { difference, examples, Live, scene, second } from './live.mjs';
+import { difference, Live, pbhost, scene, second } from './live.mjs';
 
 let live;
 before(async () => {
@@ -120,14 +121,10 @@ test('the saved picture is the rendered one, in the depth that is chosen', async
                                      live.page.getByRole('button', { name: 'Save picture' }).click()]);
   assert.equal(saved.suggestedFilename(), 'EveryKind.exr');
   await saved.saveAs(live.file('saved.exr'));
-  // The copy kernel turns both into the same format.
-  const copy = (file) => live.render(`pbhost render '${examples}/copy.pbk' -i '${file}' -o x`);
-  live.render((await live.command()).replace(/-o \S+$/, '-o x'));
-  const command = (await live.command()).replace(/^pbhost/, 'pbhost').replace(/-o \S+$/, '');
-  const { execFileSync } = await import('node:child_process');
-  const { pbhost } = await import('./live.mjs');
-  execFileSync('sh', ['-c', `${command.replace(/^pbhost/, `'${pbhost}'`)} -o '${live.file('wanted.exr')}'`]);
-  assert.equal(difference(copy(live.file('saved.exr')), copy(live.file('wanted.exr'))), 'none');
+  execFileSync('sh', ['-c', (await live.command()).replace(/^pbhost/, `'${pbhost}'`)
+    .replace(/-o \S+$/, `-o '${live.file('wanted.exr')}'`)]);
+  assert.equal(difference(fs.readFileSync(live.file('saved.exr')).subarray(1000),
+                          fs.readFileSync(live.file('wanted.exr')).subarray(1000)), 'none');
 });
 
 test('nothing went wrong in the page', () => {

@@ -13,7 +13,7 @@ export const scene = path.join(examples, 'pictures/scene.png');
 export const second = path.join(examples, 'pictures/second.png');
 export const alpha = path.join(examples, 'pictures/alpha.png');
 
-const patience = 60000; // milliseconds
+const patience = 20000; // milliseconds
 
 export class Live {
   // `args` are those of `pbhost live`; "{folder}" stands for the temporary folder.

@@ -136,7 +136,6 @@ state.addEventListener('change', ({ detail }) => {
   }
   if (isDead && !detail.moving) return load();
   renderer.touch(detail.moving);
-  document.body.dataset.change = renderer.change;
 });
 
 async function addFile(file) {

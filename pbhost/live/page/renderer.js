@@ -25,6 +25,7 @@ export class Renderer {
     this.isSettled = false;
     ++this.change;
     performance.mark('change', { detail: this.change });
+    document.body.dataset.change = this.change;
     clearTimeout(this.resting);
     if (moving) this.resting = setTimeout(() => this.rest(), restDelay);
     this.pump();
