@@ -16,6 +16,7 @@
 #include "pbhost/commands/model_command.h"
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
+#include "pbhost/commands/render_options.h"
 #include "pbhost/commands/translate_command.h"
 #include "pbhost/process/child_process.h"
 #include "pbhost/process/failure.h"
@@ -38,10 +39,6 @@ void writeOut(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         throw Failure(ExitCode::RenderFailed, "standard output could not be written");
-}
-
-CLI::Validator notEmpty() {
-    return {[](std::string& text) { return std::string(text.empty() ? "it is empty" : ""); }, ""};
 }
 
 void addPreferences(CLI::App& command, std::string& file) {
@@ -69,68 +66,15 @@ void addStrict(CLI::App& command, bool& isStrict) {
                      "unconnected inputs");
 }
 
-void addPictures(CLI::App& command, pbhost::RenderRequest& request) {
-    command
-        .add_option(
-            "-i,--input", request.inputs,
-            "An input picture: the first for the layer, the others for layer controls 1 to 3")
-        ->allow_extra_args(false)
-        ->check(notEmpty());
-    command.add_option("-o,--output", request.output, "The picture to write")
-        ->required()
-        ->check(notEmpty());
-    command
-        .add_option("--layer", request.layers,
-                    "A layer control's picture: N=PICTURE, by the control's number or name")
-        ->allow_extra_args(false);
-    command.add_option("--size", request.size,
-                       "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)");
-}
-
-void addFrame(CLI::App& command, pbhost::RenderRequest& request, int& bits) {
-    command
-        .add_option("--set", request.settings,
-                    "A control's value: CONTROL=V, or CONTROL=V,V,V for a point, a color (red, "
-                    "green, blue and alpha, 0 to 1) or all of CONTROL[0], CONTROL[1] ...; a popup "
-                    "by its number, counted from 1, or its text; an angle in degrees; a checkbox "
-                    "by true or false")
-        ->allow_extra_args(false);
-    command.add_option("--depth", bits, "Bits per channel: 8, 16 or 32 (default: the picture's)")
-        ->check(CLI::IsMember({8, 16, 32}));
-    command
-        .add_option("--downsample", request.downsample,
-                    "Divide the resolution by X or by X,Y: 2 for half")
-        ->capture_default_str();
-    command.add_option("--time", request.time, "The time to render, in seconds (default: 0)")
-        ->check(notEmpty());
-    command
-        .add_option("--project", request.project, "Open this project instead of a kernel or graph")
-        ->check(notEmpty());
-    command.add_option("--save", request.save, "Write a project")->check(notEmpty());
-}
-
 void addRender(CLI::App& app, Job& job) {
-    auto* command = app.add_subcommand("render", "Apply a kernel or graph to pictures");
+    auto* command = app.add_subcommand("render", "Apply kernels or graphs to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
-    auto bits = std::make_shared<int>(0);
-    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
-    addPictures(*command, *request);
-    addFrame(*command, *request, *bits);
-    addStrict(*command, request->isStrict);
+    pbhost::addRenderOptions(*command, *request);
     const auto options = addSession(*command);
-    command->callback([&job, request, bits, options] {
-        request->depth = pbhost::depthOfBits(*bits);
-        for (const std::string& file : {request->output, request->save})
-            job.folders.push_back(pbhost::folderOf(pbhost::resolveLink(file)));
-        job.subject = request->file.empty() ? request->project : request->file;
-        job.work = [request, options] {
-            pbhost::checkOutputPlaces(*request);
-            const pbhost::QuietOutput quiet(options->isVerbose); // for readAhead, too
-            std::future<pbhost::LayerSource> ahead = pbhost::readAhead(*request);
-            pbhost::Session session(*options);
-            pbhost::render(session, *request, std::move(ahead));
-            return session.finish("");
-        };
+    command->callback([&job, request, options] {
+        job.folders = pbhost::outputFolders(*request);
+        job.subject = request->files.empty() ? request->project : request->files.front();
+        job.work = [request, options] { return pbhost::render(*request, *options); };
     });
 }
 
@@ -140,9 +84,9 @@ void addLive(CLI::App& app, Job& job) {
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
     command
         ->add_option("-i,--input", request->inputs,
-                     "A picture: the first for the layer, all for the choice of layer controls")
-        ->allow_extra_args(false)
-        ->check(notEmpty());
+                     "A picture, or a sequence's pattern: the first for the layer, all for the "
+                     "choice of layer controls")
+        ->allow_extra_args(false);
     command->add_option("--project", request->project, "Open this project");
     command->add_option("--set", request->settings, "A control's first value, as for render")
         ->allow_extra_args(false);
@@ -154,6 +98,11 @@ void addLive(CLI::App& app, Job& job) {
         ->check(CLI::Range(1, 16384));
     command->add_option("--depth", request->depth, "Bits per channel (default: the picture's)")
         ->check(CLI::IsMember({8, 16, 32}));
+    command->add_option("--frames", request->frames,
+                        "The frames of the time slider, as for render (default: those on disk)");
+    command->add_option("--fps", request->framesPerSecond, "Frames per second")
+        ->capture_default_str()
+        ->check(CLI::Range(0.01, 1000.0));
     command->add_option("--listen", request->listen, "The address to listen at")
         ->capture_default_str();
     command->add_option("--port", request->port, "The port to listen at (default: a free one)")

@@ -187,9 +187,9 @@ TEST_F(LiveChild, SavesTheFrameAndTheProject) {
     ASSERT_EQ(load("shift.pbk", {{"picture", "in.png"}, {"depth", 32}})["do"], "load");
     Data request = gainOf(3);
     request["do"] = "savePicture";
-    request["path"] = "saved.tif";
-    EXPECT_EQ(ask(request).head["path"], "saved.tif");
-    const pbhost::Picture saved = pbhost::readPicture("saved.tif");
+    request["path"] = "saved.exr";
+    EXPECT_EQ(ask(request).head["path"], "saved.exr");
+    const pbhost::Picture saved = pbhost::readPicture("saved.exr");
     EXPECT_EQ(saved.depth, Depth::Bits32);
     float green = 0;
     std::memcpy(&green, saved.pixels.data() + 8, sizeof green);

@@ -190,7 +190,7 @@ TEST_F(Pbhost, ExplainsItsFailures) {
     fs::create_symlink("/dev/stdout", "stdout.png");
     fs::create_symlink("/proc/self/mem", "mem.pbk");
     fs::create_symlink("/sys/devices/system/cpu/online", "short.pbk");
-    write("old.json", R"({"version": 2})");
+    write("old.json", R"({"version": 3})");
     write("half.json", R"({"version": 1, "depth": 8, "time": 0, "layer": {"width": 4, "height": 4},
                            "effect": {"data": "0", "controls": []}})");
     fs::copy("in.png", "\xff.png");
@@ -242,7 +242,7 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render set.pbk -o old.png --set mode=4", 2, {"no such choice", "popup 1 soft, 2 hard"}},
         {"render set.pbk -o old.png --set isOn=yes", 2, {"\"yes\" is neither true nor false"}},
         {"render --project in.png -o old.png", 2, {"in.png", "not a valid project"}},
-        {"render --project old.json -o old.png", 2, {"old.json", "version 2 is unknown"}},
+        {"render --project old.json -o old.png", 2, {"old.json", "version 3 is unknown"}},
         {"render --project half.json -o old.png", 2, {"half.json", "odd number of digits"}},
         {"controls copy.pbk --module no.so", 2, {"no.so"}},
         {"prefs get rootFolder", 2, {"rootFolder"}},

@@ -81,12 +81,20 @@ export class Live {
     return page.evaluate(() => navigator.clipboard.readText());
   }
 
+  // Runs the command with another output, without its extension; returns the file.
+  run(command, extension) {
+    fs.rmSync(this.file('out'), { recursive: true, force: true });
+    fs.mkdirSync(this.file('out'));
+    const name = command.includes(' --frames ') ? 'rendered.%04d' : 'rendered';
+    const line = command.replace(/^pbhost/, `'${pbhost}'`).replace(/-o \S+$/, `-o '${this.file('out')}/${name}.${extension}'`);
+    execFileSync('sh', ['-c', line], { stdio: ['ignore', 'ignore', 'pipe'] });
+    const [file] = fs.readdirSync(this.file('out')).filter((name) => name.startsWith('rendered'));
+    return path.join(this.file('out'), file);
+  }
+
   // The pixels that the command renders.
   render(command) {
-    const out = this.file('rendered.ppm');
-    const line = command.replace(/^pbhost/, `'${pbhost}'`).replace(/-o \S+$/, `-o '${out}'`);
-    execFileSync('sh', ['-c', line], { stdio: ['ignore', 'ignore', 'pipe'] });
-    return readPpm(out);
+    return readPpm(this.run(command, 'ppm'));
   }
 
   control(name) {

@@ -159,6 +159,27 @@ test('a reload of the page keeps the values', async () => {
   assert.equal(difference(await live.pixels(), before), 'none');
 });
 
+test('a sequence is shown frame by frame', async () => {
+  const files = { 'work.pbk': good };
+  for (const [number, file] of [[7, scene], [8, second], [9, scene]]) files[`shot.000${number}.png`] = fs.readFileSync(file);
+  const live = await start(['-i', '{folder}/shot.%04d.png', '--fps', '10'], { files });
+  await live.page.getByRole('combobox', { name: 'Layer' }).selectOption({ label: 'shot.%04d.png' });
+  await live.settled();
+  assert.equal(await live.page.locator('#frame').textContent(), 'frame 7');
+  const first = await live.pixels();
+  await live.page.getByRole('slider', { name: 'Time in seconds' }).press('ArrowRight');
+  await live.page.waitForFunction(() => document.getElementById('frame').textContent === 'frame 8');
+  await live.settled();
+  const command = await live.command();
+  assert.match(command, /--frames 8 --first 7 --fps 10 /);
+  assert.equal(difference(await live.pixels(), live.render(command)), 'none');
+  assert.notEqual(difference(await live.pixels(), first), 'none');
+  await live.page.getByRole('button', { name: 'Play', exact: true }).click();
+  await live.page.waitForFunction(() => document.getElementById('frame').textContent === 'frame 9');
+  await live.page.getByRole('button', { name: 'Pause' }).click();
+  await live.settled();
+});
+
 test('when the server ends, the page says so', async () => {
   const live = await start();
   live.server.kill('SIGTERM');

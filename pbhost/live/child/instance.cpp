@@ -1,6 +1,7 @@
 #include "pbhost/live/child/instance.h"
 
 #include <chrono>
+#include <cmath>
 #include <iostream>
 #include <sstream>
 
@@ -11,9 +12,9 @@
 #include "pbhost/live/child/control_facts.h"
 #include "pbhost/live/child/encoding.h"
 #include "pbhost/process/failure.h"
+#include "pbhost/sequence/frame_io.h"
 #include "pbhost/session/control_list.h"
 #include "pbhost/session/control_setting.h"
-#include "pbhost/session/load_check.h"
 #include "support/outcome_texts.h"
 
 namespace pbhost::live {
@@ -80,14 +81,19 @@ Scene& Instance::scene() {
 }
 
 LayerSource Instance::source(const std::string& file, std::optional<Depth> depth) {
-    const std::pair key(file, depth ? static_cast<int>(componentBytesOf(*depth)) : 0);
+    const FrameFiles files(file);
+    const std::string name = files.at(frameNumber_);
+    const std::pair key(name, depth ? static_cast<int>(componentBytesOf(*depth)) : 0);
     std::error_code ignored;
-    const auto written = fs::last_write_time(file, ignored);
+    const auto written = fs::last_write_time(name, ignored);
     const auto known = pictures_.find(key);
     if (known != pictures_.end() && known->second.written == written)
         return {known->second.picture, file};
-    LayerSource read = readSource(file, depth);
+    LayerSource read = readFrame(files, frameNumber_, {.depth = depth});
+    if (files.pattern) // only the newest frame of a sequence is kept
+        pictures_.erase(std::exchange(lastFrames_[file], key));
     pictures_.insert_or_assign(key, CachedPicture{read.picture, written});
+    read.file = file;
     return read;
 }
 
@@ -95,7 +101,7 @@ LayerSource Instance::layerSource(const Data& request, const ProjectFile& projec
     auto depth = depthOfBits(request.value("depth", 0));
     if (!depth && request.contains("project"))
         depth = project.depth;
-    const std::string picture = request.value("picture", project.picture);
+    const std::string picture = request.value("picture", project.resolved(project.picture));
     if (!picture.empty())
         return source(picture, depth);
     const unsigned width = request.value("width", project.width);
@@ -111,14 +117,19 @@ void Instance::start(LayerSource source) {
     rendered_.clear();
     isFrameComplete_ = false;
     session_.emplace(options_);
+    layerHeader_ = source.picture.header;
     scene_.emplace(*session_, std::move(source));
 }
 
 // A project's instance is not given the kernel's defaults, which a page needs, so a project is only
 // opened to find its file.
 std::string Instance::fileOfProject(const std::string& name, const ProjectFile& project) {
+    if (project.effects.size() != 1)
+        throw Failure(ExitCode::Usage, name + ": has " + std::to_string(project.effects.size()) +
+                                           " effects; live shows a single one");
+    const ProjectEffect& effect = project.effects.front();
     start(transparentSource(1, 1, project.depth));
-    scene_->open(name, project.flatBlock);
+    scene_->open(name, effect.flatBlock, project.besideProject(effect));
     return scene_->file();
 }
 
@@ -126,18 +137,18 @@ Data Instance::load(const Data& request) {
     const std::string projectName = request.value("project", std::string());
     const ProjectFile project = projectName.empty() ? ProjectFile() : readProject(projectName);
     const CapturedErrors errors;
+    clock_ = project.clock.value_or(
+        FrameClock{request.value("fps", FrameClock().framesPerSecond), request.value("first", 0L)});
     try {
         const std::string file = projectName.empty() ? request.at("file").get<std::string>()
                                                      : fileOfProject(projectName, project);
+        frameNumber_ = clock_.first;
         start(layerSource(request, project));
         scene_->apply(file);
         scene_->checkPrograms();
         const std::size_t inputs = scene_->checkWiring(false);
         const std::vector<Data> defaults = controlValues();
-        fillControls(*scene_, projectName, project);
-        const Data settings = request.value("settings", Data::array());
-        for (const Data& text : settings)
-            applySetting(scene_->effect, parseSetting("--set", text.get<std::string>()), 0);
+        setStored(request, project);
         Data loaded = loadedAsJson(project.seconds, inputs);
         for (std::size_t i = 0; i < defaults.size(); ++i)
             loaded["controls"][i]["default"] = defaults[i];
@@ -147,6 +158,16 @@ Data Instance::load(const Data& request) {
         scene_.reset();
         throw;
     }
+}
+
+// The values of the project and of the command line.
+void Instance::setStored(const Data& request, const ProjectFile& project) {
+    for (const ProjectEffect& effect : project.effects)
+        fillControls(*scene_, request["project"], project, effect,
+                     [this](const std::string& picture) { return layerOf(picture); });
+    const Data settings = request.value("settings", Data::array());
+    for (const Data& text : settings)
+        applySetting(scene_->effect, parseSetting("--set", text.get<std::string>()), 0);
 }
 
 std::vector<Data> Instance::controlValues() {
@@ -186,7 +207,16 @@ Data Instance::loadedAsJson(double seconds, std::size_t inputs) {
             {"depth", scene_->effect.componentBytes() * 8},
             {"inputs", inputs},
             {"seconds", seconds},
+            {"fps", clock_.framesPerSecond},
             {"controls", controls}};
+}
+
+AEGP_LayerIDVal Instance::layerOf(const std::string& picture) {
+    const auto known = layers_.find(picture);
+    if (known != layers_.end())
+        return known->second;
+    const auto depth = depthOfBits(scene().effect.componentBytes() * 8);
+    return layers_[picture] = scene().addLayer(source(picture, depth));
 }
 
 void Instance::setLayer(std::size_t index, const Data& file) {
@@ -194,24 +224,31 @@ void Instance::setLayer(std::size_t index, const Data& file) {
         !hostkit::isLayerControl(scene().effect.definitions[index]))
         throw Failure(ExitCode::Usage, "control " + std::to_string(index) + " takes no picture");
     hostkit::StreamValue value;
-    if (!file.is_null()) {
-        const std::string name = file.get<std::string>();
-        const auto known = layers_.find(name);
-        const auto depth = depthOfBits(scene().effect.componentBytes() * 8);
-        value.value.layer_id =
-            known != layers_.end() ? known->second : scene().addLayer(source(name, depth));
-        layers_[name] = value.value.layer_id;
-    }
+    if (!file.is_null())
+        value.value.layer_id = layerOf(file.get<std::string>());
     scene().effect.control(index).set(value, 0);
 }
 
 void Instance::set(const Data& request) {
-    ProjectFile values;
+    ProjectEffect values;
     values.controls = request.value("controls", Data::array());
-    fillControls(scene(), "the page", values);
+    fillControls(scene(), "the page", {}, values,
+                 [this](const std::string& picture) { return layerOf(picture); });
     const Data layers = request.value("layers", Data::object());
     for (const auto& [index, file] : layers.items())
         setLayer(std::stoul(index), file);
+    showFrame(clock_.first + std::lround(request.value("seconds", 0.0) * clock_.framesPerSecond));
+}
+
+// Gives the layers of sequences the pictures of the frame.
+void Instance::showFrame(long frame) {
+    if (std::exchange(frameNumber_, frame) == frame)
+        return;
+    const auto depth = depthOfBits(scene().effect.componentBytes() * 8);
+    hostkit::Layer& own = scene().layer;
+    for (const auto& layer : own.composition->layers)
+        if (const std::string name = layer->source->name; FrameFiles(name).pattern)
+            layer->source = footageOf(source(name, depth));
 }
 
 // The render command returns 0 even if OpenGL failed.
@@ -301,12 +338,14 @@ void Instance::savePicture(const Data& request) {
     render(request, 1);
     writePicture(request.at("path").get<std::string>(),
                  {static_cast<unsigned>(frame_.width), static_cast<unsigned>(frame_.height),
-                  depthOf(frame_), static_cast<unsigned>(frame_.rowBytes), frame_.data});
+                  depthOf(frame_), static_cast<unsigned>(frame_.rowBytes), frame_.data,
+                  layerHeader_});
 }
 
 void Instance::saveProject(const Data& request) {
     set(request);
-    writeProject(request.at("path").get<std::string>(), scene(), request.value("seconds", 0.0));
+    writeProject(request.at("path").get<std::string>(), {&scene()}, request.value("seconds", 0.0),
+                 clock_);
 }
 
 } // namespace pbhost::live

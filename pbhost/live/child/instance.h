@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,6 +16,8 @@
 
 #include "pbhost/live/child/display_picture.h"
 #include "pbhost/live/child/message.h"
+#include "pbhost/sequence/frame_pattern.h"
+#include "pbhost/session/frame_clock.h"
 #include "pbhost/session/project_file.h"
 #include "pbhost/session/scene.h"
 #include "pbhost/session/session.h"
@@ -26,7 +29,8 @@ public:
     explicit Instance(SessionOptions sessionOptions) : options_(std::move(sessionOptions)) {}
 
     // Takes "file", or "project" (its file); optionally "picture", "width" and "height" of the
-    // layer without a picture, "depth" (bits, 0: the picture's). Returns "title", "about", "file",
+    // layer without a picture, "depth" (bits, 0: the picture's), "fps" and "first" (the frame at
+    // second 0) for pictures that are sequences. Returns "title", "about", "file",
     // "picture", "width", "height", "depth", "inputs", "seconds", "controls" (controlFacts, with
     // the "default" that the effect has set, and "keyframes"), "warnings". "settings" are those of
     // --set. After a failure the last frame stays, but nothing can be rendered.
@@ -56,14 +60,17 @@ private:
     LayerSource source(const std::string& file, std::optional<Depth> depth);
     LayerSource layerSource(const Data& request, const ProjectFile& project);
     void start(LayerSource source);
-    void set(const Data& request);
-    void setLayer(std::size_t index, const Data& file);
-    void render(const Data& request, unsigned downsample);
-    void requireNoLateError();
     std::string fileOfProject(const std::string& name, const ProjectFile& project);
+    void setStored(const Data& request, const ProjectFile& project);
+    Data loadedAsJson(double seconds, std::size_t inputs);
     std::vector<Data> controlValues();
     Data keyframesAsJson(std::size_t index);
-    Data loadedAsJson(double seconds, std::size_t inputs);
+    void set(const Data& request);
+    AEGP_LayerIDVal layerOf(const std::string& picture);
+    void setLayer(std::size_t index, const Data& file);
+    void showFrame(long frame);
+    void render(const Data& request, unsigned downsample);
+    void requireNoLateError();
     Data animatedValues(double seconds);
     Scene& scene();
 
@@ -71,7 +78,11 @@ private:
     std::optional<Session> session_;
     std::optional<Scene> scene_;
     std::map<std::pair<std::string, int>, CachedPicture> pictures_; // by file and depth, 0: its own
+    std::map<std::string, std::pair<std::string, int>> lastFrames_; // keys of sequences' pictures
     std::map<std::string, AEGP_LayerIDVal> layers_;                 // of the scene, by file
+    std::shared_ptr<const PictureHeader> layerHeader_;
+    FrameClock clock_;
+    long frameNumber_ = 0; // of the sequences' pictures
     hostkit::World frame_;
     std::string rendered_;          // the request that the frame answers; empty: none
     bool isFrameComplete_ = false;  // a frame was checked since the load

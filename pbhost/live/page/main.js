@@ -69,6 +69,8 @@ function takeLoaded(reply, keepsValues) {
 function onMessage(message) {
   if (message.do === 'hello') {
     state.pictures = message.pictures;
+    state.clock = message.clock;
+    timeBar.setClock(message.clock);
     byId('name').textContent = message.file.split('/').pop();
     load();
   } else if (message.do === 'pictures') {

@@ -13,6 +13,7 @@ export class State extends EventTarget {
   depth = undefined; // bits; undefined: the server decides
   seconds = 0;
   pictures = [];
+  clock = { fps: 24, first: 0, last: 240, isWanted: false };
   kept = undefined; // what `remember` returned
 
   constructor() {

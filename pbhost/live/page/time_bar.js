@@ -2,23 +2,29 @@
 
 import { byId, element, parseNumber, numberText, toast } from './dom.js';
 
-const framesPerSecond = 25;
-
 export class TimeBar {
   constructor(state) {
     this.state = state;
-    this.duration = 10;
     this.isPlaying = false;
+    this.setClock({ fps: 24, first: 0, last: 240, isWanted: false });
     const slider = byId('time');
     slider.addEventListener('input', () => state.setSeconds(slider.valueAsNumber, true));
     slider.addEventListener('change', () => state.changed('rest'));
     byId('timeField').addEventListener('change', (event) => this.typed(event.target, (number) => state.setSeconds(number, false)));
     byId('duration').addEventListener('change', (event) => this.typed(event.target, (number) => {
-      this.duration = Math.max(1 / framesPerSecond, number);
+      this.duration = Math.max(1 / this.fps, number);
       slider.max = this.duration;
     }));
     byId('play').addEventListener('click', () => this.play(!this.isPlaying));
     byId('timeToggle').addEventListener('click', () => this.show(byId('timeBar').hidden));
+  }
+
+  // The frames from "first" to "last"; the first one is at second 0.
+  setClock(clock) {
+    Object.assign(this, { fps: clock.fps, first: clock.first, duration: Math.max(1, clock.last - clock.first) / clock.fps });
+    byId('time').step = 1 / clock.fps;
+    byId('time').max = this.duration;
+    if (clock.isWanted) this.show(true);
   }
 
   typed(field, use) {
@@ -48,8 +54,8 @@ export class TimeBar {
     const step = (now) => {
       if (!this.isPlaying) return;
       const passed = from + Math.max(0, now - started) / 1000;
-      const frame = Math.floor((passed % this.duration) * framesPerSecond);
-      if (frame !== this.frame) this.state.setSeconds(frame / framesPerSecond, true);
+      const frame = Math.floor((passed % this.duration) * this.fps);
+      if (frame !== this.frame) this.state.setSeconds(frame / this.fps, true);
       this.frame = frame;
       requestAnimationFrame(step);
     };
@@ -60,6 +66,7 @@ export class TimeBar {
     byId('time').value = this.state.seconds;
     if (document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
     byId('duration').value = numberText(this.duration);
+    byId('frame').textContent = `frame ${this.first + Math.round(this.state.seconds * this.fps)}`;
     const times = new Set([...this.state.keyframes.values()].flat().map((each) => each.time));
     byId('marks').replaceChildren(...[...times].map((time) => {
       const mark = element('span');

@@ -22,14 +22,17 @@ const rounded = (number, control) =>
 function numberField(control, { read, write, name }) {
   const field = element('input', { className: 'number', inputMode: 'decimal', 'aria-label': name,
                                    spellcheck: false });
+  let isTyped = false; // a picture that arrives must not replace what is being typed
+  field.addEventListener('input', () => (isTyped = true));
   const commit = () => {
+    isTyped = false;
     const number = parseNumber(field.value);
     if (number === undefined) toast(`“${field.value}” is not a number`);
     else if (number !== read()) write(number, false);
     update();
   };
   const update = () => {
-    field.value = numberText(read());
+    if (!isTyped) field.value = numberText(read());
   };
   field.addEventListener('change', commit);
   field.addEventListener('focus', () => field.select());
@@ -39,6 +42,7 @@ function numberField(control, { read, write, name }) {
       commit();
       field.select();
     } else if (event.key === 'Escape') {
+      isTyped = false;
       update();
       field.blur();
     } else if (way) {
@@ -181,7 +185,10 @@ function color(state, control) {
   picker.addEventListener('input', () => write(colorOf(picker.value), true));
   picker.addEventListener('change', () => state.changed('rest'));
   const hex = element('input', { className: 'hex', 'aria-label': `${control.name}, hexadecimal`, spellcheck: false });
+  let isTyped = false;
+  hex.addEventListener('input', () => (isTyped = true));
   hex.addEventListener('change', () => {
+    isTyped = false;
     const rgb = colorOf(hex.value);
     if (rgb) write(rgb, false);
     else toast(`“${hex.value}” is not a colour: write #rrggbb`);
@@ -195,7 +202,7 @@ function color(state, control) {
   const update = () => {
     const text = hexOf(state.value(control));
     if (picker.value !== text) picker.value = text;
-    hex.value = text;
+    if (!isTyped) hex.value = text;
     alpha.update();
   };
   return { element: element('div', { className: 'numeric' }, picker, hex,

@@ -113,7 +113,7 @@ private:
         sendText({{"do", "hello"},
                   {"file", request.file.empty() ? request.project : request.file},
                   {"pictures", hub_.workspace.pictures()},
-                  {"timeout", request.timeout}});
+                  {"clock", hub_.workspace.clock()}});
     }
 
     // The page.
@@ -181,6 +181,9 @@ private:
                 request["project"] = asked.project;
             request["settings"] = asked.settings;
         }
+        const Data clock = hub_.workspace.clock();
+        request["fps"] = clock["fps"];
+        request["first"] = clock["first"];
         if (!request.contains("depth"))
             request["depth"] = asked.depth;
         if (asked.width != 0) {

@@ -4,7 +4,7 @@
 // One thread does all the work, so that render processes can be forked.
 //
 // Messages to the page, beside the replies of the render process (child/work.h):
-//   "hello"    "file", "pictures", "timeout": the first message
+//   "hello"    "file", "pictures", "clock": the first message
 //   "pictures" "pictures": the list has grown
 //   "source"   "file", "text": precedes the reply to a load
 //   "changed"  the file or a picture was saved

@@ -1,11 +1,14 @@
 #include "pbhost/live/server/workspace.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 #include "hostkit/services/complete_file.h"
 #include "pbhost/files/read_file.h"
 #include "pbhost/process/failure.h"
+#include "pbhost/sequence/frame_pattern.h"
+#include "pbhost/sequence/frame_ranges.h"
 
 namespace pbhost::live {
 
@@ -13,11 +16,38 @@ namespace fs = std::filesystem;
 
 Workspace::Workspace(const LiveRequest& asked) : request(asked) {
     for (const std::string& input : request.inputs) {
-        if (std::error_code ignored; !fs::is_regular_file(input, ignored))
+        std::error_code ignored;
+        if (!FramePattern::parse(input) && !fs::is_regular_file(input, ignored))
             throw Failure(ExitCode::BadPicture,
                           "cannot read '" + input + "': there is no such file");
         addPicture(input);
     }
+    findFrames();
+}
+
+void Workspace::findFrames() {
+    std::vector<long> frames;
+    if (!request.frames.empty())
+        frames = parseFrames(request.frames);
+    for (const std::string& input : request.inputs)
+        if (const auto pattern = FramePattern::parse(input); pattern && frames.empty()) {
+            frames = pattern->framesOnDisk();
+            if (frames.empty())
+                throw Failure(ExitCode::BadPicture, "there are no files " + input);
+        }
+    if (!frames.empty())
+        frames_ = {*std::min_element(frames.begin(), frames.end()),
+                   *std::max_element(frames.begin(), frames.end())};
+}
+
+Data Workspace::clock() const {
+    constexpr double emptySeconds = 10;
+    const auto [first, last] =
+        frames_.value_or(std::pair(0L, std::lround(emptySeconds * request.framesPerSecond)));
+    return {{"fps", request.framesPerSecond},
+            {"first", first},
+            {"last", last},
+            {"isWanted", frames_.has_value()}};
 }
 
 std::size_t Workspace::addPicture(const std::string& file) {

@@ -4,12 +4,15 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "pbhost/live/child/message.h"
 #include "pbhost/process/temporary_files.h"
+#include "pbhost/session/frame_clock.h"
 
 namespace pbhost::live {
 
@@ -20,7 +23,9 @@ struct LiveRequest {
     unsigned width = 0; // pixels of a layer without a picture; 0: the default
     unsigned height = 0;
     std::vector<std::string> settings; // CONTROL=V[,V...]
-    int depth = 0;                     // bits; 0: the picture's
+    std::string frames;                // of the time slider; empty: those on disk
+    double framesPerSecond = FrameClock().framesPerSecond;
+    int depth = 0; // bits; 0: the picture's
     std::string listen = "127.0.0.1";
     unsigned port = 0;   // 0: any
     double timeout = 10; // seconds that a render process may take for an answer
@@ -33,7 +38,7 @@ inline constexpr std::size_t largestDrops = std::size_t{1} << 30;
 
 class Workspace {
 public:
-    // Throws Failure (BadPicture) if a picture does not exist.
+    // Throws Failure: BadPicture if a picture does not exist, Usage for invalid frames.
     explicit Workspace(const LiveRequest& asked);
 
     // Returns its number; the same for the same file.
@@ -43,6 +48,10 @@ public:
     std::size_t addDrop(std::string_view name, std::string_view content);
     // "id", "name" and "file" of each picture.
     Data pictures() const;
+
+    // The clock of the time slider: "fps", "first" and "last" frame, and "isWanted" if there are
+    // frames to show. Without frames, there are ten seconds.
+    Data clock() const;
 
     // A new file in the temporary folder, for a picture or project to be downloaded.
     std::string newFile(std::string_view extension);
@@ -59,7 +68,10 @@ public:
 private:
     std::string fileOf(const Data& number) const;
 
+    void findFrames();
+
     TemporaryFolder folder_;
+    std::optional<std::pair<long, long>> frames_; // first and last; nothing: no sequence
     std::vector<std::string> pictures_;
     std::size_t dropBytes_ = 0;
     std::size_t files_ = 0; // created so far
