@@ -174,6 +174,13 @@ TEST_F(LiveChild, RendersTheValuesInEveryEncoding) {
                   0)
             << i;
 
+    // The mean of the pixels 0, 1, 8 and 9, whose red is 0, 2, 16 and 18.
+    Data small = gainOf(2);
+    small["reduce"] = 2;
+    const Message quarter = ask(small);
+    EXPECT_EQ(quarter.head["width"], 4);
+    EXPECT_EQ(quarter.body.size(), 4U * 2 * 4);
+    EXPECT_EQ(pixel(quarter, 0), (std::vector{9, 80, 10, 255}));
     Data half = gainOf(2);
     half["downsample"] = 2;
     EXPECT_EQ(ask(half).head["width"], 4);

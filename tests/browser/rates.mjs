@@ -1,8 +1,8 @@
 // Measures how fast the page is: prints the lines of the table in docs/performance.md.
 //
 // A drag moves the pointer on a label for 1.5 seconds. "frames" are paints while the pointer moves;
-// "settled" is the time from the last move to the paint of that value in full size, and to its
-// lossless paint; "save" the time from the write of the file to the paint.
+// "settled" is the time from the last move to the paint of that value, rendered in full size, and to
+// its lossless paint; "save" the time from the write of the file to the paint.
 
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
@@ -72,6 +72,6 @@ fs.rmSync(picture);
 const figure = (list) => `${median(list).toFixed(0)} (${Math.min(...list).toFixed(0)} to ${Math.max(...list).toFixed(0)})`;
 console.log(`${facts}, load ${fs.readFileSync('/proc/loadavg', 'utf8').split(' ')[0]}`);
 console.log(`| frames per second while dragging | ${figure(drags.map((each) => each.frames))} |`);
-console.log(`| last move to the full picture, ms | ${figure(drags.map((each) => each.settled))} |`);
+console.log(`| last move to its picture, ms | ${figure(drags.map((each) => each.settled))} |`);
 console.log(`| last move to the lossless picture, ms | ${figure(drags.map((each) => each.lossless))} |`);
 console.log(`| save to the new picture, ms | ${figure(saves)} |`);

@@ -142,6 +142,31 @@ DisplayPicture displayPicture(const hostkit::World& frame, const Display& displa
     return picture;
 }
 
+DisplayPicture reduced(const DisplayPicture& picture, unsigned factor) {
+    factor = std::min({factor, picture.width, picture.height});
+    DisplayPicture small;
+    small.width = picture.width / factor;
+    small.height = picture.height / factor;
+    const std::size_t rowBytes = std::size_t{picture.width} * 4;
+    const unsigned count = factor * factor;
+    small.pixels.reserve(std::size_t{small.width} * small.height * 4);
+    std::vector<unsigned> sums(std::size_t{small.width} * 4);
+    for (unsigned y = 0; y < small.height; ++y) {
+        std::fill(sums.begin(), sums.end(), count / 2);
+        for (unsigned k = 0; k < factor; ++k) {
+            const auto* in = reinterpret_cast<const Byte*>(picture.pixels.data()) +
+                             (std::size_t{y} * factor + k) * rowBytes;
+            for (std::size_t x = 0; x < sums.size(); x += 4)
+                for (unsigned i = 0; i < factor; ++i, in += 4)
+                    for (unsigned c = 0; c < 4; ++c)
+                        sums[x + c] += in[c];
+        }
+        for (const unsigned sum : sums)
+            small.pixels.push_back(static_cast<std::byte>(sum / count));
+    }
+    return small;
+}
+
 std::vector<double> pixelAt(const hostkit::World& frame, int x, int y) {
     if (x < 0 || y < 0 || x >= frame.width || y >= frame.height)
         return {};

@@ -31,6 +31,11 @@ struct DisplayPicture {
 
 DisplayPicture displayPicture(const hostkit::World& frame, const Display& display);
 
+// The picture at 1/factor of its size, with the mean of the pixels of each square; pixels that do
+// not fill a square at the right and at the bottom are left out. A factor that leaves nothing is
+// reduced.
+DisplayPicture reduced(const DisplayPicture& picture, unsigned factor);
+
 // The channels of a pixel in the order red, green, blue, alpha, as the depth stores them: 0 to 255,
 // 0 to 32768, or a float. Empty outside the frame.
 std::vector<double> pixelAt(const hostkit::World& frame, int x, int y);

@@ -312,6 +312,8 @@ Message Instance::picture(const Data& request) {
     const auto started = Clock::now();
     const std::string encoding = request.value("encoding", std::string("png"));
     DisplayPicture shown = displayPicture(isInput ? scene().layer.source->pixels : frame_, display);
+    if (const unsigned factor = request.value("reduce", 1U); factor > 1)
+        shown = reduced(shown, factor);
     const unsigned width = shown.width, height = shown.height;
     Message reply;
     reply.body = encode(std::move(shown), encoding);

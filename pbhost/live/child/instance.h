@@ -38,9 +38,10 @@ public:
 
     // Takes "controls" (as in a project file) and "layers" (index to file or null), of which those
     // that are not named keep their values, "seconds",
-    // "downsample"; "of" ("output" or "input"), "channels", "exposure"; "encoding" ("jpeg", "png",
-    // or "raw": red, green, blue, 255 for each pixel). Renders if something before "of" changed.
-    // Returns the size and times, and the picture as the body.
+    // "downsample"; "of" ("output" or "input"), "channels", "exposure", "reduce" (a factor of
+    // the shown picture's size); "encoding" ("jpeg", "png", or "raw": red, green, blue, 255 for
+    // each pixel). Renders if something before "of" changed. Returns the size and times, and the
+    // picture as the body.
     Message picture(const Data& request);
 
     // Takes "x" and "y" in pixels of the last frame. Returns the channels (pixelAt) of the "output"

@@ -18,7 +18,8 @@ const formats = { png: 'PNG', tif: 'TIFF', exr: 'OpenEXR', jpg: 'JPEG' };
 const state = new State();
 const view = { channels: 'composite', exposure: 0 };
 const connection = new Connection({ onMessage, onClose: () => fail('The server has ended. Start pbhost live again and open its new address.', 'closed') });
-const renderer = new Renderer(connection, state, { onPicture, onFailure, view: () => view });
+const renderer = new Renderer(connection, state, { onPicture, onFailure, view: () => view,
+                                                   screenScale: () => stage.scale * devicePixelRatio });
 const stage = new Stage(state, { onPixel });
 const panel = new Panel(state, { addFile, choosePicture: (picture) => load({ picture }) });
 const source = new SourceView();
@@ -183,7 +184,7 @@ async function refreshComparison() {
   if (what === 'kept' && !state.kept) keep();
   if (what === 'kept') stage.other.getContext('2d', { alpha: false }).drawImage(state.kept.canvas, 0, 0);
   if (what === 'input' && renderer.isReady) {
-    const reply = await connection.ask({ do: 'picture', of: 'input', encoding: renderer.encoding(), ...view });
+    const reply = await connection.ask({ do: 'picture', of: 'input', encoding: renderer.lossless(), ...view });
     if (reply.do !== 'picture') return;
     await decode(reply);
     draw(stage.other, reply);

@@ -1,5 +1,6 @@
-// Asks for pictures: one request at a time, always for the newest values. While something moves,
-// the picture is a JPEG, and smaller if a frame takes long; when it rests, it is lossless.
+// Asks for pictures: one request at a time, always for the newest values. The first picture of new
+// values is a JPEG in the size that the screen shows, and rendered smaller while something moves if
+// a frame takes long. When nothing moves, the lossless picture follows.
 
 import { clamp } from './dom.js';
 
@@ -9,14 +10,14 @@ const rawSpeed = 40000; // bytes per millisecond from which uncompressed pixels 
 
 export class Renderer {
   // `onPicture` gets the reply, with "bitmap" or "pixels"; `onFailure` a reply that is none.
-  constructor(connection, state, { onPicture, onFailure, view }) {
-    Object.assign(this, { connection, state, onPicture, onFailure, view });
+  constructor(connection, state, { onPicture, onFailure, view, screenScale }) {
+    Object.assign(this, { connection, state, onPicture, onFailure, view, screenScale });
     this.isReady = false; // a kernel is loaded
     this.isBusy = false;
     this.isMoving = false;
     this.change = 0; // counts changes
     this.asked = 0; // the change that the last request answers
-    this.isSettled = true; // the last picture is lossless and in full resolution
+    this.isSettled = true; // the last picture that was asked for is lossless
     this.fullTime = 0; // milliseconds of a render in full resolution
   }
 
@@ -42,9 +43,13 @@ export class Renderer {
     return clamp(Math.ceil(Math.sqrt(this.fullTime / longFrame)), 2, 8);
   }
 
-  encoding() {
-    if (this.isMoving) return 'jpeg';
+  lossless() {
     return this.connection.speed > rawSpeed ? 'raw' : 'png';
+  }
+
+  // Pixels of the picture for each pixel of the screen, as a whole number.
+  reduction() {
+    return clamp(Math.floor(1 / this.screenScale() + 0.15), 1, 8);
   }
 
   async pump() {
@@ -53,12 +58,14 @@ export class Renderer {
     this.isBusy = true;
     this.asked = this.change;
     const { change } = this;
-    const downsample = this.downsample(), encoding = this.encoding();
-    this.isSettled = !this.isMoving;
-    const reply = await this.connection.ask({ do: 'picture', ...this.state.request(), ...this.view(),
-                                              downsample, encoding });
+    const downsample = this.downsample();
+    const shown = isStale ? { encoding: 'jpeg', reduce: Math.max(1, Math.floor(this.reduction() / downsample)) }
+                          : { encoding: this.lossless() };
+    this.isSettled = !isStale;
+    const reply = await this.connection.ask({ do: 'picture', ...this.state.request(), ...this.view(), downsample, ...shown });
     this.isBusy = false;
     if (reply.do !== 'picture') {
+      this.isSettled = true;
       this.onFailure(reply);
       return;
     }
@@ -79,13 +86,13 @@ export async function decode(reply) {
                                            { colorSpaceConversion: 'none' });
 }
 
-// Draws a decoded picture over the whole canvas.
+// Draws a decoded picture of the canvas's size.
 export function draw(canvas, reply) {
   const context = canvas.getContext('2d', { alpha: false });
-  if (reply.pixels && reply.width === canvas.width && reply.height === canvas.height) {
+  if (reply.pixels) {
     context.putImageData(reply.pixels, 0, 0);
-  } else if (reply.bitmap) {
-    context.drawImage(reply.bitmap, 0, 0, canvas.width, canvas.height);
+  } else {
+    context.drawImage(reply.bitmap, 0, 0);
     reply.bitmap.close();
   }
 }

@@ -14,6 +14,7 @@ export class Stage {
     this.stage = byId('stage');
     this.sheet = byId('sheet');
     this.result = byId('result');
+    this.preview = byId('preview');
     this.other = byId('other');
     this.isFitted = true;
     this.scale = 1;
@@ -57,9 +58,12 @@ export class Stage {
     this.fit();
   }
 
+  // A JPEG lies over the result until the lossless picture comes.
   show(picture) {
-    draw(this.result, picture);
-    this.result.dataset.isDrawn = 'true';
+    this.preview.hidden = picture.encoding !== 'jpeg';
+    if (this.preview.hidden) return draw(this.result, picture);
+    Object.assign(this.preview, { width: picture.width, height: picture.height });
+    this.preview.getContext('bitmaprenderer').transferFromImageBitmap(picture.bitmap);
   }
 
   // Zoom and pan.

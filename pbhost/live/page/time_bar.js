@@ -54,7 +54,8 @@ export class TimeBar {
     const step = (now) => {
       if (!this.isPlaying) return;
       const passed = from + Math.max(0, now - started) / 1000;
-      const frame = Math.floor((passed % this.duration) * this.fps);
+      const count = Math.round(this.duration * this.fps) + 1;
+      const frame = Math.floor(passed * this.fps) % count;
       if (frame !== this.frame) this.state.setSeconds(frame / this.fps, true);
       this.frame = frame;
       requestAnimationFrame(step);
