@@ -41,6 +41,7 @@ async function load(changes = {}) {
   takeLoaded(await connection.ask(request), !isFirst);
 }
 
+const nameOf = (file) => file.split('/').pop();
 const isPicture = (id) => typeof id === 'number' && state.pictures.some((each) => each.id === id);
 const firstPicture = () => (state.pictures.length > 0 ? 0 : null);
 
@@ -52,7 +53,7 @@ function takeLoaded(reply, keepsValues) {
   fail('');
   source.setErrors(reply.warnings.trim(), []);
   byId('name').textContent = reply.about.name || reply.title;
-  byId('about').textContent = reply.about.description || reply.file;
+  byId('about').textContent = [nameOf(reply.file), reply.about.description].filter(Boolean).join(' · ');
   byId('about').title = `${reply.file}\n${reply.about.vendor}, version ${reply.about.version}`;
   document.title = `${reply.about.name} – pbhost live`;
   byId('depth').value = reply.depth;
@@ -72,7 +73,7 @@ function onMessage(message) {
     state.pictures = message.pictures;
     state.clock = message.clock;
     timeBar.setClock(message.clock);
-    byId('name').textContent = message.file.split('/').pop();
+    byId('name').textContent = nameOf(message.file);
     load();
   } else if (message.do === 'pictures') {
     state.pictures = message.pictures;
@@ -93,7 +94,7 @@ function onFailure(reply) {
   renderer.isReady = reply.what !== 'load';
   source.setErrors(reply.text, reply.places);
   const [first] = reply.text.split('\n');
-  fail(first, 'error');
+  fail(state.file ? first.replace(state.file, nameOf(state.file)) : first, 'error');
 }
 
 // Shows why the picture is old; an empty text ends that.

@@ -3,6 +3,12 @@
 import { byId, element } from './dom.js';
 import { pictureChoice, widgets } from './widgets.js';
 
+// The name, which may be broken before a capital letter.
+function breakable(name) {
+  const parts = name.split(/(?<=[a-z])(?=[A-Z])/);
+  return parts.flatMap((part, k) => (k === 0 ? [part] : [element('wbr'), part]));
+}
+
 const groupName = (control) => /^(.+)\[\d+\]$/.exec(control.name)?.[1];
 
 export class Panel {
@@ -46,7 +52,7 @@ export class Panel {
   }
 
   row(control, text) {
-    const label = element('span', { className: 'name' }, text);
+    const label = element('span', { className: 'name' }, ...breakable(text));
     const widget = control.kind === 'layer'
       ? pictureChoice({ name: control.name, state: this.state, addFile: this.addFile,
                         read: () => this.state.value(control),

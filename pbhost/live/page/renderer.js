@@ -4,7 +4,9 @@
 
 import { clamp } from './dom.js';
 
-const restDelay = 60; // milliseconds without a change, with the pointer still down
+// Milliseconds without a change, with the pointer still down; as long as a frame in full resolution
+// takes, because it delays the next one.
+const restDelays = [60, 600];
 const longFrame = 50; // milliseconds
 const rawSpeed = 40000; // bytes per millisecond from which uncompressed pixels are fastest
 
@@ -28,7 +30,7 @@ export class Renderer {
     performance.mark('change', { detail: this.change });
     document.body.dataset.change = this.change;
     clearTimeout(this.resting);
-    if (moving) this.resting = setTimeout(() => this.rest(), restDelay);
+    if (moving) this.resting = setTimeout(() => this.rest(), clamp(this.fullTime, ...restDelays));
     this.pump();
   }
 
@@ -41,6 +43,11 @@ export class Renderer {
   downsample() {
     if (!this.isMoving || this.fullTime <= longFrame) return 1;
     return clamp(Math.ceil(Math.sqrt(this.fullTime / longFrame)), 2, 8);
+  }
+
+  // Smoothed, so that the resolution does not change with each frame.
+  takeTime(milliseconds) {
+    this.fullTime = this.fullTime === 0 ? milliseconds : 0.75 * this.fullTime + 0.25 * milliseconds;
   }
 
   lossless() {
@@ -69,7 +76,7 @@ export class Renderer {
       this.onFailure(reply);
       return;
     }
-    this.fullTime = reply.renderMs * downsample * downsample;
+    this.takeTime(reply.renderMs * downsample * downsample);
     this.state.animated = reply.animated;
     this.pump(); // the next frame is rendered while this one is decoded
     await decode(reply);

@@ -53,6 +53,6 @@ export class SourceView {
   reveal(place) {
     const line = this.lineOf(place);
     const list = byId('source');
-    if (line) list.scrollTop = line.offsetTop - list.offsetTop - list.clientHeight / 2;
+    if (line) list.scrollTop = line.offsetTop - list.clientHeight / 2;
   }
 }

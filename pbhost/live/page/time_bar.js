@@ -66,7 +66,7 @@ export class TimeBar {
   update() {
     byId('time').value = this.state.seconds;
     if (document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
-    byId('duration').value = numberText(this.duration);
+    byId('duration').value = Number(this.duration.toFixed(2));
     byId('frame').textContent = `frame ${this.first + Math.round(this.state.seconds * this.fps)}`;
     const times = new Set([...this.state.keyframes.values()].flat().map((each) => each.time));
     byId('marks').replaceChildren(...[...times].map((time) => {
