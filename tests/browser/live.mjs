@@ -24,7 +24,7 @@ export class Live {
       fs.writeFileSync(live.file(name), content);
     live.errors = '';
     live.server = spawn(pbhost, ['live', ...args.map((arg) => arg.replace('{folder}', live.folder))],
-                        { env: { ...process.env, XDG_CONFIG_HOME: live.folder } });
+                        { env: { ...process.env, XDG_CONFIG_HOME: live.folder, ...options.env?.(live) } });
     live.server.stderr.on('data', (data) => (live.errors += data));
     live.url = await new Promise((resolve, reject) => {
       live.server.stdout.once('data', (data) => resolve(String(data).trim()));
@@ -36,16 +36,16 @@ export class Live {
       viewport: { width: 1440, height: 860 }, colorScheme: 'dark', acceptDownloads: true,
       permissions: ['clipboard-read', 'clipboard-write'], ...options.context });
     live.faults = []; // errors in the page
-    live.page = await live.newPage();
+    live.page = await live.newPage(options.isBroken);
     return live;
   }
 
-  async newPage() {
+  async newPage(isBroken = false) {
     const page = await this.context.newPage();
     page.setDefaultTimeout(patience);
     page.on('pageerror', (error) => this.faults.push(error.stack));
     await page.goto(this.url);
-    await this.settled(page);
+    if (!isBroken) await this.settled(page);
     return page;
   }
 

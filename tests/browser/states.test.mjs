@@ -99,6 +99,14 @@ test('a save is shown, a broken one keeps the picture and shows the line, a mend
   assert.deepEqual(live.faults, []);
 });
 
+test('a kernel that is broken at the start is shown when it is mended', async () => {
+  const live = await start([], { files: { 'work.pbk': broken }, isBroken: true });
+  await waitForNotice(live.page, /work\.pbk.*does not compile/);
+  save(live, good);
+  await live.settled();
+  assert.equal(difference(await live.pixels(), live.render(await live.command())), 'none');
+});
+
 test('a picture that is saved is read again', async () => {
   const live = await start(['-i', '{folder}/copy.png'], { files: { 'work.pbk': good, 'copy.png': fs.readFileSync(scene) } });
   await live.page.getByRole('combobox', { name: 'Layer' }).selectOption({ label: 'copy.png' });
@@ -178,6 +186,14 @@ test('a sequence is shown frame by frame', async () => {
   await live.page.waitForFunction(() => document.getElementById('frame').textContent === 'frame 9');
   await live.page.getByRole('button', { name: 'Pause' }).click();
   await live.settled();
+});
+
+test('--open opens the printed address', async () => {
+  const live = await start(['--open'], { env: ({ folder }) => {
+    fs.writeFileSync(`${folder}/xdg-open`, '#!/bin/sh\necho "$1" > "$(dirname "$0")/opened"\n', { mode: 0o755 });
+    return { PATH: `${folder}:${process.env.PATH}` };
+  } });
+  assert.equal(fs.readFileSync(live.file('opened'), 'utf8').trim(), live.url);
 });
 
 test('when the server ends, the page says so', async () => {

@@ -38,7 +38,12 @@ async function load(changes = {}) {
   const stored = isFirst ? state.stored : undefined;
   const picture = isPicture(stored?.picture) ? stored.picture : isFirst ? firstPicture() : state.picture;
   const request = { do: 'load', isFirst, picture, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
-  takeLoaded(await connection.ask(request), !isFirst);
+  const reply = await connection.ask(request);
+  if (reply.do === 'failed' && isLoaded && Object.keys(changes).length > 0) {
+    toast(reply.text);
+    return load(); // as before
+  }
+  takeLoaded(reply, !isFirst);
 }
 
 const nameOf = (file) => file.split('/').pop();

@@ -8,11 +8,14 @@
 #include <cctype>
 #include <chrono>
 #include <deque>
+#include <filesystem>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <set>
 #include <utility>
 
+#include "pbhost/files/printable.h"
 #include "pbhost/files/read_file.h"
 #include "pbhost/live/child/render_child.h"
 #include "pbhost/live/child/work.h"
@@ -109,7 +112,8 @@ private:
 
     void greet() {
         const LiveRequest& request = hub_.workspace.request;
-        file_ = request.file;
+        if (!request.file.empty()) // also if it cannot be loaded
+            takeFile(std::filesystem::absolute(request.file).string());
         sendText({{"do", "hello"},
                   {"file", request.file.empty() ? request.project : request.file},
                   {"pictures", hub_.workspace.pictures()},
@@ -567,7 +571,14 @@ void serve(Workspace& workspace, const SessionOptions& options,
     hub.watchFiles();
     onReady("http://" + hostOf(acceptor.local_endpoint()) + ":" +
             std::to_string(acceptor.local_endpoint().port()) + "/" + hub.gate.token() + "/");
-    hub.io.run();
+    // A fault in one tab must not end the others.
+    while (true)
+        try {
+            hub.io.run();
+            return;
+        } catch (const std::exception& error) {
+            std::cerr << "pbhost: " << printable(error.what()) << "\n";
+        }
 }
 
 } // namespace pbhost::live

@@ -28,7 +28,7 @@ struct LiveRequest {
     int depth = 0; // bits; 0: the picture's
     std::string listen = "127.0.0.1";
     unsigned port = 0;   // 0: any
-    double timeout = 10; // seconds that a render process may take for an answer
+    double timeout = 30; // seconds that a render process may take for an answer
     bool opensBrowser = false;
 };
 
