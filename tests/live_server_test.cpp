@@ -11,6 +11,7 @@
 #include "pbhost/live/server/file_watch.h"
 #include "pbhost/live/server/gate.h"
 #include "pbhost/live/server/page_files.h"
+#include "pbhost/live/server/page_requests.h"
 #include "pbhost/live/server/workspace.h"
 #include "pbhost/process/failure.h"
 #include "tests/support/temporary_folder.h"
@@ -147,6 +148,57 @@ TEST_F(LiveWorkspace, NumbersPicturesAndKeepsFilesApart) {
     EXPECT_EQ(workspace.takeFile(saved.filename().string()), "");
     request.inputs = {"missing.png"};
     EXPECT_THROW(Workspace{request}, pbhost::Failure);
+}
+
+TEST_F(LiveWorkspace, CompletesRequestsWithWhatAPageCannotChoose) {
+    write("a.png", "a");
+    LiveRequest request;
+    request.file = "k.pbk";
+    request.inputs = {"a.png"};
+    request.settings = {"gain=2"};
+    request.depth = 16;
+    request.width = 30;
+    request.height = 20;
+    Workspace workspace(request);
+    PageRequests requests(workspace);
+    const std::string kernel = fs::absolute("k.pbk"), other = "/etc/passwd";
+
+    const Data first = requests.complete({{"do", "load"},
+                                          {"isFirst", true},
+                                          {"picture", 0},
+                                          {"file", other},
+                                          {"project", other},
+                                          {"settings", {"gain=9"}}});
+    EXPECT_EQ(first["file"], kernel);
+    EXPECT_FALSE(first.contains("project"));
+    EXPECT_EQ(first["settings"], Data({"gain=2"}));
+    EXPECT_EQ(first["picture"], fs::absolute("a.png").string());
+    EXPECT_EQ(first["depth"], 16);
+    EXPECT_EQ(first["width"], 30);
+    EXPECT_EQ(first["fps"], 24.0);
+    const Data again = requests.complete({{"do", "load"}, {"picture", nullptr}, {"depth", 32}});
+    EXPECT_FALSE(again.contains("settings"));
+    EXPECT_EQ(again["depth"], 32);
+
+    const Data save =
+        requests.complete({{"do", "savePicture"}, {"extension", "exr"}, {"path", other}});
+    EXPECT_TRUE(save["path"].get<std::string>().ends_with(".exr"));
+    EXPECT_THROW(requests.complete({{"do", "savePicture"}, {"extension", "/../x"}}),
+                 pbhost::Failure);
+    const Data opened = requests.complete({{"do", "openProject"}, {"id", 7}, {"text", "{}"}});
+    EXPECT_EQ(opened["do"], "load");
+    EXPECT_EQ(opened["id"], 7);
+    EXPECT_EQ(bytesOf(opened["project"].get<std::string>()), "{}");
+
+    Data reply = {{"do", "savePicture"}, {"path", save["path"]}};
+    requests.adapt(reply);
+    EXPECT_FALSE(reply.contains("path"));
+    EXPECT_EQ(reply["url"],
+              "saved/" + fs::path(save["path"].get<std::string>()).filename().string());
+    Data loaded = {{"do", "load"}, {"file", fs::absolute("other.pbk").string()}};
+    requests.adapt(loaded);
+    write("other.pbk", "text");
+    EXPECT_EQ(requests.source(), "text");
 }
 
 TEST(LivePage, IsInTheProgram) {

@@ -5,10 +5,8 @@
 #include <array>
 #include <boost/asio.hpp>
 #include <boost/beast.hpp>
-#include <cctype>
 #include <chrono>
 #include <deque>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -16,14 +14,13 @@
 #include <utility>
 
 #include "pbhost/files/printable.h"
-#include "pbhost/files/read_file.h"
 #include "pbhost/live/child/render_child.h"
 #include "pbhost/live/child/work.h"
 #include "pbhost/live/server/file_watch.h"
 #include "pbhost/live/server/gate.h"
 #include "pbhost/live/server/page_files.h"
+#include "pbhost/live/server/page_requests.h"
 #include "pbhost/process/failure.h"
-#include "pbhost/process/temporary_files.h"
 
 namespace pbhost::live {
 
@@ -63,19 +60,12 @@ std::string textOf(const Data& json) {
     return json.dump(-1, ' ', false, Data::error_handler_t::replace);
 }
 
-// An extension as a picture format's: letters and digits only.
-std::string checkedExtension(const std::string& extension) {
-    for (const char c : extension)
-        if (std::isalnum(static_cast<unsigned char>(c)) == 0)
-            throw Failure(ExitCode::Usage, "the extension '" + extension + "' is invalid");
-    return "." + extension;
-}
-
 // One tab of a browser: relays requests to its render process and replies to the page.
 class Tab : public std::enable_shared_from_this<Tab> {
 public:
     Tab(Hub& owner, tcp::socket socket)
-        : hub_(owner), page_(std::move(socket)), childSocket_(owner.io), timer_(owner.io) {}
+        : hub_(owner), page_(std::move(socket)), requests_(owner.workspace), childSocket_(owner.io),
+          timer_(owner.io) {}
     ~Tab() { hub_.tabs.erase(this); }
     Tab(const Tab&) = delete;
     Tab& operator=(const Tab&) = delete;
@@ -95,7 +85,7 @@ public:
 
     // Tells the page if its file or one of the pictures was saved.
     void tellChanged(const std::set<std::string>& changed) {
-        bool concerns = changed.contains(file_);
+        bool concerns = changed.contains(requests_.file());
         for (const auto& picture : hub_.workspace.pictures())
             concerns = concerns || changed.contains(picture["file"].get<std::string>());
         if (concerns)
@@ -112,8 +102,7 @@ private:
 
     void greet() {
         const LiveRequest& request = hub_.workspace.request;
-        if (!request.file.empty()) // also if it cannot be loaded
-            takeFile(std::filesystem::absolute(request.file).string());
+        watchFiles(); // also if they cannot be loaded
         sendText({{"do", "hello"},
                   {"file", request.file.empty() ? request.project : request.file},
                   {"pictures", hub_.workspace.pictures()},
@@ -144,55 +133,13 @@ private:
         if (!request.is_object() || !request.value("do", Data()).is_string())
             return;
         try {
-            complete(request);
-            sendToChild(request);
+            sendToChild(requests_.complete(request));
         } catch (const std::exception& error) {
             sendText({{"do", "failed"},
                       {"what", request["do"]},
                       {"id", request.value("id", Data(0))},
                       {"text", error.what()},
                       {"places", Data::array()}});
-        }
-    }
-
-    // Adds what only the server knows, for the render process.
-    void complete(Data& request) {
-        Workspace& workspace = hub_.workspace;
-        const std::string what = request["do"];
-        if (what == "openProject") {
-            const std::string project = workspace.newFile(".json");
-            writeTextFile(project, request.at("text").get<std::string>());
-            request = {{"do", "load"}, {"id", request.value("id", 0)}, {"project", project}};
-            return;
-        }
-        workspace.namePictures(request);
-        request.erase("path");
-        request.erase("project");
-        if (what == "load")
-            completeLoad(request);
-        else if (what == "savePicture")
-            request["path"] = workspace.newFile(checkedExtension(request.at("extension")));
-        else if (what == "saveProject")
-            request["path"] = workspace.newFile(".json");
-    }
-
-    void completeLoad(Data& request) {
-        const LiveRequest& asked = hub_.workspace.request;
-        request["file"] = file_;
-        // Values of the command line are for the first load only.
-        if (request.value("isFirst", false) || file_.empty()) {
-            if (!asked.project.empty())
-                request["project"] = asked.project;
-            request["settings"] = asked.settings;
-        }
-        const Data clock = hub_.workspace.clock();
-        request["fps"] = clock["fps"];
-        request["first"] = clock["first"];
-        if (!request.contains("depth"))
-            request["depth"] = asked.depth;
-        if (asked.width != 0) {
-            request["width"] = asked.width;
-            request["height"] = asked.height;
         }
     }
 
@@ -299,17 +246,12 @@ private:
             startTimer();
         Data reply = Data::parse(head_);
         const std::size_t picturesBefore = hub_.workspace.pictures().size();
-        const std::string what = reply["do"];
-        if (what == "load")
-            takeFile(reply["file"]);
-        if (what == "load" || reply.value("what", "") == "load")
-            sendSource();
-        if (reply.contains("path")) {
-            const std::string path = reply["path"];
-            reply.erase("path");
-            reply["url"] = "saved/" + path.substr(path.rfind('/') + 1);
+        const bool isOfLoad = reply["do"] == "load" || reply.value("what", "") == "load";
+        requests_.adapt(reply);
+        if (isOfLoad) {
+            watchFiles();
+            sendText({{"do", "source"}, {"text", requests_.source()}});
         }
-        hub_.workspace.numberPictures(reply);
         if (hub_.workspace.pictures().size() != picturesBefore)
             sendText({{"do", "pictures"}, {"pictures", hub_.workspace.pictures()}});
         reply["bytes"] = body_.size();
@@ -319,21 +261,11 @@ private:
         body_ = {};
     }
 
-    void takeFile(const std::string& file) {
-        file_ = file;
-        hub_.watch.add(file);
+    void watchFiles() {
+        if (!requests_.file().empty())
+            hub_.watch.add(requests_.file());
         for (const auto& picture : hub_.workspace.pictures())
             hub_.watch.add(picture["file"]);
-    }
-
-    void sendSource() {
-        std::string text;
-        try {
-            text = readWholeFile(file_, ExitCode::BadKernel);
-        } catch (const Failure&) {
-            return; // the reply to the load says why
-        }
-        sendText({{"do", "source"}, {"file", file_}, {"text", text}});
     }
 
     void startTimer() {
@@ -358,7 +290,7 @@ private:
     beast::flat_buffer incoming_;
     std::deque<Outgoing> outgoing_; // the first is being written
     bool isClosed_ = false;
-    std::string file_; // kernel or graph of this tab
+    PageRequests requests_;
 
     std::optional<RenderChild> child_;
     asio::local::stream_protocol::socket childSocket_;

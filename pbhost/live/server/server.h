@@ -6,7 +6,7 @@
 // Messages to the page, beside the replies of the render process (child/work.h):
 //   "hello"    "file", "pictures", "clock": the first message
 //   "pictures" "pictures": the list has grown
-//   "source"   "file", "text": precedes the reply to a load
+//   "source"   "text": precedes the reply to a load
 //   "changed"  the file or a picture was saved
 //   "ended"    "text": the render process crashed or was stopped; the next load starts another
 // Requests of the page beside those of the render process: "openProject" with "text", answered like
