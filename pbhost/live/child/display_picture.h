@@ -32,8 +32,9 @@ struct DisplayPicture {
 DisplayPicture displayPicture(const hostkit::World& frame, const Display& display);
 
 // The picture at 1/factor of its size, with the mean of the pixels of each square; pixels that do
-// not fill a square at the right and at the bottom are left out. A factor that leaves nothing is
+// not fill a square at the right and at the bottom are left out. A factor that is too large is
 // reduced.
+inline constexpr unsigned largestReduction = 8;
 DisplayPicture reduced(const DisplayPicture& picture, unsigned factor);
 
 // The channels of a pixel in the order red, green, blue, alpha, as the depth stores them: 0 to 255,
