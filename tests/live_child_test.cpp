@@ -190,6 +190,30 @@ TEST_F(LiveChild, RendersTheValuesInEveryEncoding) {
     EXPECT_EQ(probe["output"][1], 80.0);
 }
 
+TEST_F(LiveChild, ShowsTheFrameOfASequenceAtItsTime) {
+    for (unsigned frame = 5; frame < 8; ++frame) {
+        pbhost::Picture picture = pbhost::makePicture(2, 2, Depth::Bits8);
+        for (std::byte& channel : picture.pixels)
+            channel = static_cast<std::byte>(frame * 10);
+        pbhost::writePicture("shot.000" + std::to_string(frame) + ".png", picture);
+    }
+    const Data clock = {{"picture", "shot.#.png"}, {"fps", 10.0}, {"first", 5}};
+    ASSERT_EQ(load("shift.pbk", clock)["do"], "load");
+    for (const auto& [seconds, frame] : {std::pair(0.0, 5), {0.2, 7}, {0.1, 6}, {0.14, 6}}) {
+        Data request = gainOf(1);
+        request["seconds"] = seconds;
+        request["layers"] = {{"1", "shot.#.png"}};
+        const int level = frame * 10;
+        EXPECT_EQ(pixel(ask(request), 3), (std::vector{level, level, level * 2, 255})) << seconds;
+    }
+    Data late = gainOf(1);
+    late["seconds"] = 9.0;
+    EXPECT_EQ(ask(late).head["do"], "failed");
+    EXPECT_EQ(ask(late).head["do"], "failed"); // not the last frame that could be read
+    late["seconds"] = 0.2;
+    EXPECT_EQ(pixel(ask(late), 3)[0], 70);
+}
+
 TEST_F(LiveChild, SavesTheFrameAndTheProject) {
     ASSERT_EQ(load("shift.pbk", {{"picture", "in.png"}, {"depth", 32}})["do"], "load");
     Data request = gainOf(3);

@@ -39,7 +39,7 @@ struct Bits32 {
     float gain; // of the colours only
     Byte alpha(Value value) const {
         return !(value > 0) ? Byte{0} // NaN, too
-                            : static_cast<Byte>(std::min(value, 1.0F) * 255.0F + 0.5F);
+                            : static_cast<Byte>(std::lrint(std::min(value, 1.0F) * 255.0F));
     }
     Byte color(Value value) const { return alpha(value * gain); }
 };

@@ -143,6 +143,7 @@ Data Instance::load(const Data& request) {
         const std::string file = projectName.empty() ? request.at("file").get<std::string>()
                                                      : fileOfProject(projectName, project);
         frameNumber_ = clock_.first;
+        shownFrame_ = frameNumber_;
         start(layerSource(request, project));
         scene_->apply(file);
         scene_->checkPrograms();
@@ -242,13 +243,16 @@ void Instance::set(const Data& request) {
 
 // Gives the layers of sequences the pictures of the frame.
 void Instance::showFrame(long frame) {
-    if (std::exchange(frameNumber_, frame) == frame)
+    if (shownFrame_ == frame)
         return;
+    shownFrame_.reset(); // in case that a picture cannot be read
+    frameNumber_ = frame;
     const auto depth = depthOfBits(scene().effect.componentBytes() * 8);
     hostkit::Layer& own = scene().layer;
     for (const auto& layer : own.composition->layers)
         if (const std::string name = layer->source->name; FrameFiles(name).pattern)
             layer->source = footageOf(source(name, depth));
+    shownFrame_ = frame;
 }
 
 // The render command returns 0 even if OpenGL failed.

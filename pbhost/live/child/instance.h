@@ -83,7 +83,8 @@ private:
     std::map<std::string, AEGP_LayerIDVal> layers_;                 // of the scene, by file
     std::shared_ptr<const PictureHeader> layerHeader_;
     FrameClock clock_;
-    long frameNumber_ = 0; // of the sequences' pictures
+    long frameNumber_ = 0;           // whose pictures of sequences are read
+    std::optional<long> shownFrame_; // that all layers show; nothing: reading failed
     hostkit::World frame_;
     std::string rendered_;          // the request that the frame answers; empty: none
     bool isFrameComplete_ = false;  // a frame was checked since the load

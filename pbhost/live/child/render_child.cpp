@@ -72,10 +72,9 @@ std::string RenderChild::end() {
         return "";
     // A process that is ending by itself has closed its socket already; its own status is kept.
     int status = 0;
-    pid_t ended = waitpid(process_, &status, WNOHANG);
-    if (ended == 0) {
+    if (waitpid(process_, &status, WNOHANG) == 0) {
         kill(process_, SIGKILL);
-        while ((ended = waitpid(process_, &status, 0)) < 0 && errno == EINTR) {
+        while (waitpid(process_, &status, 0) < 0 && errno == EINTR) {
         }
     }
     removeTemporaries({}, process_);
