@@ -12,10 +12,12 @@
 #include "pbhost/commands/camera_command.h"
 #include "pbhost/commands/controls_command.h"
 #include "pbhost/commands/info_command.h"
+#include "pbhost/commands/live_command.h"
 #include "pbhost/commands/model_command.h"
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
 #include "pbhost/commands/render_options.h"
+#include "pbhost/commands/submit_command.h"
 #include "pbhost/commands/translate_command.h"
 #include "pbhost/process/child_process.h"
 #include "pbhost/process/failure.h"
@@ -74,6 +76,58 @@ void addRender(CLI::App& app, Job& job) {
         job.folders = pbhost::outputFolders(*request);
         job.subject = request->files.empty() ? request->project : request->files.front();
         job.work = [request, options] { return pbhost::render(*request, *options); };
+    });
+}
+
+void addSubmit(CLI::App& app, Job& job) {
+    pbhost::addSubmit(
+        app, [](CLI::App& command) { addSession(command); },
+        [&job](std::function<std::string()> work) { job.work = std::move(work); });
+}
+
+void addLive(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("live", "Show the controls and the picture in a browser");
+    auto request = std::make_shared<pbhost::live::LiveRequest>();
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
+    command
+        ->add_option("-i,--input", request->inputs,
+                     "A picture, or a sequence's pattern: the first for the layer, all for the "
+                     "choice of layer controls")
+        ->allow_extra_args(false);
+    command->add_option("--project", request->project, "Open this project");
+    command->add_option("--set", request->settings, "A control's first value, as for render")
+        ->allow_extra_args(false);
+    auto size = std::make_shared<std::pair<unsigned, unsigned>>();
+    command
+        ->add_option("--size", *size,
+                     "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)")
+        ->delimiter('x')
+        ->check(CLI::Range(1, 16384));
+    command->add_option("--depth", request->depth, "Bits per channel (default: the picture's)")
+        ->check(CLI::IsMember({8, 16, 32}));
+    command->add_option("--frames", request->frames,
+                        "The frames of the time slider, as for render (default: those on disk)");
+    command->add_option("--fps", request->framesPerSecond, "Frames per second")
+        ->capture_default_str()
+        ->check(CLI::Range(0.01, 1000.0));
+    command->add_option("--listen", request->listen, "The address to listen at")
+        ->capture_default_str();
+    command->add_option("--port", request->port, "The port to listen at (default: a free one)")
+        ->check(CLI::Range(0, 65535));
+    command
+        ->add_option("--timeout", request->timeout,
+                     "Seconds after which a render that does not end is stopped")
+        ->capture_default_str()
+        ->check(CLI::Range(0.1, 86400.0));
+    command->add_flag("--open", request->opensBrowser, "Open the page in the browser");
+    const auto options = addSession(*command);
+    command->callback([&job, request, size, options] {
+        std::tie(request->width, request->height) = *size;
+        job.subject = request->file;
+        job.work = [request, options] {
+            pbhost::serveLive(*request, *options);
+            return std::string();
+        };
     });
 }
 
@@ -264,8 +318,8 @@ int run(int argc, char** argv) {
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
-    for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
-                           addTranslate, addModel, addCamera})
+    for (const auto add : {addRender, addSubmit, addLive, addControls, addInfo, addAbout, addHost,
+                           addPrefs, addTranslate, addModel, addCamera})
         add(app, job);
     requireCommand(app, argc, argv);
     try {
