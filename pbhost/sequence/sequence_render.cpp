@@ -181,7 +181,6 @@ struct SequenceRender::Worker {
         if (owner.jobs_.size() > threadCount())
             setThreadsPerFile(1);
         makeCommonRecipe(session);
-        noteLeftOut();
     }
 
     // The same picture without its pixels.
@@ -212,13 +211,6 @@ struct SequenceRender::Worker {
                             pictures.colours.workSpace, pictures.colours.configuration,
                             hashOfFile(pictures.colours.configuration)})
                 .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    }
-
-    void noteLeftOut() const {
-        if (first.header != nullptr && !first.header->leftOut.empty())
-            std::cerr << "pbhost: note: " << printable(sequence.files_.layer.text) << ": "
-                      << printable(first.header->leftOut)
-                      << " are left out; --channels NAME chooses a layer\n";
     }
 
     Recipe recipe(const FrameJob& job) {
