@@ -318,3 +318,46 @@ TEST_F(Sequences, ReadSeveralSequencesWithLittleMemory) {
     run("render both.pbk -i 'in.####.exr' -i 'second.###.exr' -o 'out.####.exr'")
         .expectFailure(4, {"frame 5: cannot read 'second.005.exr'"});
 }
+
+// Saturated colours show a wrong matrix or range.
+TEST_F(Sequences, VideosKeepColoursAndNumbers) {
+    const unsigned char colours[4][3] = {{255, 0, 0}, {0, 200, 30}, {20, 40, 240}, {250, 250, 250}};
+    for (int frame = 1; frame <= 4; ++frame) {
+        Picture picture = pbhost::makePicture(64, 48, Depth::Bits8);
+        for (std::size_t i = 0; i < picture.pixels.size(); i += 4) {
+            picture.pixels[i] = std::byte{255};
+            std::memcpy(&picture.pixels[i + 1], colours[frame - 1], 3);
+        }
+        pbhost::writePicture("c.000" + std::to_string(frame) + ".png", picture);
+    }
+    for (const char* name : {"v.mp4", "v.mov", "v.mkv"}) {
+        SCOPED_TRACE(name);
+        run(std::string("render add.pbk -i 'c.####.png' --fps 30 -o ") + name).expectSuccess();
+        for (const char* depth : {"8", "16", "32"}) {
+            run(std::string("render add.pbk -i ") + name +
+                " -o 'd.#.png' --frames 2-4 --type uint8 --depth " + depth)
+                .expectSuccess();
+            EXPECT_THAT(filesLike("d."), ElementsAre("d.0002.png", "d.0003.png", "d.0004.png"));
+            for (int frame = 2; frame <= 4; ++frame) {
+                const Picture picture =
+                    pbhost::readPicture("d.000" + std::to_string(frame) + ".png");
+                EXPECT_EQ(picture.header->hasAlpha,
+                          std::string(name) == "v.mov"); // the frames have one
+                for (int c = 0; c < 3; ++c)
+                    EXPECT_NEAR(int(picture.row(24)[32 * 4 + 1 + c]), colours[frame - 1][c], 3)
+                        << frame;
+            }
+        }
+    }
+    for (const auto& [arguments, code, text] :
+         {std::tuple("-i v.mp4 -o w.mp4 --frames 3-5", 4, "v.mp4: there are no frames 5"),
+          std::tuple("-i old.png -o w.avi --frames 1", 2, ".mov, .mp4 or .mkv"),
+          std::tuple("-i v.mp4 -o w.mp4 --codec prores", 2, "ProRes is written"),
+          std::tuple("-i no.mov -o w.mp4", 4, "no such file"),
+          std::tuple("-i add.mov -o w.mp4", 4, "it has no video")}) {
+        write("add.mov", "no video");
+        run(std::string("render add.pbk ") + arguments).expectFailure(code, {text});
+        EXPECT_FALSE(fs::exists("w.mp4"));
+    }
+    EXPECT_FALSE(hasTemporaries());
+}

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <future>
 #include <iostream>
 #include <memory>
@@ -72,14 +73,6 @@ private:
     bool isInputTaken_ = false;
 };
 
-void noteLeftOut(const LayerSource& source) {
-    const PictureHeader* header = source.picture.header.get();
-    if (header != nullptr && !header->leftOut.empty())
-        std::cerr << "pbhost: note: " << printable(source.file) << ": "
-                  << printable(header->leftOut)
-                  << " are left out; --channels NAME chooses a layer\n";
-}
-
 void renderPicture(const RenderRequest& request, const SessionOptions& options) {
     requirePlace(request.output);
     if (!request.save.empty())
@@ -96,6 +89,8 @@ void renderPicture(const RenderRequest& request, const SessionOptions& options) 
 std::string renderFrames(const RenderRequest& request, const SessionOptions& options) {
     if (!request.save.empty())
         requirePlace(request.save);
+    // A graph that keeps its textures renders many frames faster.
+    ::setenv("TVELMARONDINE_KEEP_TEXTURES", "1", 0);
     SequenceRender sequence(request);
     if (request.sequence.isDryRun && !request.sequence.isResumed)
         return sequence.describe();
@@ -117,12 +112,10 @@ std::future<LayerSource> readAhead(const RenderPlan& plan) {
 void renderPicture(Session& session, const RenderPlan& plan, std::future<LayerSource> layer) {
     const RenderRequest& request = plan.request;
     requireFormat(request.output, plan.outputOptions(nullptr));
-    LayerSource source = layer.get();
-    noteLeftOut(source);
     const OtherReader readOther = [](const std::string& picture, const ReadOptions& options) {
         return readSource(picture, options);
     };
-    FrameRenderer renderer(session, plan, std::move(source), readOther);
+    FrameRenderer renderer(session, plan, layer.get(), readOther);
     const Picture picture = renderer.render(plan.seconds);
     if (writePicture(request.output, picture, plan.outputOptions(picture.header.get())))
         std::cerr << "pbhost: note: " << printable(request.output)

@@ -113,6 +113,10 @@ void addSequence(CLI::App& command, SequenceRequest& request) {
     command.add_flag("--resume", request.isResumed,
                      "Skip frames that are complete and would come out the same");
     command.add_flag("--dry-run", request.isDryRun, "Only list what would be rendered");
+    command
+        .add_option("--codec", request.codec,
+                    "Codec of a video: h264 or prores (default: prores for .mov, otherwise h264)")
+        ->check(CLI::IsMember({"h264", "prores"}));
     command.add_option("--memory", request.memory,
                        "Memory for the pictures of frames, as 2G (default: a quarter of all)");
     command

@@ -69,6 +69,10 @@ FrameRenderer::FrameRenderer(Session& owner, const RenderPlan& asked, LayerSourc
                              const OtherReader& readOther)
     : session_(owner), plan_(asked), depth_(first.picture.depth), header_(first.picture.header),
       readOther_(readOther) {
+    if (header_ != nullptr && !header_->leftOut.empty())
+        std::cerr << "pbhost: note: " << printable(plan_.picture) << ": "
+                  << printable(header_->leftOut)
+                  << " are left out; --channels NAME chooses a layer\n";
     stack_.push_back(std::make_unique<Scene>(owner, std::move(first)));
     for (std::size_t i = 1; i < plan_.names.size(); ++i)
         stack_.push_back(std::make_unique<Scene>(*stack_.front()));

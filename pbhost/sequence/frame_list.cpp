@@ -7,6 +7,7 @@
 #include "pbhost/files/printable.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/sequence/frame_ranges.h"
+#include "pbhost/video/video.h"
 
 namespace pbhost {
 
@@ -33,13 +34,17 @@ long heldFrame(const std::vector<long>& onDisk, long frame) {
 
 class FrameLister {
 public:
-    FrameLister(const RenderPlan& plan, const SequenceFiles& files)
-        : request_(plan.request.sequence), files_(files),
-          onDisk_(files.leading ? files.leading->framesOnDisk() : std::vector<long>()) {}
+    FrameLister(const RenderPlan& plan, const SequenceFiles& files,
+                const std::optional<std::vector<long>>& available)
+        : request_(plan.request.sequence), isListed_(files.leading || available),
+          leading_(files.leading), name_(files.layer.text),
+          onDisk_(available       ? *available
+                  : files.leading ? files.leading->framesOnDisk()
+                                  : std::vector<long>()) {}
 
     std::vector<FrameJob> run() {
         for (const long frame : wantedFrames())
-            if (!files_.leading || isOnDisk(frame))
+            if (!isListed_ || isOnDisk(frame))
                 jobs_.push_back({frame, frame});
             else
                 addMissing(frame);
@@ -54,13 +59,12 @@ private:
     std::vector<long> wantedFrames() const {
         if (!request_.frames.empty())
             return parseFrames(request_.frames);
-        if (!files_.leading)
+        if (!isListed_)
             throw Failure(
                 ExitCode::Usage,
                 "write the frames, as --frames 1-100: no picture of a sequence names them");
         if (onDisk_.empty())
-            throw Failure(ExitCode::BadPicture,
-                          files_.leading->path(1) + ": there is no file of that sequence");
+            throw Failure(ExitCode::BadPicture, nameOf(1) + ": there is no file of that sequence");
         const std::vector<long> gaps = gapsOf(onDisk_);
         if (gaps.empty())
             return onDisk_;
@@ -73,6 +77,8 @@ private:
         std::sort(all.begin(), all.end());
         return all;
     }
+
+    std::string nameOf(long frame) const { return leading_ ? leading_->path(frame) : name_; }
 
     bool isOnDisk(long frame) const {
         return std::binary_search(onDisk_.begin(), onDisk_.end(), frame);
@@ -89,8 +95,7 @@ private:
     void reportMissing() const {
         const std::string text = "there are no frames " + framesText(missing_);
         if (request_.missing == "error")
-            throw Failure(ExitCode::BadPicture, files_.leading->path(missing_.front()) + ": " +
-                                                    text +
+            throw Failure(ExitCode::BadPicture, nameOf(missing_.front()) + ": " + text +
                                                     "; see --missing for what can be done instead");
         note(text + (request_.missing == "skip"    ? "; they are left out"
                      : request_.missing == "black" ? "; they are black"
@@ -98,7 +103,9 @@ private:
     }
 
     const SequenceRequest& request_;
-    const SequenceFiles& files_;
+    const bool isListed_; // whether it is known which frames there are
+    const std::optional<FramePattern> leading_;
+    const std::string name_; // of a video
     const std::vector<long> onDisk_;
     std::vector<FrameJob> jobs_;
     std::vector<long> missing_;
@@ -121,13 +128,16 @@ SequenceFiles::SequenceFiles(const RenderPlan& plan)
 }
 
 bool isSequence(const RenderRequest& request) {
-    if (!request.sequence.frames.empty() || FramePattern::parse(request.output))
-        return true;
-    return !request.inputs.empty() && FramePattern::parse(request.inputs.front());
+    const auto isOfFrames = [](const std::string& name) {
+        return isVideo(name) || FramePattern::parse(name);
+    };
+    return !request.sequence.frames.empty() || isOfFrames(request.output) ||
+           (!request.inputs.empty() && isOfFrames(request.inputs.front()));
 }
 
-std::vector<FrameJob> listFrames(const RenderPlan& plan, const SequenceFiles& files) {
-    return FrameLister(plan, files).run();
+std::vector<FrameJob> listFrames(const RenderPlan& plan, const SequenceFiles& files,
+                                 const std::optional<std::vector<long>>& available) {
+    return FrameLister(plan, files, available).run();
 }
 
 long firstFrame(const std::vector<FrameJob>& jobs) {

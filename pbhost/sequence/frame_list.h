@@ -27,13 +27,14 @@ struct SequenceFiles {
     std::optional<FramePattern> leading;
 };
 
-// Whether the plan is one of several frames.
+// Whether the request is for frames.
 bool isSequence(const RenderRequest& request);
 
-// The frames of --frames, or those on disk; `onDisk` are those. Gaps and how they are treated are
-// noted on standard error. Throws Failure: Usage if there are none, BadPicture for missing ones
-// that are to be errors.
-std::vector<FrameJob> listFrames(const RenderPlan& plan, const SequenceFiles& files);
+// The frames of --frames, or those on disk, or those that are `available` in a video. Gaps and how
+// they are treated are noted on standard error. Throws Failure: Usage if there are none, BadPicture
+// for missing ones that are to be errors.
+std::vector<FrameJob> listFrames(const RenderPlan& plan, const SequenceFiles& files,
+                                 const std::optional<std::vector<long>>& available);
 
 // The frames that the request names, for the frame at second 0.
 long firstFrame(const std::vector<FrameJob>& jobs);

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <numeric>
 #include <thread>
 
 #include "pbhost/files/printable.h"
@@ -17,6 +18,7 @@
 #include "pbhost/sequence/frame_ranges.h"
 #include "pbhost/sequence/progress.h"
 #include "pbhost/session/places.h"
+#include "pbhost/video/video.h"
 
 namespace pbhost {
 
@@ -61,26 +63,55 @@ LayerSource blackFrame(const Picture& like, const std::string& file) {
 
 SequenceRender::SequenceRender(const RenderRequest& request)
     : request_(request), plan_(request), files_(plan_) {
-    if (!files_.output.pattern)
+    const bool isVideoWritten = isVideo(request.output);
+    if (!files_.output.pattern && !isVideoWritten)
         throw Failure(ExitCode::Usage, request.output +
                                            ": several frames need a name with a place for their "
                                            "number, such as out.####.png");
     plan_.isSequence = true;
-    jobs_ = listFrames(plan_, files_);
+    std::optional<std::vector<long>> available;
+    if (isVideo(plan_.picture)) {
+        const VideoFacts facts = probeVideo(plan_.picture);
+        available.emplace(std::size_t(facts.frames));
+        std::iota(available->begin(), available->end(), 1L);
+        source_ = openVideo(plan_.picture, facts);
+        useRate(facts.framesPerSecond);
+    }
+    jobs_ = listFrames(plan_, files_, available);
     if (!request.sequence.first && !plan_.project.clock)
         plan_.clock.first = firstFrame(jobs_);
     if (files_.layer.pattern)
         source_ = std::make_unique<PictureFiles>(files_.layer);
+    createOutput();
+    if (request.sequence.isDryRun && !request.sequence.isResumed)
+        return;
+    const bool isSerialSource = source_ != nullptr && source_->isSerial();
+    readers_ = std::make_unique<WorkerPool>(isSerialSource ? 1 : threadCount());
+    writers_ = std::make_unique<WorkerPool>(isVideoWritten ? 1 : threadCount());
+    first_ = readers_->submit([this] { return readFirst(); });
+}
+
+void SequenceRender::useRate(double framesPerSecond) {
+    if (request_.sequence.fps.empty() && !plan_.project.clock)
+        plan_.clock.framesPerSecond = framesPerSecond;
+}
+
+void SequenceRender::createOutput() {
+    const bool isNoClobber = request_.pictures.isNoClobber;
+    if (isVideo(request_.output)) {
+        requirePlace(request_.output);
+        if (isNoClobber)
+            requireAbsence(request_.output);
+        sink_ = createVideo(request_.output, request_.sequence.codec, request_.pictures.quality,
+                            plan_.clock.framesPerSecond);
+        return;
+    }
     sink_ = std::make_unique<PictureFiles>(files_.output);
     requirePlace(sink_->fileOf(jobs_.front().frame));
     requireFormat(sink_->fileOf(jobs_.front().frame), plan_.outputOptions(nullptr));
-    if (request.pictures.isNoClobber)
+    if (isNoClobber)
         for (const FrameJob& job : jobs_)
             requireAbsence(sink_->fileOf(job.frame));
-    if (request.sequence.isDryRun && !request.sequence.isResumed)
-        return;
-    pool_ = std::make_unique<WorkerPool>(threadCount());
-    first_ = pool_->submit([this] { return readFirst(); });
 }
 
 LayerSource SequenceRender::readFirst() {
@@ -104,7 +135,9 @@ LayerSource SequenceRender::readFirst() {
 SequenceRender::~SequenceRender() = default;
 
 std::string SequenceRender::lineOf(const FrameJob& job) const {
-    std::string line = sink_->fileOf(job.frame);
+    const std::string file = sink_->fileOf(job.frame);
+    std::string line =
+        file.empty() ? request_.output + " frame " + std::to_string(job.frame) : file;
     if (source_ != nullptr)
         line += " from " + (job.source ? source_->fileOf(*job.source) : std::string("black"));
     return line + "\n";
@@ -148,7 +181,6 @@ struct SequenceRender::Worker {
         if (owner.jobs_.size() > threadCount())
             setThreadsPerFile(1);
         makeCommonRecipe(session);
-        noteLeftOut();
     }
 
     // The same picture without its pixels.
@@ -157,10 +189,9 @@ struct SequenceRender::Worker {
     }
 
     void setClock(const PictureHeader* header) {
-        FrameClock& clock = sequence.plan_.clock;
-        if (header != nullptr && header->framesPerSecond && request.sequence.fps.empty() &&
-            !sequence.plan_.project.clock)
-            clock.framesPerSecond = *header->framesPerSecond;
+        const FrameClock& clock = sequence.plan_.clock;
+        if (header != nullptr && header->framesPerSecond && sequence.files_.output.pattern)
+            sequence.useRate(*header->framesPerSecond);
         for (const FrameJob& job : sequence.jobs_)
             if (!isTime(clock.secondsOf(job.frame)))
                 throw Failure(ExitCode::Usage, "frame " + std::to_string(job.frame) +
@@ -182,13 +213,6 @@ struct SequenceRender::Worker {
                 .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     }
 
-    void noteLeftOut() const {
-        if (first.header != nullptr && !first.header->leftOut.empty())
-            std::cerr << "pbhost: note: " << printable(sequence.files_.layer.text) << ": "
-                      << printable(first.header->leftOut)
-                      << " are left out; --channels NAME chooses a layer\n";
-    }
-
     Recipe recipe(const FrameJob& job) {
         std::vector<std::string> inputs;
         if (sequence.source_ != nullptr)
@@ -207,7 +231,7 @@ struct SequenceRender::Worker {
     // Whether a frame need not be rendered.
     bool isComplete(const FrameJob& job) {
         std::string reason;
-        return request.sequence.isResumed &&
+        return request.sequence.isResumed && !sequence.sink_->fileOf(job.frame).empty() &&
                isMadeBy(sequence.sink_->fileOf(job.frame), recipe(job), reason);
     }
 
@@ -234,7 +258,8 @@ struct SequenceRender::Worker {
         while (nextRead < todo.size() && reading.size() <= threadCount() &&
                reading.size() + writing.size() < atOnce) {
             const FrameJob* job = todo[nextRead++];
-            reading.emplace_back(job, sequence.pool_->submit([this, job] { return read(*job); }));
+            reading.emplace_back(job,
+                                 sequence.readers_->submit([this, job] { return read(*job); }));
         }
     }
 
@@ -250,7 +275,7 @@ struct SequenceRender::Worker {
             auto picture = std::make_shared<Picture>(renderer->render(secondsOf(*job)));
             const WriteOptions options = sequence.plan_.outputOptions(picture->header.get());
             writing.push_back(
-                {job, recipe(*job), sequence.pool_->submit([this, job = job, picture, options] {
+                {job, recipe(*job), sequence.writers_->submit([this, job = job, picture, options] {
                      return sequence.sink_->write(job->frame, *picture, options);
                  })});
         } catch (const Failure& failure) {
@@ -347,7 +372,8 @@ std::string SequenceRender::run(Session& session) {
     try {
         return worker.run();
     } catch (...) {
-        pool_.reset(); // the tasks use the worker
+        readers_.reset(); // the tasks use the worker
+        writers_.reset();
         throw;
     }
 }

@@ -34,6 +34,9 @@ public:
 private:
     struct Worker; // the loop over the frames
 
+    void createOutput();
+    // Takes the rate of the pictures unless the request or the project has one.
+    void useRate(double framesPerSecond);
     std::string lineOf(const FrameJob& job) const;
     // The layer's source for loading the effects: the first picture that there is.
     LayerSource readFirst();
@@ -44,7 +47,7 @@ private:
     std::unique_ptr<FrameSource> source_; // null: a layer without pictures, or with one picture
     std::unique_ptr<FrameSink> sink_;
     std::vector<FrameJob> jobs_;
-    std::unique_ptr<WorkerPool> pool_;
+    std::unique_ptr<WorkerPool> readers_, writers_;
     std::future<LayerSource> first_;
 };
 

@@ -174,7 +174,8 @@ public:
 
     Fault run(const std::string& name) {
         const bool isOpaque = isAllOpaque(picture_);
-        const bool wasOpaque = header_ != nullptr && !header_->hasAlpha;
+        const PictureHeader* const header = picture_.header.get(); // also of a video
+        const bool wasOpaque = header != nullptr && !header->hasAlpha;
         const bool hasAlpha = output_.supports("alpha") && !(wasOpaque && isOpaque);
         const bool isGrey = header_ != nullptr && header_->isGrey && isAllGrey(picture_);
         isAlphaDropped = !hasAlpha && !isOpaque;
