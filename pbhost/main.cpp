@@ -9,7 +9,9 @@
 
 #include "command/command_scope.h"
 #include "hostkit/suites/basic_suite.h"
+#include "pbhost/check/reports.h"
 #include "pbhost/commands/camera_command.h"
+#include "pbhost/commands/check_command.h"
 #include "pbhost/commands/controls_command.h"
 #include "pbhost/commands/info_command.h"
 #include "pbhost/commands/model_command.h"
@@ -62,10 +64,23 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
     return options;
 }
 
-void addStrict(CLI::App& command, bool& isStrict) {
-    command.add_flag("--strict", isStrict,
-                     "Treat warnings about a graph as errors: connections without effect, "
-                     "unconnected inputs");
+void addFindings(CLI::App& command, pbhost::FindingOptions& options) {
+    command.add_flag("--strict", options.isStrict,
+                     "Treat warnings about the kernel or graph as errors");
+    command.add_flag("-q,--quiet", options.isQuiet, "Do not show warnings");
+}
+
+// Runs work(text) and returns the text; prints it even if the work throws a Failure.
+template<class Work>
+std::string printedAnyway(const Work& work) {
+    std::string text;
+    try {
+        work(text);
+        return text;
+    } catch (const Failure&) {
+        writeOut(text);
+        throw;
+    }
 }
 
 void addPictures(CLI::App& command, pbhost::RenderRequest& request) {
@@ -115,7 +130,7 @@ void addRender(CLI::App& app, Job& job) {
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
     addPictures(*command, *request);
     addFrame(*command, *request, *bits);
-    addStrict(*command, request->isStrict);
+    addFindings(*command, request->findings);
     const auto options = addSession(*command);
     command->callback([&job, request, bits, options] {
         request->depth = pbhost::depthOfBits(*bits);
@@ -140,13 +155,16 @@ void addControls(CLI::App& app, Job& job) {
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_flag("--json", request->asJson, "As one JSON object");
     command->add_flag("--all", request->all, "Hidden controls, too");
-    addStrict(*command, request->isStrict);
+    addFindings(*command, request->findings);
     const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
-            pbhost::Session session(*options);
-            return session.finish(pbhost::showControls(session, *request));
+            return printedAnyway([&](std::string& text) {
+                pbhost::Session session(*options);
+                pbhost::showControls(session, *request, text);
+                session.finish("");
+            });
         };
     });
 }
@@ -157,20 +175,16 @@ void addInfo(CLI::App& app, Job& job) {
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_option("--export-log", request->exportFolder,
                         "Let the effect write its error log into this folder");
-    addStrict(*command, request->isStrict);
+    addFindings(*command, request->findings);
     const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
-            std::string text;
-            try {
+            return printedAnyway([&](std::string& text) {
                 pbhost::Session session(*options);
                 pbhost::info(session, *request, text);
-                return session.finish(text);
-            } catch (const Failure&) {
-                writeOut(text);
-                throw;
-            }
+                session.finish("");
+            });
         };
     });
 }
@@ -259,6 +273,31 @@ void addTranslate(CLI::App& app, Job& job) {
         [&job, request] { job.work = [request] { return pbhost::translate(*request); }; });
 }
 
+void addCheck(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("check", "Find the faults of kernels and graphs");
+    auto request = std::make_shared<pbhost::CheckCommandRequest>();
+    std::vector<std::string> formats;
+    for (const pbhost::ReportFormat& format : pbhost::reportFormats())
+        formats.emplace_back(format.name);
+    command->add_option("path", request->paths, "Files, and folders with all files below them")
+        ->required();
+    command->add_option("--format", request->format, "gcc, json, sarif, junit, github or gitlab")
+        ->check(CLI::IsMember(formats))
+        ->capture_default_str();
+    command->add_option("--jobs", request->jobs,
+                        "Processes at a time (default: the number of processors)");
+    command->add_option("--timeout", request->timeout, "Seconds for each file; 0 for no limit")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    command->add_flag("--werror", request->isStrict, "Fail if there are warnings");
+    command->add_flag("-q,--quiet", request->isQuiet, "Do not show warnings");
+    command->callback([&job, request] {
+        job.work = [request] {
+            return printedAnyway([&](std::string& text) { pbhost::check(*request, text); });
+        };
+    });
+}
+
 void addModel(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("model", "Print the model of a kernel or graph as JSON");
     auto file = std::make_shared<std::string>();
@@ -321,7 +360,7 @@ int run(int argc, char** argv) {
                  "Work in this process instead of a child process, for a debugger");
     Job job;
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
-                           addTranslate, addModel, addCamera})
+                           addTranslate, addModel, addCamera, addCheck})
         add(app, job);
     requireCommand(app, argc, argv);
     try {

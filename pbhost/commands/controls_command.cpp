@@ -62,20 +62,18 @@ std::string table(const std::vector<Row>& rows) {
 
 } // namespace
 
-std::string showControls(Session& session, const ControlsRequest& request) {
+void showControls(Session& session, const ControlsRequest& request, std::string& text) {
     Scene scene(session, transparentSource(emptyLayerWidth, emptyLayerHeight, Depth::Bits8));
     scene.apply(request.file);
-    scene.checkPrograms();
-    scene.checkWiring(request.isStrict);
     Json controls = Json::array();
     for (const std::size_t index : listedControls(scene.effect, request.all))
         controls.push_back(controlAsJson(scene.effect, index, 0));
-    if (request.asJson)
-        return jsonText(Json{{"title", scene.effect.title()}, {"controls", controls}});
     std::vector<Row> rows = {{"index", "name", "kind", "value", "default", "range", ""}};
     for (const Json& control : controls)
         rows.push_back(rowOf(control));
-    return printable(scene.effect.title() + "\n" + table(rows));
+    text = request.asJson ? jsonText(Json{{"title", scene.effect.title()}, {"controls", controls}})
+                          : printable(scene.effect.title() + "\n" + table(rows));
+    scene.checkFile(request.findings);
 }
 
 } // namespace pbhost

@@ -269,8 +269,7 @@ void render(Session& session, const RenderRequest& request, std::future<LayerSou
     const Depth depth = source.picture.depth;
     Scene scene(session, std::move(source));
     load(scene, plan);
-    scene.checkPrograms();
-    checkInputs(scene, plan, scene.checkWiring(request.isStrict));
+    checkInputs(scene, plan, scene.checkFile(request.findings));
     setControls(scene, plan);
     for (const auto& layer : scene.layer.composition->layers)
         requireTextureSize(*layer, plan);

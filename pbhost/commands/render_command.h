@@ -24,7 +24,7 @@ struct RenderRequest {
     std::string time;                  // seconds; empty: the project's time, or 0
     std::string size;                  // WIDTHxHEIGHT if there is no picture; empty: 640x360
     std::string save;                  // project to write; may be empty
-    bool isStrict = false;             // fail on warnings about the graph
+    FindingOptions findings; // about the kernel or graph
 };
 
 // Throws Failure (RenderFailed) if an output file cannot be created; called before the work.
