@@ -6,6 +6,9 @@
 #include <future>
 #include <iostream>
 #include <memory>
+#include <unistd.h>
+
+#include <array>
 
 #include "command/command_scope.h"
 #include "hostkit/suites/basic_suite.h"
@@ -18,6 +21,7 @@
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
 #include "pbhost/commands/translate_command.h"
+#include "pbhost/lsp/server.h"
 #include "pbhost/process/child_process.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/process/large_blocks.h"
@@ -33,6 +37,7 @@ struct Job {
     std::function<std::string()> work;          // returns the text to print
     std::vector<std::filesystem::path> folders; // output folders, where temporary files may remain
     std::string subject;                        // the input file's name, for messages
+    double timeout = 0;                         // seconds; 0: no limit
 };
 
 void writeOut(const std::string& text) {
@@ -49,7 +54,7 @@ void addPreferences(CLI::App& command, std::string& file) {
     command.add_option("--prefs", file, "Preferences file (default: the user's own)");
 }
 
-std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
+std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command, Job& job) {
     auto options = std::make_shared<pbhost::SessionOptions>();
     command.add_option("--module", options->module,
                        "The effect module (default: the environment variable TVELMARONDINE_MODULE, "
@@ -61,6 +66,10 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
                     "(default: ask on the terminal)")
         ->allow_extra_args(false);
     command.add_flag("--verbose", options->isVerbose, "Show all messages and faults of the module");
+    command
+        .add_option("--timeout", job.timeout,
+                    "Seconds after which the work is given up (default: no limit)")
+        ->check(CLI::NonNegativeNumber);
     return options;
 }
 
@@ -131,7 +140,7 @@ void addRender(CLI::App& app, Job& job) {
     addPictures(*command, *request);
     addFrame(*command, *request, *bits);
     addFindings(*command, request->findings);
-    const auto options = addSession(*command);
+    const auto options = addSession(*command, job);
     command->callback([&job, request, bits, options] {
         request->depth = pbhost::depthOfBits(*bits);
         for (const std::string& file : {request->output, request->save})
@@ -156,7 +165,7 @@ void addControls(CLI::App& app, Job& job) {
     command->add_flag("--json", request->asJson, "As one JSON object");
     command->add_flag("--all", request->all, "Hidden controls, too");
     addFindings(*command, request->findings);
-    const auto options = addSession(*command);
+    const auto options = addSession(*command, job);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
@@ -176,7 +185,7 @@ void addInfo(CLI::App& app, Job& job) {
     command->add_option("--export-log", request->exportFolder,
                         "Let the effect write its error log into this folder");
     addFindings(*command, request->findings);
-    const auto options = addSession(*command);
+    const auto options = addSession(*command, job);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
@@ -191,7 +200,7 @@ void addInfo(CLI::App& app, Job& job) {
 
 void addAbout(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("about", "Show the effect's information about OpenGL");
-    const auto options = addSession(*command);
+    const auto options = addSession(*command, job);
     command->callback([&job, options] {
         job.work = [options] {
             pbhost::Session session(*options);
@@ -298,6 +307,22 @@ void addCheck(CLI::App& app, Job& job) {
     });
 }
 
+void addLsp(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("lsp", "Serve an editor as a language server");
+    auto timeout = std::make_shared<double>(30);
+    command->add_option("--timeout", *timeout, "Seconds for each check; 0 for no limit")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    command->add_flag(
+        "--stdio", [](std::int64_t) {}, "Use standard input and output, which is the only way");
+    command->callback([&job, timeout] {
+        job.work = [timeout] {
+            pbhost::serveLanguage(STDIN_FILENO, STDOUT_FILENO, *timeout);
+            return std::string();
+        };
+    });
+}
+
 void addModel(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("model", "Print the model of a kernel or graph as JSON");
     auto file = std::make_shared<std::string>();
@@ -336,7 +361,26 @@ int runJob(const Job& job, bool isForked) {
         writeOut(job.work());
         return 0;
     };
-    return isForked ? pbhost::runInChild(work, job.subject, job.folders) : work();
+    return isForked ? pbhost::runInChild(work, job.subject, job.folders, job.timeout) : work();
+}
+
+// Shows an example at the end of each command's help.
+void addExamples(CLI::App& app) {
+    constexpr std::array<std::pair<const char*, const char*>, 11> examples = {{
+        {"render", "render examples/twirl.pbk -i examples/pictures/scene.png -o twirl.png"},
+        {"controls", "controls examples/blend.pbk"},
+        {"info", "info examples/glow.pbg"},
+        {"about", "about"},
+        {"host", "host"},
+        {"prefs", "prefs set rootFolder ~/kernels"},
+        {"translate", "translate examples/glow.pbg --node rows --stage fragment"},
+        {"model", "model examples/blur.pbk"},
+        {"camera", "camera --type perspective --zoom 800 --rotation 0 20 0"},
+        {"check", "check examples --format sarif > examples.sarif"},
+        {"lsp", "lsp (an editor starts it; see docs/editors.md)"},
+    }};
+    for (const auto& [command, example] : examples)
+        app.get_subcommand(command)->footer("Example: pbhost " + std::string(example));
 }
 
 constexpr const char* helpHint = "See pbhost --help and pbhost COMMAND --help\n";
@@ -351,17 +395,20 @@ void requireCommand(const CLI::App& app, int argc, char** argv) {
 int run(int argc, char** argv) {
     CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
     app.require_subcommand(0, 1); // without a command, the help text is printed
-    app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
+    app.footer("Example: pbhost render examples/blur.pbk -i examples/pictures/scene.png -o "
+               "blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
-               "picture, 5 crash, 130 interrupted.");
+               "picture, 5 crash or time limit, 129 hung up, 130 interrupted, 141 output closed, "
+               "143 terminated.");
     app.set_version_flag("--version", "pbhost " PBHOST_VERSION);
     bool isInOneProcess = false;
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
     for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
-                           addTranslate, addModel, addCamera, addCheck})
+                           addTranslate, addModel, addCamera, addCheck, addLsp})
         add(app, job);
+    addExamples(app);
     requireCommand(app, argc, argv);
     try {
         app.parse(argc, argv);

@@ -193,7 +193,7 @@ TEST(PreprocessedColumns, AreThoseOfTheLine) {
         {"twice( foo , bar) + z", 19, "z"},
         {"nest z", 16, "z"}, // "(x * 2 + vec4) z"
         {"twice z", 7, "z"}, // not a call
-        {"e e foo", 3, "foo"},
+        {"e e foo", 5, "foo"},
         {"a \\\n  b", 3, "b"},
         {"ab", 9, ""},
     };
@@ -302,4 +302,79 @@ TEST_F(Findings, AreAboutTheValuesOfParameters) {
         EXPECT_THAT(shown(kernelWith("parameter " + declaration + ";")),
                     Pointwise(ContainsText(), expected));
     }
+}
+
+// Elements of a graph whose lines are known; in line 2 its images, in 4 to 8 a kernel.
+std::string graphWith(const std::string& elements) {
+    return "<graph name='G'>\n<inputImage type='image4' name='in'/><outputImage type='pixel4' "
+           "name='out'/>\n<kernel><![CDATA[" +
+           head("{ parameter float gain;\ninput image4 src; output pixel4 dst;\nvoid "
+                "evaluatePixel() { "
+                "dst = gain * sampleNearest(src, outCoord()); } }\n") +
+           "]]></kernel>\n" + elements + "</graph>\n";
+}
+
+TEST_F(Findings, AreAtTheirPlacesInGraphs) {
+    const std::string a = "<node id='a' name='K'><evaluateParameters>void evaluateParameters() {\n"
+                          "a::gain = 1.0;\n}</evaluateParameters></node>\n";
+    const std::string in = "<connect fromImage='in' toNode='a' toInput='src'/>\n";
+    const std::string out = "<connect fromNode='a' fromOutput='dst' toImage='out'/>\n";
+    const auto with = [](std::string text, const std::string& old, const std::string& fresh) {
+        return text.replace(text.find(old), old.size(), fresh);
+    };
+    const std::pair<std::string, Texts> cases[] = {
+        {graphWith(a + in + out), {}},
+        {with(graphWith(a + in + out), "gain *", "gian *"),
+         {"7:30 compile-error: `gian' undeclared"}},
+        {with(graphWith(a + in + out), "= 1.0", "= one"),
+         {"10:11 compile-error: `one' undeclared"}},
+        {graphWith(a + in + out + "<node id='b' name='J'/>"),
+         {"14:2 graph-kernel: node \"b\": the graph has no kernel \"J\"; there is \"K\"",
+          "14:11 graph-node: nothing reads node \"b\""}},
+        {graphWith(a + with(in, "src", "scr") + out),
+         {"9:2 graph-input: input \"src\" of node \"a\"", "12:2 graph-connection: the connection"}},
+        {graphWith(a + in + with(out, "'dst'", "'dest'")),
+         {"13:32 graph-connection: kernel \"K\" has no output \"dest\"; there is \"dst\""}},
+        {graphWith(a + in + with(out, "'out'", "'put'")),
+         {"13:46 graph-connection: there is no output image \"put\"; there is \"out\""}},
+        {graphWith(a + with(in, "fromImage='in'", "fromNode='a'") + out),
+         {"9:2 graph-cycle: these nodes form a cycle: \"a\" -> \"a\""}},
+        {graphWith(a + in),
+         {"1:2 graph-output: no connection leads", "9:11 graph-node: nothing reads node \"a\""}},
+        {graphWith(a + in + with(out, "toImage", "toImge")),
+         {"1:2 graph-output", "13:2 missing-attribute: the connection has neither \"toImage\" nor",
+          "13:38 unknown-attribute: the attribute \"toImge\" of \"connect\""}},
+        {graphWith(a + in + with(out, "/>", ">")),
+         {"14:3 xml: XML: \"</graph>\" does not close the innermost element, which is "
+          "\"connect\""}},
+        {graphWith(with(a, "id='a'", "id='a' id='b'") + in + out),
+         {"9:14 xml: XML: the attribute \"id\" is given"}},
+        {graphWith(a + in + out + "<knode/>"),
+         {"14:2 unknown-element: the element \"knode\" is unknown"}},
+        {graphWith(a + in + out +
+                   "<parameter name='p' type='float'><metadata name='maxValu' value='1'/>"
+                   "<metadata name='maxValue' value='1,2'/></parameter>"),
+         {"14:51 unknown-key: the key \"maxValu\"", "14:100 value-count: the value has 2 numbers"}},
+        {"", {"0:0 no-graph: no node was found"}},
+    };
+    for (const auto& [text, expected] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_THAT(shown(text, "g.pbg"), Pointwise(ContainsText(), expected));
+    }
+}
+
+TEST(SourceTexts, HavePlacesInBytesAndCodeUnits) {
+    const std::string text = "a\r\nb\rc\n\nd\xC3\xA9\xF0\x9D\x84\x9Ee";
+    const SourceText source(text);
+    EXPECT_EQ(source.lines(), 5U);
+    EXPECT_EQ(source.line(1), "a");
+    EXPECT_EQ(source.line(3), "c");
+    EXPECT_EQ(source.line(6), "");
+    const std::tuple<std::size_t, std::size_t, std::size_t> places[] = {
+        {0, 1, 1}, {3, 2, 1}, {5, 3, 1}, {7, 4, 1}, {8, 5, 1}, {15, 5, 8}, {99, 5, 9}};
+    for (const auto& [offset, line, column] : places) {
+        EXPECT_EQ(source.placeOf(offset).line, line) << offset;
+        EXPECT_EQ(source.placeOf(offset).column, column) << offset;
+    }
+    EXPECT_EQ(pbhost::utf16Length(source.line(5), 7), 4U);
 }

@@ -104,6 +104,7 @@ const std::vector<DiagnosticRule>& diagnosticRules() {
         {"unclosed-brace", "A brace is not closed."},
         {"unclosed-comment", "A comment is not closed."},
         {"unclosed-string", "A text has no closing quote."},
+        {"unknown-attribute", "An attribute of a graph's element is unknown."},
         {"unknown-element", "An element of a graph is unknown."},
         {"unknown-key", "A key of metadata is unknown."},
         {"unknown-word", "A hint or parameter type is unknown."},

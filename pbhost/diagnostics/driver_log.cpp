@@ -141,7 +141,8 @@ bool isCandidate(const DriverMessage& message, std::string_view line) {
 // What a driver writes besides its findings.
 bool isSummary(std::string_view line) {
     return line.find("compilation errors") != std::string_view::npos ||
-           line.find("No code generated") != std::string_view::npos;
+           line.find("No code generated") != std::string_view::npos ||
+           line.find("unexpected ERROR_TOK") != std::string_view::npos; // behind another error
 }
 
 } // namespace

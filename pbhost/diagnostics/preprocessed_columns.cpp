@@ -149,6 +149,8 @@ PreprocessedColumns::Tokens PreprocessedColumns::substitute(const Macro& macro,
                                                             const std::vector<Tokens>& arguments,
                                                             std::size_t offset) {
     Tokens result;
+    if (macro.body.empty()) // Mesa writes a blank for an empty macro
+        result.push_back({oneBlank, offset});
     for (const Token& token : macro.body) {
         const auto parameter =
             std::find(macro.parameters.begin(), macro.parameters.end(), token.text);

@@ -97,6 +97,8 @@ private:
 
     void connect(const pbConnection& connection) {
         const std::string_view id = nameText(connection.to), input = nameText(connection.toInput);
+        if (id.empty())
+            return; // the attribute is missing, which others report
         const auto warn = [&](const auto& makeReason) {
             const std::size_t index = indexOf(connection);
             addMessage(found.warnings, "graph-connection", GraphPart::Connection, index, [&] {

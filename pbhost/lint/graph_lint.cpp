@@ -42,11 +42,9 @@ public:
         : file_(file), graph_(file.file.graph), outline_(file.outline), list_(list) {}
 
     void run() {
-        const XmlFault& fault = outline_.fault;
-        if (!fault.message.empty())
-            list_.add(Severity::Warning, "xml", fault.at, fault.length,
-                      "XML: " + fault.message + "; what follows may not be read");
         root_ = outline_.root("graph");
+        if (lintXml())
+            return;
         if (root_ == nullptr || graph_.nodes.empty())
             return lintNoNodes();
         for (const std::size_t child : root_->children)
@@ -77,6 +75,24 @@ private:
                       std::move(message));
     }
 
+    // Returns true for a fault that explains all others: what follows it is not read, and the rest
+    // is no graph.
+    bool lintXml() {
+        const XmlFault& fault = outline_.fault;
+        if (fault.message.empty())
+            return false;
+        const bool isGraph =
+            !graph_.nodes.empty() && hasOutput() && checkWiring(graph_).errors.empty();
+        list_.add(isGraph ? Severity::Warning : Severity::Error, "xml", fault.at, fault.length,
+                  "XML: " + fault.message + "; what follows may not be read");
+        return !isGraph;
+    }
+
+    bool hasOutput() const {
+        return std::any_of(graph_.connections.begin(), graph_.connections.end(),
+                           [](const pbConnection& each) { return each.kind == ToOutputImage; });
+    }
+
     void lintNoNodes() {
         add(Severity::Error, "no-graph", root_,
             root_ == nullptr ? "no node was found; expected XML: <graph ...> ... </graph>"
@@ -103,11 +119,24 @@ private:
                     "the attribute " + inQuotes(name) + " of " + inQuotes(element.name) +
                         " is missing");
         }
+        lintAttributes(element, *known);
         if (element.name == "metadata")
             lintKey(element, false);
         if (element.name == "kernel" && !element.hasText)
             add(Severity::Warning, "no-kernel", &element,
                 "the kernel has no text; expected: <kernel><![CDATA[ ... ]]></kernel>");
+    }
+
+    void lintAttributes(const XmlElement& element, const KnownElement& known) {
+        std::vector<std::string_view> names;
+        for (const std::string_view name : known.attributes)
+            if (!name.empty())
+                names.push_back(name);
+        for (const XmlAttribute& each : element.attributes)
+            if (std::find(names.begin(), names.end(), each.name) == names.end())
+                list_.add(Severity::Warning, "unknown-attribute", each.at, each.name.size(),
+                          "the attribute " + inQuotes(each.name) + " of " + inQuotes(element.name) +
+                              " is unknown and not read; " + namesLike(each.name, names));
     }
 
     void lintKey(const XmlElement& metadata, bool isOfParameter) {
@@ -234,12 +263,9 @@ private:
     // Nodes whose output nothing reads.
     void lintReaders() {
         std::set<std::string_view> read;
-        bool hasOutput = false;
-        for (const pbConnection& connection : graph_.connections) {
+        for (const pbConnection& connection : graph_.connections)
             read.insert(nameText(connection.from));
-            hasOutput = hasOutput || connection.kind == ToOutputImage;
-        }
-        if (!hasOutput)
+        if (!hasOutput())
             add(Severity::Error, "graph-output", root_,
                 "no connection leads from a node to the output image");
         for (std::size_t i = 0; i < graph_.nodes.size(); ++i)

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t fedInputs = 4; // the effect's layer and three layer controls
 constexpr std::size_t nameBytes = std::tuple_size_v<pbName> - 1;
-constexpr double mostRounds = 65535; // of a loop on Mesa's software driver
+constexpr double mostRounds = 65535; // of all loops of a pixel on Mesa's software driver
 
 std::string inQuotes(std::string_view text) {
     return "\"" + std::string(text) + "\"";
@@ -264,9 +264,10 @@ private:
                                   : constant != constants_.end()     ? constant->second
                                                                      : 0;
             if (rounds > mostRounds)
-                findings_.warn("loop-bound", bound,
-                               "Mesa's software driver ends a loop after 65535 rounds without a "
-                               "message");
+                findings_.warn(
+                    "loop-bound", bound,
+                    "Mesa's software driver ends the loops of a pixel after 65535 rounds in "
+                    "all, without a message");
         }
     }
 

@@ -65,7 +65,7 @@ private:
     }
 
     MetadataBlock readBlock() {
-        MetadataBlock block{tokens_[at_++], {}, false};
+        MetadataBlock block{tokens_[at_++], {}, false, 0};
         while (at_ < tokens_.size() && !block.isClosed) {
             if (isAt(">")) {
                 block.isClosed = true;
@@ -76,6 +76,7 @@ private:
                 ++at_;
             }
         }
+        block.end = block.isClosed ? tokens_[at_ - 1].offset + 1 : made_.source.size();
         return block;
     }
 

@@ -26,6 +26,7 @@ struct MetadataBlock {
     KernelToken open;
     std::vector<MetadataEntry> entries;
     bool isClosed = false;
+    std::size_t end = 0; // offset behind the block
 
     // The last entry with that key; null if there is none.
     const MetadataEntry* entry(std::string_view key) const;
@@ -64,6 +65,18 @@ struct KernelOutline {
     std::optional<std::size_t> unclosedComment; // offset
     std::optional<KernelToken> behindBody;      // the first token there
 };
+
+// Calls action(block, declarator) for each block of metadata; the declarator is null for those in
+// front of the body.
+template<class Action>
+void forEachBlock(const KernelOutline& outline, Action action) {
+    for (const MetadataBlock& block : outline.blocks)
+        action(block, static_cast<const Declarator*>(nullptr));
+    for (const Declaration& declaration : outline.declarations)
+        for (const Declarator& declarator : declaration.declarators)
+            if (declarator.metadata)
+                action(*declarator.metadata, &declarator);
+}
 
 // The quoted text of a value, without the quotes; nothing if the value is not one.
 std::optional<std::string_view> quotedText(const KernelOutline& outline,

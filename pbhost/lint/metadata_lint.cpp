@@ -48,7 +48,7 @@ struct ReadValue {
     bool hasQuote = false;
     bool hasFraction = false;
     bool hasExponent = false;
-    bool isZero = true; // as all of them then are, given or not
+    bool isZero = true;           // as all of them then are, given or not
     std::string_view constructor; // the name in front of the numbers
 };
 

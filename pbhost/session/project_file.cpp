@@ -3,6 +3,7 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "hostkit/services/json_errors.h"
 #include "pbhost/files/read_file.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/process/temporary_files.h"
@@ -17,6 +18,16 @@ using nlohmann::ordered_json;
 
 constexpr int version = 1;
 constexpr char notAProject[] = ": not a valid project: ";
+
+// Errors of the JSON library get another text.
+template<class Work>
+auto inPlainWords(const Work& work) {
+    try {
+        return work();
+    } catch (const nlohmann::json::exception& error) {
+        throw std::invalid_argument(hostkit::plainJsonError(error));
+    }
+}
 
 std::string toHex(const std::vector<std::byte>& bytes) {
     constexpr char digits[] = "0123456789abcdef";
@@ -173,13 +184,15 @@ ordered_json layerAsJson(const hostkit::Footage& source) {
 ProjectFile readProject(const std::string& path) {
     const std::string text = readWholeFile(path, ExitCode::Usage);
     return orFail(ExitCode::Usage, path + notAProject,
-                  [&] { return parse(ordered_json::parse(text)); });
+                  [&] { return inPlainWords([&] { return parse(ordered_json::parse(text)); }); });
 }
 
 void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {
     orFail(ExitCode::Usage, path + notAProject, [&] {
-        for (const ordered_json& stored : project.controls)
-            fillControl(scene, stored);
+        inPlainWords([&] {
+            for (const ordered_json& stored : project.controls)
+                fillControl(scene, stored);
+        });
     });
 }
 
