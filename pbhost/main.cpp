@@ -20,6 +20,7 @@
 #include "pbhost/commands/model_command.h"
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
+#include "pbhost/commands/render_options.h"
 #include "pbhost/commands/translate_command.h"
 #include "pbhost/lsp/server.h"
 #include "pbhost/process/child_process.h"
@@ -46,8 +47,8 @@ void writeOut(const std::string& text) {
         throw Failure(ExitCode::RenderFailed, "standard output could not be written");
 }
 
-CLI::Validator notEmpty() {
-    return {[](std::string& text) { return std::string(text.empty() ? "it is empty" : ""); }, ""};
+CLI::Validator notNegative() {
+    return CLI::Validator(CLI::NonNegativeNumber).description("");
 }
 
 void addPreferences(CLI::App& command, std::string& file) {
@@ -69,7 +70,8 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command, Job& job) 
     command
         .add_option("--timeout", job.timeout,
                     "Seconds after which the work is given up (default: no limit)")
-        ->check(CLI::NonNegativeNumber);
+        ->check(notNegative())
+        ->type_name("SECONDS");
     return options;
 }
 
@@ -92,68 +94,15 @@ std::string printedAnyway(const Work& work) {
     }
 }
 
-void addPictures(CLI::App& command, pbhost::RenderRequest& request) {
-    command
-        .add_option(
-            "-i,--input", request.inputs,
-            "An input picture: the first for the layer, the others for layer controls 1 to 3")
-        ->allow_extra_args(false)
-        ->check(notEmpty());
-    command.add_option("-o,--output", request.output, "The picture to write")
-        ->required()
-        ->check(notEmpty());
-    command
-        .add_option("--layer", request.layers,
-                    "A layer control's picture: N=PICTURE, by the control's number or name")
-        ->allow_extra_args(false);
-    command.add_option("--size", request.size,
-                       "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)");
-}
-
-void addFrame(CLI::App& command, pbhost::RenderRequest& request, int& bits) {
-    command
-        .add_option("--set", request.settings,
-                    "A control's value: CONTROL=V, or CONTROL=V,V,V for a point, a color (red, "
-                    "green, blue and alpha, 0 to 1) or all of CONTROL[0], CONTROL[1] ...; a popup "
-                    "by its number, counted from 1, or its text; an angle in degrees; a checkbox "
-                    "by true or false")
-        ->allow_extra_args(false);
-    command.add_option("--depth", bits, "Bits per channel: 8, 16 or 32 (default: the picture's)")
-        ->check(CLI::IsMember({8, 16, 32}));
-    command
-        .add_option("--downsample", request.downsample,
-                    "Divide the resolution by X or by X,Y: 2 for half")
-        ->capture_default_str();
-    command.add_option("--time", request.time, "The time to render, in seconds (default: 0)")
-        ->check(notEmpty());
-    command
-        .add_option("--project", request.project, "Open this project instead of a kernel or graph")
-        ->check(notEmpty());
-    command.add_option("--save", request.save, "Write a project")->check(notEmpty());
-}
-
 void addRender(CLI::App& app, Job& job) {
-    auto* command = app.add_subcommand("render", "Apply a kernel or graph to pictures");
+    auto* command = app.add_subcommand("render", "Apply kernels or graphs to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
-    auto bits = std::make_shared<int>(0);
-    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
-    addPictures(*command, *request);
-    addFrame(*command, *request, *bits);
-    addFindings(*command, request->findings);
+    pbhost::addRenderOptions(*command, *request);
     const auto options = addSession(*command, job);
-    command->callback([&job, request, bits, options] {
-        request->depth = pbhost::depthOfBits(*bits);
-        for (const std::string& file : {request->output, request->save})
-            job.folders.push_back(pbhost::folderOf(pbhost::resolveLink(file)));
-        job.subject = request->file.empty() ? request->project : request->file;
-        job.work = [request, options] {
-            pbhost::checkOutputPlaces(*request);
-            const pbhost::QuietOutput quiet(options->isVerbose); // for readAhead, too
-            std::future<pbhost::LayerSource> ahead = pbhost::readAhead(*request);
-            pbhost::Session session(*options);
-            pbhost::render(session, *request, std::move(ahead));
-            return session.finish("");
-        };
+    command->callback([&job, request, options] {
+        job.folders = pbhost::outputFolders(*request);
+        job.subject = request->files.empty() ? request->project : request->files.front();
+        job.work = [request, options] { return pbhost::render(*request, *options); };
     });
 }
 
@@ -291,12 +240,14 @@ void addCheck(CLI::App& app, Job& job) {
     command->add_option("path", request->paths, "Files, and folders with all files below them")
         ->required();
     command->add_option("--format", request->format, "gcc, json, sarif, junit, github or gitlab")
-        ->check(CLI::IsMember(formats))
+        ->check(CLI::IsMember(formats).description(""))
+        ->type_name("FORMAT")
         ->capture_default_str();
     command->add_option("--jobs", request->jobs,
                         "Processes at a time (default: the number of processors)");
     command->add_option("--timeout", request->timeout, "Seconds for each file; 0 for no limit")
-        ->check(CLI::NonNegativeNumber)
+        ->check(notNegative())
+        ->type_name("SECONDS")
         ->capture_default_str();
     command->add_flag("--werror", request->isStrict, "Fail if there are warnings");
     command->add_flag("-q,--quiet", request->isQuiet, "Do not show warnings");
@@ -311,7 +262,8 @@ void addLsp(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("lsp", "Serve an editor as a language server");
     auto timeout = std::make_shared<double>(30);
     command->add_option("--timeout", *timeout, "Seconds for each check; 0 for no limit")
-        ->check(CLI::NonNegativeNumber)
+        ->check(notNegative())
+        ->type_name("SECONDS")
         ->capture_default_str();
     command->add_flag(
         "--stdio", [](std::int64_t) {}, "Use standard input and output, which is the only way");

@@ -85,6 +85,9 @@ start_wine() {
     rm "$number"
     [ -e "$wine_state/prefix/system.reg" ] ||
         timeout 300 "$root/scripts/wine" wineboot -i >"$wine_state/wineboot.log" 2>&1
+    # The share \\localhost\c$, which Windows has by itself.
+    mkdir -p "$wine_state/prefix/dosdevices/unc/localhost"
+    ln -sfn ../../../drive_c "$wine_state/prefix/dosdevices/unc/localhost/c$"
 }
 
 # Whether Wine can run 32-bit programs here, as the prefix's setup has done then. Some processors and

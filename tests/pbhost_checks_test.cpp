@@ -173,11 +173,12 @@ protected:
         change(module, session);
         const std::string failure = failureOf([&] {
             pbhost::RenderRequest request;
-            request.file = "any.pbk";
+            request.files = {"any.pbk"};
             request.output = "out.png";
             request.size = "7x4";
             request.downsample = "2,1";
-            pbhost::render(session, request, pbhost::readAhead(request));
+            const pbhost::RenderPlan plan(request);
+            pbhost::renderPicture(session, plan, pbhost::readAhead(plan));
         });
         session.end();
         module = RecordingModule();

@@ -119,7 +119,7 @@ TEST_F(PictureTest, WrittenPicturesAreReadBack) {
             EXPECT_EQ(again.depth, fileDepth);
             EXPECT_EQ(std::pair(again.width, again.height), std::pair(width, height));
             EXPECT_LE(worstDifference(picture, again, hasAlpha), tolerance);
-            const Picture same = readPicture(folder / name, depth);
+            const Picture same = readPicture(folder / name, {.depth = depth});
             EXPECT_LE(worstDifference(picture, same, hasAlpha), tolerance);
         }
     EXPECT_EQ(std::size_t(fileCount()), std::size(cases));
@@ -156,8 +156,9 @@ TEST_F(PictureTest, MapsChannels) {
     }
 }
 
-// Half floats, in columns -1 and 0 and row 1 of a display window of 2 by 2 pixels.
-TEST_F(PictureTest, PlacesOpenExrPixelsInTheDisplayWindow) {
+// Half floats, in columns -1 and 0 and row 1 of a display window of 2 by 2 pixels: the data window
+// is read, and a format without windows gets the display window.
+TEST_F(PictureTest, KeepsOpenExrWindows) {
     OIIO::ImageSpec spec(2, 1, 5, OIIO::TypeDesc::HALF);
     spec.channelnames = {"Z", "B", "A", "R", "G"};
     spec.alpha_channel = 2;
@@ -165,9 +166,19 @@ TEST_F(PictureTest, PlacesOpenExrPixelsInTheDisplayWindow) {
     spec.y = 1;
     spec.full_width = spec.full_height = 2;
     const std::vector<float> values = {9, 9, 9, 9, 9, 9, 65504, 0.5F, -1, 0x1p-24F};
-    const std::vector<double> expected = {0,   0,  0,       0,     0, 0, 0, 0,
-                                          0.5, -1, 0x1p-24, 65504, 0, 0, 0, 0};
-    EXPECT_EQ(valuesOf(readPicture(writeFile("x.exr", spec, values))), expected);
+    const Picture picture = readPicture(writeFile("x.exr", spec, values));
+    const std::vector<double> expected = {9, 9, 9, 9, 0.5, -1, 0x1p-24, 65504};
+    EXPECT_EQ(valuesOf(picture), expected);
+    EXPECT_EQ(picture.header->leftOut, "the channels Z");
+    writePicture(folder / "y.exr", picture);
+    const Picture again = readPicture(folder / "y.exr");
+    EXPECT_EQ(valuesOf(again), expected);
+    EXPECT_EQ(again.header->type, pbhost::ValueType::Half);
+    EXPECT_EQ(again.header->data, (pbhost::Window{-1, 1, 2, 1}));
+    EXPECT_EQ(again.header->display, (pbhost::Window{0, 0, 2, 2}));
+    writePicture(folder / "z.tif", picture, {.alpha = pbhost::Alpha::Premultiplied});
+    const std::vector<double> shown = {0, 0, 0, 0, 0, 0, 0, 0, 0.5, -1, 0x1p-24, 65504, 0, 0, 0, 0};
+    EXPECT_EQ(valuesOf(readPicture(folder / "z.tif")), shown);
 }
 
 TEST_F(PictureTest, UnreadableFilesGiveReasons) {

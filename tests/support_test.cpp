@@ -120,7 +120,7 @@ TEST_F(Support, AlignedBlocksAreLargeEnoughAndOverflowFails) {
     for (std::size_t less = 0; less < 70; ++less)
         EXPECT_EQ(allocateAligned(SIZE_MAX - less, 64), nullptr) << less;
     EXPECT_EQ(allocate(SIZE_MAX - sizeof(void*) + 1), nullptr);
-    EXPECT_EQ(thrownBy([] { aeAllocator<std::int64_t>().allocate(SIZE_MAX / 8 + 2); }), 4);
+    EXPECT_EQ(thrownBy([] { aeAllocator<void*>().allocate(SIZE_MAX / sizeof(void*) + 2); }), 4);
     EXPECT_EQ(memory::handlesAllocated(), made);
 }
 
@@ -314,9 +314,15 @@ TEST(Numbers, AreScannedAlikeOnEveryPlatform) {
                         std::bit_cast<std::uint32_t>(std::clamp(wanted, -largest, largest)))
             << text << ": " << value << ", not " << wanted;
 #endif
+        std::int32_t integer = 3;
+        const char* restOfInteger = text.c_str();
+        scanInteger(restOfInteger, integer);
         for (const std::uint32_t part :
-             {used, std::isnan(value) ? 1U : std::bit_cast<std::uint32_t>(value)})
+             {used, std::isnan(value) ? 1U : std::bit_cast<std::uint32_t>(value),
+              static_cast<std::uint32_t>(restOfInteger - text.c_str()),
+              static_cast<std::uint32_t>(integer), static_cast<std::uint32_t>(leadingInteger(text)),
+              std::bit_cast<std::uint32_t>(leadingFloat(text))})
             sum = (sum ^ part) * 16777619U;
     }
-    EXPECT_EQ(sum, 3488655473U);
+    EXPECT_EQ(sum, 561047940U);
 }

@@ -24,6 +24,9 @@ struct RenderRequest {
     A_Ratio downsampleX{1, 1}; // 1/2: half as wide
     A_Ratio downsampleY{1, 1};
     std::optional<PF_LRect> region; // of the downsampled frame; none: the whole frame
+    // Output of the effect above on the same layer, with the frame's size and resolution; replaces
+    // the pixels of the layer as the effect's input. Null: the layer's source.
+    World* input = nullptr;
 };
 
 struct RenderResult {

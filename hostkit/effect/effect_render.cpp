@@ -48,7 +48,8 @@ PF_Err checkoutLayer(PF_ProgPtr effect, A_long index, A_long checkout_id,
         Layer* layer = layerOfControl(owner, index, static_cast<double>(what_time) / time_scale);
         const PF_LRect most = contentsOf(layer, frame.resolution);
         const LayerPart part = {layer, commonPart(request->rect, most),
-                                request->preserve_rgb_of_zero_alpha != 0};
+                                request->preserve_rgb_of_zero_alpha != 0,
+                                index == 0 ? frame.input : nullptr};
         if (!frame.announced.emplace(checkout_id, part).second)
             return misuse(call, "id " + std::to_string(checkout_id) + " is announced already");
         *result = {part.rect, most};
@@ -111,6 +112,7 @@ public:
     ActiveFrame(Effect& effect, const RenderRequest& request) : current_(effect.frame_) {
         frame.resolution = {request.downsampleX, request.downsampleY};
         frame.componentBytes = effect.componentBytes();
+        frame.input = request.input;
         requireResolution(frame.resolution);
         const Footage* source = effect.layer->source.get();
         if (source == nullptr || source->pixels.componentBytes != frame.componentBytes)
@@ -143,7 +145,7 @@ RenderResult Effect::renderPlain(const RenderRequest& request, World reusedOutpu
         params.push_back(&value);
     RenderResult result;
     result.resultRect = result.maxResultRect = frameOf(layer, frame.resolution);
-    const auto input = checkOutLayer({layer, result.resultRect, true}, frame);
+    const auto input = checkOutLayer({layer, result.resultRect, true, frame.input}, frame);
     values[0].u.ld = input->record;
     makeOutputOf(frame, *layer, result.resultRect, reusedOutput);
     PF_InData inData = inDataAt(request.seconds, frame.resolution);

@@ -223,7 +223,7 @@ std::unique_ptr<CheckedOutWorld> checkOutLayer(const LayerPart& part, Frame& fra
     auto world = std::make_unique<CheckedOutWorld>();
     if (part.layer == nullptr || part.layer->source == nullptr)
         return world;
-    World& pixels = pixelsOf(*part.layer, frame);
+    World& pixels = part.replacement ? *part.replacement : pixelsOf(*part.layer, frame);
     if (part.keepsHiddenRgb || isEmpty(part.rect)) {
         world->record = recordOf(pixels);
         world->record.data = pixels.data.data() + offsetOf(pixels, part.rect.left, part.rect.top);

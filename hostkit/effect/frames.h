@@ -41,15 +41,17 @@ PF_LayerDef recordOf(World& world);
 
 // A request for a part of a layer.
 struct LayerPart {
-    Layer* layer = nullptr;      // null: no layer is chosen
-    PF_LRect rect{};             // in pixels of the layer at the frame's resolution
-    bool keepsHiddenRgb = false; // false: transparent pixels become black
+    Layer* layer = nullptr;       // null: no layer is chosen
+    PF_LRect rect{};              // in pixels of the layer at the frame's resolution
+    bool keepsHiddenRgb = false;  // false: transparent pixels become black
+    World* replacement = nullptr; // pixels instead of the layer's, at the frame's resolution
 };
 
 // State of one render.
 struct Frame {
     Resolution resolution;
     int componentBytes = 1;
+    World* input = nullptr; // replaces the pixels of the effect's own layer; may be null
     std::map<A_long, LayerPart> announced;     // by checkout id
     std::map<const Layer*, World> downsampled; // pixels of each layer that was downsampled
     std::map<A_long, std::unique_ptr<CheckedOutWorld>> checkedOut; // by checkout id

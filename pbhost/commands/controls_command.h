@@ -11,7 +11,7 @@ namespace pbhost {
 struct ControlsRequest {
     std::string file;
     bool asJson = false;
-    bool all = false;      // including hidden controls
+    bool all = false;        // including hidden controls
     FindingOptions findings; // about the kernel or graph
 };
 

@@ -12,7 +12,7 @@ namespace pbhost {
 struct InfoRequest {
     std::string file;
     std::string exportFolder; // for the error log; empty: the user is asked
-    FindingOptions findings; // about the kernel or graph
+    FindingOptions findings;  // about the kernel or graph
 };
 
 // Stores the effect's information about its kernel or graph in `text`, which is valid even when

@@ -1,42 +1,30 @@
-// The command `render`: applies the effect to a picture and writes the result.
+// The command `render`: applies effects to a picture or to the frames of a sequence and writes the
+// result.
 #pragma once
 
+#include <filesystem>
 #include <future>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "pbhost/pictures/picture.h"
-#include "pbhost/session/scene.h"
+#include "pbhost/render/render_plan.h"
 #include "pbhost/session/session.h"
 
 namespace pbhost {
 
-struct RenderRequest {
-    std::string file;    // .pbk or .pbg; empty: given by the project
-    std::string project; // project to open
-    std::vector<std::string> inputs;
-    std::string output;
-    std::vector<std::string> layers;   // CONTROL=PICTURE
-    std::vector<std::string> settings; // CONTROL=V[,V...]
-    std::string downsample = "1";      // X[,Y]: divisor of the resolution
-    std::optional<Depth> depth;        // default: the depth of the project or of the first picture
-    std::string time;                  // seconds; empty: the project's time, or 0
-    std::string size;                  // WIDTHxHEIGHT if there is no picture; empty: 640x360
-    std::string save;                  // project to write; may be empty
-    FindingOptions findings; // about the kernel or graph
-};
+// The folders into which the command writes.
+std::vector<std::filesystem::path> outputFolders(const RenderRequest& request);
 
-// Throws Failure (RenderFailed) if an output file cannot be created; called before the work.
-void checkOutputPlaces(const RenderRequest& request);
+// Starts to read the layer's picture, or makes an empty one, on another thread. The plan must
+// outlive the future.
+std::future<LayerSource> readAhead(const RenderPlan& plan);
 
-// Starts reading the layer's picture on another thread while the session starts. Returns no future
-// if there is no picture or a project names it. The request must outlive the future; get() throws
-// what reading threw.
-std::future<LayerSource> readAhead(const RenderRequest& request);
+// Renders one picture, and writes it and the project.
+void renderPicture(Session& session, const RenderPlan& plan, std::future<LayerSource> layer);
 
-// Renders and writes the output file. Throws Failure and then leaves an existing output file
-// unchanged. Notes go to standard error. Consumes `ahead`.
-void render(Session& session, const RenderRequest& request, std::future<LayerSource> ahead);
+// Renders and writes the output file, or the files of the frames. Returns the text for standard
+// output: the picture if the output is "-". Throws Failure and then leaves an existing output file
+// unchanged. Notes go to standard error.
+std::string render(RenderRequest request, const SessionOptions& options);
 
 } // namespace pbhost

@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <string>
-#include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "pbhost/pictures/picture_formats.h"
 #include "pbhost/process/failure.h"
@@ -18,40 +18,40 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void failRead(const fs::path& path, std::string_view reason) {
-    throw Failure(ExitCode::BadPicture,
-                  "cannot read '" + path.string() + "': " + std::string(reason));
+[[noreturn]] void failRead(const fs::path& path, const Fault& fault) {
+    throw Failure(fault.isUsage ? ExitCode::Usage : ExitCode::BadPicture,
+                  "cannot read '" + path.string() + "': " + fault.reason);
 }
 
-[[noreturn]] void failWrite(const fs::path& path, std::string_view reason) {
-    throw Failure(ExitCode::RenderFailed,
-                  "cannot write '" + path.string() + "': " + std::string(reason));
+[[noreturn]] void failWrite(const fs::path& path, const Fault& fault) {
+    throw Failure(fault.isUsage ? ExitCode::Usage : ExitCode::RenderFailed,
+                  "cannot write '" + path.string() + "': " + fault.reason);
 }
 
 void checkSource(const fs::path& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found)
-        failRead(path, "there is no such file");
+        failRead(path, {"there is no such file"});
     if (error)
-        failRead(path, error.message());
+        failRead(path, {error.message()});
     if (fs::is_directory(status))
-        failRead(path, "it is a folder");
+        failRead(path, {"it is a folder"});
     if (!fs::is_regular_file(status))
-        failRead(path, "it is not a regular file");
+        failRead(path, {"it is not a regular file"});
     if (::access(path.c_str(), R_OK) != 0)
-        failRead(path, "no permission to read it");
+        failRead(path, {"no permission to read it"});
 }
 
 void checkPicture(const fs::path& path, const Picture& picture) {
     const unsigned pixelBytes = bytesPerPixel(picture.depth);
     if (const std::string fault = sizeFault(picture.width, picture.height, pixelBytes);
         !fault.empty())
-        failWrite(path, fault);
+        failWrite(path, {fault});
     const std::size_t used = std::size_t{picture.width} * pixelBytes;
     if (picture.rowBytes < used ||
         picture.pixels.size() < std::size_t{picture.rowBytes} * (picture.height - 1) + used)
-        failWrite(path, "the picture has fewer pixels than its size requires");
+        failWrite(path, {"the picture has fewer pixels than its size requires"});
 }
 
 // Used to replace the temporary name in messages by the user's.
@@ -84,37 +84,75 @@ Picture makePicture(unsigned width, unsigned height, Depth depth) {
     return emptyPicture(width, height, depth);
 }
 
-Picture readPicture(const fs::path& path, std::optional<Depth> depth) {
+Picture readPicture(const fs::path& path, const ReadOptions& options) {
     checkSource(path);
     Picture picture;
-    if (const std::string reason = formats().read(path, depth, picture); !reason.empty())
-        failRead(path, reason);
+    if (const Fault fault = formats().read(path, options, picture); !fault.isNone())
+        failRead(path, fault);
     return picture;
 }
 
 void requirePlace(const fs::path& path) {
     if (const std::string obstacle = obstacleToWriting(path); !obstacle.empty())
-        failWrite(path, obstacle);
+        failWrite(path, {obstacle});
 }
 
-void requireFormat(const fs::path& path) {
+void requireFormat(const fs::path& path, const WriteOptions& options) {
     const std::string extension = path.extension().string();
-    if (!formats().canWrite(extension))
-        failWrite(path, "no picture format is known for the extension '" + extension + "'");
+    if (const Fault fault = formats().checkFormat(extension, options); !fault.isNone())
+        failWrite(path, fault);
 }
 
-void writePicture(const fs::path& path, const Picture& picture) {
+void requireAbsence(const fs::path& path) {
+    std::error_code ignored;
+    if (fs::exists(fs::symlink_status(path, ignored)))
+        failWrite(path, {"it exists, and --no-clobber keeps it", true});
+}
+
+PendingPicture::PendingPicture(fs::path path, bool keepsExisting)
+    : target_(std::move(path)), keepsExisting_(keepsExisting),
+      temporary_(std::make_unique<TemporaryFile>(target_)) {
+    if (const std::error_code error = temporary_->create())
+        failWrite(target_, {error.message()});
+}
+
+PendingPicture::~PendingPicture() = default;
+PendingPicture::PendingPicture(PendingPicture&&) noexcept = default;
+PendingPicture& PendingPicture::operator=(PendingPicture&&) noexcept = default;
+
+const fs::path& PendingPicture::file() const {
+    return temporary_->path;
+}
+
+void PendingPicture::publish() {
+    if (keepsExisting_)
+        requireAbsence(target_);
+    if (const std::error_code error = temporary_->replaceTarget())
+        failWrite(target_, {error.message()});
+}
+
+PendingPicture encodePicture(const fs::path& path, const Picture& picture,
+                             const WriteOptions& options) {
     checkPicture(path, picture);
     requirePlace(path);
-    requireFormat(path);
-    const TemporaryFile temporary(path);
-    if (const std::error_code error = temporary.create())
-        failWrite(path, error.message());
-    const std::string reason = formats().write(temporary.path, picture);
-    if (!reason.empty())
-        failWrite(path, replaceAll(reason, temporary.path.string(), path.string()));
-    if (const std::error_code error = temporary.replaceTarget())
-        failWrite(path, error.message());
+    requireFormat(path, options);
+    PendingPicture pending(path, options.keepsExisting);
+    Fault fault = formats().write(pending.file(), picture, options, pending.isAlphaDropped);
+    if (!fault.isNone()) {
+        fault.reason = replaceAll(fault.reason, pending.file().string(), path.string());
+        failWrite(path, fault);
+    }
+    return pending;
+}
+
+bool writePicture(const fs::path& path, const Picture& picture, const WriteOptions& options) {
+    PendingPicture pending = encodePicture(path, picture, options);
+    pending.publish();
+    return pending.isAlphaDropped;
+}
+
+void setThreadsPerFile(int threads) {
+    formats().setThreads(threads);
 }
 
 } // namespace pbhost

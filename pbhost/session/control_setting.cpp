@@ -60,11 +60,15 @@ std::vector<std::string> splitValues(const std::string& text) {
     return values;
 }
 
+// How a value is stored in a stream.
+enum class Store { Value, Key, HeldKey };
+
 // Applies one setting.
 class Setter {
 public:
-    Setter(hostkit::Effect& owner, const ControlSetting& given, double compSeconds)
-        : effect_(owner), setting_(given), seconds_(compSeconds - owner.layer->inSeconds) {}
+    Setter(hostkit::Effect& owner, const ControlSetting& given, double compSeconds, Store how)
+        : effect_(owner), setting_(given), seconds_(compSeconds - owner.layer->inSeconds),
+          how_(how) {}
 
     void run() {
         const Indices found = find();
@@ -79,8 +83,9 @@ public:
     }
 
     [[noreturn]] void fail(const std::string& why) const {
-        throw Failure(ExitCode::Usage, "--set " + setting_.control + "=" + setting_.value + ": " +
-                                           why + "; the controls are:" + describeControls(effect_));
+        throw Failure(ExitCode::Usage, (how_ == Store::Value ? "--set " : "--key ") +
+                                           setting_.control + "=" + setting_.value + ": " + why +
+                                           "; the controls are:" + describeControls(effect_));
     }
 
 private:
@@ -121,7 +126,17 @@ private:
             hostkit::numbersOf(kind, effect_.control(index).at(seconds_).value);
         for (std::size_t k = 0; k < values.size(); ++k)
             numbers[k] = number(definition, values[k]);
-        effect_.control(index).set({hostkit::valueOf(kind, numbers)}, seconds_);
+        store(effect_.control(index), {hostkit::valueOf(kind, numbers)},
+              kind.format == hostkit::NumberFormat::Truth);
+    }
+
+    void store(hostkit::Stream& stream, const hostkit::StreamValue& value, bool isTruth) const {
+        if (how_ == Store::Value)
+            return stream.set(value, seconds_);
+        const std::size_t key = stream.addKeyframe(seconds_);
+        stream.setKeyframe(key, value);
+        stream.keyframes[key].out =
+            how_ == Store::HeldKey || isTruth ? AEGP_KeyInterp_HOLD : AEGP_KeyInterp_LINEAR;
     }
 
     double number(const PF_ParamDef& definition, const std::string& text) const {
@@ -139,6 +154,7 @@ private:
     hostkit::Effect& effect_;
     const ControlSetting& setting_;
     const double seconds_; // of the layer
+    const Store how_;
 };
 
 } // namespace
@@ -152,7 +168,17 @@ ControlSetting parseSetting(const char* option, const std::string& text) {
 }
 
 void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double seconds) {
-    Setter(effect, setting, seconds).run();
+    Setter(effect, setting, seconds, Store::Value).run();
+}
+
+void applyKey(hostkit::Effect& effect, const ControlSetting& setting, double seconds, bool isHeld) {
+    Setter(effect, setting, seconds, isHeld ? Store::HeldKey : Store::Key).run();
+}
+
+bool hasControl(hostkit::Effect& effect, const std::string& control, bool isLayer) {
+    const Indices all = listedOf(effect, isLayer);
+    return !findByName(effect, all, control, areAlike).empty() ||
+           !findByIndex(all, control).empty();
 }
 
 std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting) {

@@ -21,6 +21,13 @@ ControlSetting parseSetting(const char* option, const std::string& text);
 // name, and for values that are invalid or out of range.
 void applySetting(hostkit::Effect& effect, const ControlSetting& setting, double seconds);
 
+// The same as a keyframe at that time; with `isHeld` the value stays until the next one. The values
+// of checkboxes and popups always do.
+void applyKey(hostkit::Effect& effect, const ControlSetting& setting, double seconds, bool isHeld);
+
+// Whether the effect has a control of that name or index, as the functions here find it.
+bool hasControl(hostkit::Effect& effect, const std::string& control, bool isLayer);
+
 // The index of a layer control, given by its number from 1 or its name. Throws as applySetting
 // does.
 std::size_t findLayerControl(hostkit::Effect& effect, const ControlSetting& setting);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 #include "hostkit/services/json_errors.h"
 #include "pbhost/files/read_file.h"
@@ -11,12 +12,15 @@
 
 namespace pbhost {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 using hostkit::ControlKind;
 using nlohmann::ordered_json;
 
 constexpr int version = 1;
+constexpr int stackVersion = 2;
 constexpr char notAProject[] = ": not a valid project: ";
 
 // Errors of the JSON library get another text.
@@ -55,8 +59,20 @@ std::vector<std::byte> fromHex(const std::string& text) {
     return bytes;
 }
 
+ProjectEffect parseEffect(const ordered_json& json) {
+    return {fromHex(json.at("data").get<std::string>()), json.value("file", ""),
+            json.at("controls")};
+}
+
+FrameClock parseClock(const ordered_json& json) {
+    const FrameClock clock = {json.at("fps").get<double>(), json.at("first").get<long>()};
+    if (!(clock.framesPerSecond >= 0.01 && clock.framesPerSecond <= 10000))
+        throw std::invalid_argument("\"fps\" is not a valid frame rate");
+    return clock;
+}
+
 ProjectFile parse(const ordered_json& json) {
-    if (json.at("version") != version)
+    if (json.at("version") != version && json.at("version") != stackVersion)
         throw std::invalid_argument("version " + json.at("version").dump() + " is unknown");
     ProjectFile project;
     const auto depth = depthOfBits(json.at("depth").get<int>());
@@ -73,24 +89,43 @@ ProjectFile parse(const ordered_json& json) {
         project.width = layer.at("width").get<unsigned>();
         project.height = layer.at("height").get<unsigned>();
     }
-    project.flatBlock = fromHex(json.at("effect").at("data").get<std::string>());
-    project.controls = json.at("effect").at("controls");
+    if (json.contains("clock"))
+        project.clock = parseClock(json.at("clock"));
+    const ordered_json effects =
+        json.contains("effects") ? json.at("effects") : ordered_json::array({json.at("effect")});
+    for (const ordered_json& effect : effects)
+        project.effects.push_back(parseEffect(effect));
+    if (project.effects.empty())
+        throw std::invalid_argument("it has no effects");
     return project;
+}
+
+// The path from the project's folder if the file is below it, otherwise the path itself.
+std::string storedPath(const fs::path& folder, const std::string& file) {
+    const fs::path relative = fs::path(file).lexically_relative(folder);
+    return relative.empty() || *relative.begin() == ".." ? file : relative.string();
 }
 
 // Conversion between a stream's value and the project's, with all digits, so that renders are
 // identical.
-ordered_json storedValue(const Scene& scene, const ControlKind& kind,
+ordered_json storedValue(const Scene& scene, const fs::path& folder, const ControlKind& kind,
                          const hostkit::StreamValue& value) {
     if (kind.numbers == 1)
         return value.value.one_d;
     if (kind.numbers > 1)
         return hostkit::numbersOf(kind, value.value);
     const std::string file = scene.fileOf(value.value.layer_id);
-    return file.empty() ? ordered_json() : ordered_json(file);
+    return file.empty() ? ordered_json() : ordered_json(storedPath(folder, file));
 }
 
-hostkit::StreamValue streamValue(Scene& scene, const ControlKind& kind,
+// What the values of a project are filled in with.
+struct Filling {
+    Scene& scene;
+    const ProjectFile& project;
+    const PictureAdder& addPicture;
+};
+
+hostkit::StreamValue streamValue(const Filling& filling, const ControlKind& kind,
                                  const ordered_json& stored) {
     hostkit::StreamValue value;
     if (kind.numbers > 0) {
@@ -101,9 +136,8 @@ hostkit::StreamValue streamValue(Scene& scene, const ControlKind& kind,
         }
         value.value = hostkit::valueOf(kind, numbers);
     } else if (!stored.is_null()) {
-        const int bytes = scene.effect.componentBytes();
         value.value.layer_id =
-            scene.addLayer(readSource(stored.get<std::string>(), depthOfBits(bytes * 8)));
+            filling.addPicture(filling.project.resolved(stored.get<std::string>()));
     }
     return value;
 }
@@ -118,9 +152,11 @@ void requireFit(const Scene& scene, std::size_t index, const ordered_json& numbe
                                     fault);
 }
 
-hostkit::StreamValue fittingValue(Scene& scene, std::size_t index, const ordered_json& stored) {
+hostkit::StreamValue fittingValue(const Filling& filling, std::size_t index,
+                                  const ordered_json& stored) {
+    const Scene& scene = filling.scene;
     const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
-    const hostkit::StreamValue value = streamValue(scene, kind, stored);
+    const hostkit::StreamValue value = streamValue(filling, kind, stored);
     if (kind.numbers > 0)
         for (const ordered_json& number :
              stored.is_array() ? stored : ordered_json::array({stored}))
@@ -136,22 +172,23 @@ AEGP_KeyframeInterpolationType interpolationOf(const ordered_json& json, const c
     return json.value(side, "linear") == "hold" ? AEGP_KeyInterp_HOLD : AEGP_KeyInterp_LINEAR;
 }
 
-ordered_json storedControl(Scene& scene, std::size_t index) {
+ordered_json storedControl(Scene& scene, const fs::path& folder, std::size_t index) {
     const hostkit::Stream& stream = scene.effect.control(index);
     const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);
     ordered_json json = {{"index", index},
                          {"name", nameOf(scene.effect, index)},
                          {"kind", kind.name},
-                         {"value", storedValue(scene, kind, stream.constant)}};
+                         {"value", storedValue(scene, folder, kind, stream.constant)}};
     for (const hostkit::Keyframe& keyframe : stream.keyframes)
         json["keyframes"].push_back({{"time", keyframe.seconds},
-                                     {"value", storedValue(scene, kind, keyframe.value)},
+                                     {"value", storedValue(scene, folder, kind, keyframe.value)},
                                      {"in", interpolationName(keyframe.in)},
                                      {"out", interpolationName(keyframe.out)}});
     return json;
 }
 
-void fillControl(Scene& scene, const ordered_json& stored) {
+void fillControl(const Filling& filling, const ordered_json& stored) {
+    Scene& scene = filling.scene;
     const auto index = stored.at("index").get<std::size_t>();
     if (index == 0 || index >= scene.effect.definitions.size())
         throw std::invalid_argument("there is no control " + std::to_string(index));
@@ -160,54 +197,99 @@ void fillControl(Scene& scene, const ordered_json& stored) {
         throw std::invalid_argument("control " + std::to_string(index) + " is a " + kind.name);
     hostkit::Stream& stream = scene.effect.control(index);
     stream.keyframes.clear();
-    stream.set(fittingValue(scene, index, stored.at("value")), 0);
+    stream.set(fittingValue(filling, index, stored.at("value")), 0);
     for (const ordered_json& each : stored.value("keyframes", ordered_json::array())) {
         const auto seconds = each.at("time").get<double>();
         if (!isTime(std::abs(seconds))) // layer time, which may be negative
             throw std::invalid_argument("control " + std::to_string(index) +
                                         ": a keyframe's \"time\" is not a valid time");
         const std::size_t at = stream.addKeyframe(seconds);
-        stream.setKeyframe(at, fittingValue(scene, index, each.at("value")));
+        stream.setKeyframe(at, fittingValue(filling, index, each.at("value")));
         stream.keyframes[at].in = interpolationOf(each, "in");
         stream.keyframes[at].out = interpolationOf(each, "out");
     }
 }
 
-ordered_json layerAsJson(const hostkit::Footage& source) {
+ordered_json layerAsJson(const hostkit::Footage& source, const fs::path& folder) {
     if (source.name.empty())
         return {{"width", source.width}, {"height", source.height}};
-    return {{"picture", source.name}};
+    return {{"picture", storedPath(folder, source.name)}};
+}
+
+ordered_json effectAsJson(Scene& scene, const fs::path& folder) {
+    ordered_json controls = ordered_json::array();
+    for (const std::size_t index : listedControls(scene.effect))
+        controls.push_back(storedControl(scene, folder, index));
+    const std::vector<std::byte> block = scene.effect.save();
+    const std::string file = storedPath(folder, pathInBlock(block));
+    ordered_json json = {{"title", scene.effect.title()}};
+    if (fs::path(file).is_relative())
+        json["file"] = file;
+    json["data"] = toHex(block);
+    json["controls"] = controls;
+    return json;
+}
+
+fs::path folderOfProject(const std::string& path) {
+    return fs::absolute(path).lexically_normal().parent_path();
 }
 
 } // namespace
 
 ProjectFile readProject(const std::string& path) {
     const std::string text = readWholeFile(path, ExitCode::Usage);
-    return orFail(ExitCode::Usage, path + notAProject,
-                  [&] { return inPlainWords([&] { return parse(ordered_json::parse(text)); }); });
+    ProjectFile project = orFail(ExitCode::Usage, path + notAProject, [&] {
+        return inPlainWords([&] { return parse(ordered_json::parse(text)); });
+    });
+    project.folder = folderOfProject(path);
+    if (!project.picture.empty())
+        project.picture = project.resolved(project.picture);
+    return project;
 }
 
-void fillControls(Scene& scene, const std::string& path, const ProjectFile& project) {
+std::string ProjectEffect::lastFile() const {
+    return pathInBlock(flatBlock);
+}
+
+std::string ProjectFile::resolved(const std::string& file) const {
+    return (folder / file).string();
+}
+
+std::string ProjectFile::besideProject(const ProjectEffect& effect) const {
+    std::error_code ignored;
+    for (const fs::path& name : {fs::path(effect.file), fs::path(effect.lastFile()).filename()})
+        if (!name.empty() && fs::is_regular_file(folder / name, ignored))
+            return (folder / name).string();
+    return "";
+}
+
+void fillControls(Scene& scene, const std::string& path, const ProjectFile& project,
+                  const ProjectEffect& effect, const PictureAdder& addPicture) {
     orFail(ExitCode::Usage, path + notAProject, [&] {
         inPlainWords([&] {
-            for (const ordered_json& stored : project.controls)
-                fillControl(scene, stored);
+            for (const ordered_json& stored : effect.controls)
+                fillControl({scene, project, addPicture}, stored);
         });
     });
 }
 
-void writeProject(const std::string& path, Scene& scene, double seconds) {
-    ordered_json controls = ordered_json::array();
-    for (const std::size_t index : listedControls(scene.effect))
-        controls.push_back(storedControl(scene, index));
-    const ordered_json json = {{"version", version},
-                               {"depth", scene.effect.componentBytes() * 8},
-                               {"time", seconds},
-                               {"layer", layerAsJson(*scene.layer.source)},
-                               {"effect",
-                                {{"title", scene.effect.title()},
-                                 {"data", toHex(scene.effect.save())},
-                                 {"controls", controls}}}};
+void writeProject(const std::string& path, const std::vector<Scene*>& stack, double seconds,
+                  const std::optional<FrameClock>& clock) {
+    const fs::path folder = folderOfProject(path);
+    ordered_json effects = ordered_json::array();
+    for (Scene* scene : stack)
+        effects.push_back(effectAsJson(*scene, folder));
+    Scene& first = *stack.front();
+    ordered_json json = {{"version", effects.size() == 1 ? version : stackVersion},
+                         {"depth", first.effect.componentBytes() * 8},
+                         {"time", seconds}};
+    if (clock)
+        json["clock"] = {{"fps", clock->framesPerSecond}, {"first", clock->first}};
+    json["layer"] = layerAsJson(*first.layer.source, folder);
+    if (effects.size() == 1)
+        json["effect"] = effects.front();
+    else
+        json["effects"] = effects;
     writeTextFile(path, jsonText(json));
 }
 

@@ -1,20 +1,27 @@
-// A project file: the layer's picture, the effect's flat block, and the values of its controls, as
-// JSON that can be edited by hand:
+// A project file: the layer's picture, the flat block of each effect, and the values of their
+// controls, as JSON that can be edited by hand:
 //
 //   "version": 1, "depth": 8 | 16 | 32, "time": seconds,
+//   "clock": { "fps", "first": the frame at second 0 }, if there are frames,
 //   "layer": { "picture": FILE } or { "width": pixels, "height": pixels },
-//   "effect": { "title", "data": the flat block in hexadecimal digits, "controls": [ { "index",
-//               "name", "kind", "value", and "keyframes" if there are any } ] }
+//   "effect": { "title", "file", "data": the flat block in hexadecimal digits, "controls": [ {
+//               "index", "name", "kind", "value", and "keyframes" if there are any } ] }
 //
-// Only visible controls are stored. The value of a layer control is the file of its picture.
+// Several effects are the list "effects", in version 2. Only visible controls are stored. The value
+// of a layer control is the file of its picture. Files below the project's folder are stored
+// relative to it.
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "pbhost/session/frame_clock.h"
 #include "pbhost/session/scene.h"
 
 namespace pbhost {
@@ -24,24 +31,44 @@ constexpr bool isTime(double seconds) {
     return seconds >= 0 && seconds <= 500000;
 }
 
+struct ProjectEffect {
+    std::vector<std::byte> flatBlock;
+    std::string file; // relative to the project; empty: not stored
+    nlohmann::ordered_json controls = nlohmann::ordered_json::array();
+
+    std::string lastFile() const; // the file's path when the project was written
+};
+
 struct ProjectFile {
+    std::filesystem::path folder; // of the project
     Depth depth = Depth::Bits8;
     double seconds = 0;  // time of the last render
     std::string picture; // the layer's picture; empty: transparent, with this size
     unsigned width = 0;
     unsigned height = 0;
-    std::vector<std::byte> flatBlock;
-    nlohmann::ordered_json controls = nlohmann::ordered_json::array();
+    std::optional<FrameClock> clock;
+    std::vector<ProjectEffect> effects;
+
+    // The path of a file that the project names; relative ones are relative to the project.
+    std::string resolved(const std::string& file) const;
+    // The effect's file beside the project, at its relative path or with its name; empty if there
+    // is none.
+    std::string besideProject(const ProjectEffect& effect) const;
 };
 
 // Throws Failure (Usage) with the file and the reason.
 ProjectFile readProject(const std::string& path);
 
-// Sets the instance's streams to the project's values and reads the pictures of its layer controls.
-// Throws Failure: Usage for unknown controls or invalid values, BadPicture for pictures.
-void fillControls(Scene& scene, const std::string& path, const ProjectFile& project);
+// Adds a layer with that picture.
+using PictureAdder = std::function<AEGP_LayerIDVal(const std::string& picture)>;
 
-// Flattens the instance and writes the project. Throws Failure (RenderFailed).
-void writeProject(const std::string& path, Scene& scene, double seconds);
+// Sets the instance's streams to the project's values and adds the pictures of its layer controls.
+// Throws Failure: Usage for unknown controls or invalid values, and what `addPicture` throws.
+void fillControls(Scene& scene, const std::string& path, const ProjectFile& project,
+                  const ProjectEffect& effect, const PictureAdder& addPicture);
+
+// Flattens the instances and writes the project. Throws Failure (RenderFailed).
+void writeProject(const std::string& path, const std::vector<Scene*>& stack, double seconds,
+                  const std::optional<FrameClock>& clock);
 
 } // namespace pbhost

@@ -15,14 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::shared_ptr<hostkit::Footage> footageOf(LayerSource source) {
-    Picture& picture = source.picture;
-    return hostkit::makeFootage(std::move(source.file),
-                                {static_cast<int>(picture.width), static_cast<int>(picture.height),
-                                 static_cast<int>(componentBytesOf(picture.depth)),
-                                 static_cast<int>(picture.rowBytes), std::move(picture.pixels)});
-}
-
 hostkit::Layer& makeLayer(hostkit::Host& host, LayerSource source) {
     const Picture& picture = source.picture;
     host.project.componentBytes = static_cast<int>(componentBytesOf(picture.depth));
@@ -31,16 +23,23 @@ hostkit::Layer& makeLayer(hostkit::Host& host, LayerSource source) {
     return composition.addLayer("picture", footageOf(std::move(source)));
 }
 
-// The path in a flat block, for messages only; empty if the block is invalid.
-std::string pathIn(const std::vector<std::byte>& block) {
+} // namespace
+
+std::shared_ptr<hostkit::Footage> footageOf(LayerSource source) {
+    Picture& picture = source.picture;
+    return hostkit::makeFootage(std::move(source.file),
+                                {static_cast<int>(picture.width), static_cast<int>(picture.height),
+                                 static_cast<int>(componentBytesOf(picture.depth)),
+                                 static_cast<int>(picture.rowBytes), std::move(picture.pixels)});
+}
+
+std::string pathInBlock(const std::vector<std::byte>& block) {
     const std::string_view bytes(reinterpret_cast<const char*>(block.data()), block.size());
     return bytes.ends_with('\0') ? std::string(readFlatBlock(bytes).filePath) : "";
 }
 
-} // namespace
-
-LayerSource readSource(const std::string& file, std::optional<Depth> depth) {
-    return {readPicture(file, depth), fs::absolute(file).string()};
+LayerSource readSource(const std::string& file, const ReadOptions& options) {
+    return {readPicture(file, options), fs::absolute(file).string()};
 }
 
 LayerSource transparentSource(unsigned width, unsigned height, Depth depth) {
@@ -50,6 +49,10 @@ LayerSource transparentSource(unsigned width, unsigned height, Depth depth) {
 Scene::Scene(Session& owner, LayerSource layerSource)
     : session(owner), layer(makeLayer(owner.host, std::move(layerSource))),
       effect(hostkit::addEffect(*owner.plugin, layer)) {}
+
+Scene::Scene(Scene& above)
+    : session(above.session), layer(above.layer),
+      effect(hostkit::addEffect(*session.plugin, layer)) {}
 
 void Scene::apply(const std::string& file) {
     requireReadable(file);
@@ -63,8 +66,9 @@ void Scene::apply(const std::string& file) {
     requireGraph();
 }
 
-void Scene::open(const std::string& project, const std::vector<std::byte>& flatBlock) {
-    if (pathIn(flatBlock).empty())
+void Scene::open(const std::string& project, const std::vector<std::byte>& flatBlock,
+                 const std::string& otherPlace) {
+    if (pathInBlock(flatBlock).empty())
         throw Failure(
             ExitCode::Usage,
             project +
@@ -72,6 +76,8 @@ void Scene::open(const std::string& project, const std::vector<std::byte>& flatB
     shownName_ = project;
     session.require(effect.open(flatBlock));
     if (!hasGraph(effect)) {
+        if (!otherPlace.empty())
+            session.dialogs.prepare({otherPlace});
         session.require(effect.doDialog()); // the effect opens its file dialog
         session.require(effect.updateParamsUi());
     }
@@ -102,7 +108,7 @@ std::string Scene::fileOf(AEGP_LayerIDVal id) const {
 const std::string& Scene::file() {
     if (!file_.empty())
         return file_;
-    file_ = pathIn(effect.save());
+    file_ = pathInBlock(effect.save());
     session.require(effect.updateParamsUi());
     return file_;
 }

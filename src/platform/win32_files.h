@@ -12,9 +12,8 @@
 
 #include "platform/win32.h"
 
-// The separator between the path of a folder and a name in it, if that is not a backslash. A macro,
-// so that #ifndef can test for it: Windows headers do not define it.
-#define PATH_SEPARATOR u'/'
+// The separator between the path of a folder and a name in it.
+inline constexpr char16_t PATH_SEPARATOR = u'/';
 
 using HANDLE = void*;
 inline const HANDLE INVALID_HANDLE_VALUE =

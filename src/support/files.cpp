@@ -4,11 +4,6 @@
 #include <array>
 #include <memory>
 
-// Without a separator from the platform, it is that of the pattern.
-#ifndef PATH_SEPARATOR
-#define PATH_SEPARATOR u'\\'
-#endif
-
 namespace _JST {
 
 namespace {

@@ -35,7 +35,8 @@ bool isTooLarge(std::string_view number, const Notation& notation) {
     const std::size_t mark = std::min(number.find_first_of(notation.exponentMarks), number.size());
     const std::string_view digits = number.substr(0, mark);
     const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
-    const auto first = static_cast<std::int64_t>(digits.find_first_of(notation.nonZeroDigits));
+    // Without such a digit (the text begins with a sign): -1 for every size of std::size_t.
+    const auto first = static_cast<std::ptrdiff_t>(digits.find_first_of(notation.nonZeroDigits));
     std::string_view exponent = number.substr(std::min(mark + 1, number.size()));
     const bool isNegated = exponent.starts_with('-');
     if (exponent.starts_with('+') || isNegated)

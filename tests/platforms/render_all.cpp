@@ -4,8 +4,10 @@
 //
 // Writes into OUT for each FILE: NAME.8, NAME.16, NAME.32, the pixels of a frame at that depth
 // without padding; NAME.block, the effect's flat block; NAME.values, the values of its controls. If
-// BLOCKS is a folder of such files (not "-"), the instances are opened from these blocks, and a
-// file that is not at the stored path is searched for in the folders of the FILEs.
+// BLOCKS is a folder of such files (not "-"), the instances are opened from these blocks, at 16
+// bits from the same block in the old format, and a file that is not at the stored path is searched
+// for in the folders of the FILEs.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -16,6 +18,7 @@
 #include <vector>
 
 #include "hostkit/calls/ledger.h"
+#include "hostkit/effect/control_kinds.h"
 #include "hostkit/effect/effect.h"
 #include "hostkit/host.h"
 #include "hostkit/module/plugin.h"
@@ -86,7 +89,14 @@ std::vector<AEGP_StreamVal2> valuesOf(Effect& effect) {
     return values;
 }
 
-void open(Effect& effect, const fs::path& stored) {
+// The same block as projects of old stored it: version 0, and the path directly after it.
+std::vector<std::byte> inOldFormat(const std::vector<std::byte>& block) {
+    std::vector<std::byte> old(block.begin() + 4, block.end());
+    std::fill_n(old.begin(), 4, std::byte{0});
+    return old;
+}
+
+void open(Effect& effect, const fs::path& stored, bool isOldFormat) {
     const std::vector<std::byte> bytes = readFile(stored.string() + ".values");
     const auto fillStreams = [&bytes](Effect& opened) {
         for (std::size_t control = 1; control < opened.definitions.size(); ++control)
@@ -94,16 +104,30 @@ void open(Effect& effect, const fs::path& stored) {
                         &bytes.at((control - 1) * sizeof(AEGP_StreamVal2)),
                         sizeof(AEGP_StreamVal2));
     };
-    if (effect.open(readFile(stored.string() + ".block"), fillStreams) != 0)
+    const std::vector<std::byte> block = readFile(stored.string() + ".block");
+    if (effect.open(isOldFormat ? inOldFormat(block) : block, fillStreams) != 0)
         throw std::runtime_error(stored.string() + ": cannot be opened");
+}
+
+// Moves the sliders away from the kernel's defaults, which an opened effect could have by itself.
+void moveSliders(Effect& effect) {
+    for (std::size_t control = 1; control < effect.definitions.size(); ++control) {
+        const PF_ParamDef& definition = effect.definitions[control];
+        Stream& stream = effect.control(control);
+        if (definition.param_type == PF_Param_FIX_SLIDER && !stream.isHidden()) {
+            double& value = stream.constant.value.one_d;
+            value += 0.25 * (kindOf(definition).range(definition.u)->high - value);
+        }
+    }
 }
 
 void start(Effect& effect, const fs::path& file, const std::string& blocks) {
     if (blocks != "-")
-        return open(effect, fs::path(blocks) / file.filename());
+        return open(effect, fs::path(blocks) / file.filename(), effect.componentBytes() == 2);
     Host::current().scripts.answers = {file.string()};
     if (effect.apply() != 0)
         throw std::runtime_error(file.string() + ": cannot be applied");
+    moveSliders(effect);
 }
 
 void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,

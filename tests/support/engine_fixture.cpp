@@ -39,7 +39,7 @@ Pixel pixelAt(const hostkit::World& world, int x, int y) {
     Pixel pixel{};
     for (std::size_t k = 0; k < 4; ++k) {
         const std::byte* channel = &world.data.at(offset(world, x, y)) + channelPlaces[k] * bytes;
-        std::uint16_t whole = 0;
+        std::uint32_t whole = 0; // little-endian
         std::memcpy(bytes == 4 ? static_cast<void*>(&pixel[k]) : &whole, channel, bytes);
         if (bytes != 4)
             pixel[k] = static_cast<float>(whole) / white(bytes);
@@ -51,7 +51,7 @@ void setPixel(hostkit::World& world, int x, int y, const Pixel& pixel) {
     const auto bytes = static_cast<std::size_t>(world.componentBytes);
     for (std::size_t k = 0; k < 4; ++k) {
         const auto whole =
-            static_cast<std::uint16_t>(bytes == 4 ? 0 : std::lround(pixel[k] * white(bytes)));
+            static_cast<std::uint32_t>(bytes == 4 ? 0 : std::lround(pixel[k] * white(bytes)));
         std::memcpy(&world.data.at(offset(world, x, y)) + channelPlaces[k] * bytes,
                     bytes == 4 ? static_cast<const void*>(&pixel[k]) : &whole, bytes);
     }

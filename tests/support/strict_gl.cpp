@@ -1,11 +1,15 @@
 #include "tests/support/strict_gl.h"
 
-#include <dlfcn.h>
-
 #include <utility>
 #include <vector>
 
 #include "bench/texture_bytes.h"
+
+#ifdef _WIN32
+#include "platform/win32.h"
+#else
+#include <dlfcn.h>
+#endif
 
 namespace {
 
@@ -13,7 +17,12 @@ int uploads = 0;
 
 template<class Function>
 Function driversOwn(const char* name) {
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+#ifdef _WIN32
+    void* found = reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("opengl32.dll"), name));
+#else
+    void* found = dlsym(RTLD_NEXT, name);
+#endif
+    return reinterpret_cast<Function>(found);
 }
 
 constexpr std::size_t largestPixel = 16; // bytes

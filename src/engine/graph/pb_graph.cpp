@@ -1,8 +1,8 @@
 #include "engine/graph/pb_graph.h"
 
 #include <algorithm>
+#include <unordered_map>
 
-#include "engine/graph/graph_cycles.h"
 #include "engine/nodes/image_node.h"
 #include "engine/program/glsl_generator.h"
 #include "gpu/errors.h"
@@ -29,6 +29,28 @@ Connection* findInput(NodeBase& node, std::string_view name) {
         if (std::string_view(connection.name.data()).substr(0, pbName().size() - 1) == name)
             return &connection;
     return nullptr;
+}
+
+enum class Visit { Unseen, Open, Closed };
+
+// Reaching an open node means a cycle; a closed one need not be visited again.
+bool meetsOpenNode(const NodeBase& node, std::unordered_map<const NodeBase*, Visit>& visits) {
+    Visit& visit = visits[&node];
+    if (visit != Visit::Unseen)
+        return visit == Visit::Open;
+    visit = Visit::Open;
+    for (const Connection& connection : node.connections)
+        if (connection.source != nullptr && meetsOpenNode(*connection.source, visits))
+            return true;
+    visits[&node] = Visit::Closed;
+    return false;
+}
+
+// True if any node that `output` depends on depends on itself: such a graph cannot be rendered
+// depth first. Visits each node once.
+bool hasCycle(const NodeBase& output) {
+    std::unordered_map<const NodeBase*, Visit> visits;
+    return meetsOpenNode(output, visits);
 }
 
 // Called for each node that the output needs.

@@ -5,10 +5,9 @@
 #include "host/layer.h"
 #include "host/marker.h"
 #include "host/memory.h"
-#include "host/persistent_data.h"
 #include "host/stream.h"
 #include "shell/commands.h"
-#include "shell/instance/file_search.h"
+#include "shell/instance/moved_file.h"
 #include "shell/instance/sequence_data.h"
 #include "support/effect_files.h"
 #include "support/files.h"
@@ -32,21 +31,6 @@ NarrowString markerComment(const PF_InData& inData) {
         return {};
     const std::u16string_view all(characters, units);
     return toNarrow(all.substr(0, all.find(u'\0')));
-}
-
-// On another machine the project's file may have another path: searches for it in the root folder
-// of the preferences.
-void findMovedFile(const PF_InData& inData, SequenceData& sequence) {
-    using File = _JST::File<aeAllocator>;
-    const File file{_JST::String<aeAllocator>(sequence.filePath)};
-    if (file.exists())
-        return;
-    AEO::PersistentData preferences(inData.pica_basicP);
-    const NarrowString root = preferences.getString("Settings_cs_TVM_Launcher", "rootFolder");
-    const _JST::Folder<aeAllocator> folder{_JST::String<aeAllocator>(root.c_str())};
-    _JST::String<aeAllocator> found;
-    if (folder.exists() && searchFile(folder, file.name(), 0, found))
-        sequence.setPath(found.text());
 }
 
 PF_Handle release(std::unique_ptr<SequenceData>& sequence) {

@@ -1,0 +1,37 @@
+// What a frame was made from, kept in a small file for each frame in the folder .pbhost beside the
+// frames. A frame is complete if its recipe is the same and the file is as it was written.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace pbhost {
+
+using Recipe = nlohmann::ordered_json;
+
+// What all frames of a command have in common.
+struct CommonRecipe {
+    std::vector<std::string> effects; // hashes of the kernels and graphs
+    std::string module;               // hash of the module
+    std::string driver;
+    std::string options; // of reading and writing
+};
+
+// The recipe of a frame. `inputs` are the files of its pictures; their sizes and times of change
+// count.
+Recipe recipeOf(const CommonRecipe& common, const std::string& values,
+                const std::vector<std::string>& inputs);
+
+// A hash of the file's content; empty if it cannot be read.
+std::string hashOfFile(const std::filesystem::path& file);
+
+// Stores that the file, which is complete, was made by the recipe. Throws Failure (RenderFailed).
+void storeRecipe(const std::filesystem::path& output, const Recipe& recipe);
+
+// Whether the file is whole and was made by the recipe; otherwise `reason` says why not.
+bool isMadeBy(const std::filesystem::path& output, const Recipe& recipe, std::string& reason);
+
+} // namespace pbhost
