@@ -47,7 +47,7 @@ def test_gcc():
     places = re.findall(r"^(.+?):(\d+):(\d+): (error|warning): .* \[([a-z-]+)\]$", out, re.M)
     assert ("./sub folder/bad, 100%:\u00e9.pbk", "5", "31", "error", "compile-error") in places, out
     assert len([p for p in places if p[3] == "warning"]) == WARNINGS, out
-    assert f"5 files checked: {ERRORS} errors, {WARNINGS} warnings" in err, err
+    assert f"5 files checked: {ERRORS} errors, {WARNINGS} warning" in err, err
     marked = out.splitlines()[[i for i, line in enumerate(out.splitlines()) if "return\tfooo" in line][0] + 1]
     assert marked.endswith(" \t^~~~"), repr(marked)  # a tab stays a tab
 

@@ -364,7 +364,8 @@ TEST_F(Findings, AreAtTheirPlacesInGraphs) {
 }
 
 TEST(SourceTexts, HavePlacesInBytesAndCodeUnits) {
-    const std::string text = "a\r\nb\rc\n\nd\xC3\xA9\xF0\x9D\x84\x9Ee";
+    const std::string text = "a\r\nb\rc\n\nd\xC3\xA9\xF0\x9D\x84\x9E"
+                             "e";
     const SourceText source(text);
     EXPECT_EQ(source.lines(), 5U);
     EXPECT_EQ(source.line(1), "a");

@@ -453,7 +453,7 @@ TEST_F(Pbhost, WarnsAboutWhatTheEffectAccepts) {
           kernelText("parameter float a < defaultVale: 1.0; maxValue: 2.0; >; input image4 "
                      "src; output pixel4 dst; void evaluatePixel() { dst = "
                      "sampleNearest(src, outCoord()); }"));
-    const std::string warning = "odd.pbk:3:21: warning: the key \"defaultVale\" is unknown";
+    const std::string warning = "odd.pbk:3:22: warning: the key \"defaultVale\" is unknown";
     for (const std::string command :
          {"render odd.pbk -i in.png -o out.png ", "controls odd.pbk ", "info odd.pbk "}) {
         SCOPED_TRACE(command);
