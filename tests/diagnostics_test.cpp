@@ -334,16 +334,16 @@ TEST_F(Findings, AreAtTheirPlacesInGraphs) {
         {graphWith(a + with(in, "src", "scr") + out),
          {"9:2 graph-input: input \"src\" of node \"a\"", "12:2 graph-connection: the connection"}},
         {graphWith(a + in + with(out, "'dst'", "'dest'")),
-         {"13:32 graph-connection: kernel \"K\" has no output \"dest\"; there is \"dst\""}},
+         {"13:35 graph-connection: kernel \"K\" has no output \"dest\"; there is \"dst\""}},
         {graphWith(a + in + with(out, "'out'", "'put'")),
-         {"13:46 graph-connection: there is no output image \"put\"; there is \"out\""}},
+         {"13:49 graph-connection: there is no output image \"put\"; there is \"out\""}},
         {graphWith(a + with(in, "fromImage='in'", "fromNode='a'") + out),
          {"9:2 graph-cycle: these nodes form a cycle: \"a\" -> \"a\""}},
         {graphWith(a + in),
          {"1:2 graph-output: no connection leads", "9:11 graph-node: nothing reads node \"a\""}},
         {graphWith(a + in + with(out, "toImage", "toImge")),
          {"1:2 graph-output", "13:2 missing-attribute: the connection has neither \"toImage\" nor",
-          "13:38 unknown-attribute: the attribute \"toImge\" of \"connect\""}},
+          "13:40 unknown-attribute: the attribute \"toImge\" of \"connect\""}},
         {graphWith(a + in + with(out, "/>", ">")),
          {"14:3 xml: XML: \"</graph>\" does not close the innermost element, which is "
           "\"connect\""}},
@@ -354,7 +354,7 @@ TEST_F(Findings, AreAtTheirPlacesInGraphs) {
         {graphWith(a + in + out +
                    "<parameter name='p' type='float'><metadata name='maxValu' value='1'/>"
                    "<metadata name='maxValue' value='1,2'/></parameter>"),
-         {"14:51 unknown-key: the key \"maxValu\"", "14:100 value-count: the value has 2 numbers"}},
+         {"14:50 unknown-key: the key \"maxValu\"", "14:103 value-count: the value has 2 numbers"}},
         {"", {"0:0 no-graph: no node was found"}},
     };
     for (const auto& [text, expected] : cases) {

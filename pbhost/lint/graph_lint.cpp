@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 
 #include "pbhost/diagnostics/wiring.h"
 #include "pbhost/lint/value_check.h"
@@ -47,6 +48,9 @@ public:
             return;
         if (root_ == nullptr || graph_.nodes.empty())
             return lintNoNodes();
+        connects_ = outline_.children(*root_, "connect");
+        for (const pbgNodeInfo& node : graph_.nodes)
+            kernelsById_.emplace(nameText(node.id), kernelOfNode(graph_, node));
         for (const std::size_t child : root_->children)
             lintElement(outline_.elements[child]);
         lintParameters();
@@ -210,7 +214,7 @@ private:
     }
 
     void lintConnects() {
-        for (const XmlElement* element : outline_.children(*root_, "connect")) {
+        for (const XmlElement* element : connects_) {
             const auto has = [&](const char* name) { return element->attribute(name) != nullptr; };
             if (!has("fromImage") && !has("fromNode"))
                 add(Severity::Warning, "missing-attribute", element,
@@ -235,17 +239,15 @@ private:
                         "there is no output image " + inQuotes(nameText(connection.to)) +
                             (image.empty() ? "" : "; there is " + inQuotes(image)));
         const std::string_view from = nameText(connection.fromOutput);
-        for (const pbgNodeInfo& node : graph_.nodes) {
-            if (nameText(node.id) != nameText(connection.from) || from.empty())
-                continue;
-            const pbKernelInfo* kernel = kernelOfNode(graph_, node);
-            if (kernel != nullptr && nameText(kernel->output.name) != from)
-                warnOfValue("graph-connection", *element, "fromOutput",
-                            "kernel " + inQuotes(nameText(kernel->name)) + " has no output " +
-                                inQuotes(from) + "; there is " +
-                                inQuotes(nameText(kernel->output.name)));
+        const auto source = kernelsById_.find(nameText(connection.from));
+        if (from.empty() || source == kernelsById_.end() || source->second == nullptr)
             return;
-        }
+        const pbKernelInfo& kernel = *source->second;
+        if (nameText(kernel.output.name) != from)
+            warnOfValue("graph-connection", *element, "fromOutput",
+                        "kernel " + inQuotes(nameText(kernel.name)) + " has no output " +
+                            inQuotes(from) + "; there is " +
+                            inQuotes(nameText(kernel.output.name)));
     }
 
     void lintIds() {
@@ -276,8 +278,7 @@ private:
     }
 
     const XmlElement* connectElement(std::size_t index) const {
-        const auto all = outline_.children(*root_, "connect");
-        return index < all.size() ? all[index] : nullptr;
+        return index < connects_.size() ? connects_[index] : nullptr;
     }
 
     void lintWiring() {
@@ -301,6 +302,8 @@ private:
     const XmlOutline& outline_;
     DiagnosticList& list_;
     const XmlElement* root_ = nullptr;
+    std::vector<const XmlElement*> connects_; // in the order of the model's connections
+    std::unordered_map<std::string_view, const pbKernelInfo*> kernelsById_; // null: none
 };
 
 } // namespace

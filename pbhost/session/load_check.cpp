@@ -102,9 +102,14 @@ void requireGood(const FileReport& report, const std::string& shownName,
                  const FindingOptions& options) {
     for (const std::string& message : report.messages)
         std::cerr << printable(message) << "\n";
+    constexpr std::size_t mostWarnings = 50; // a file may cause any number
+    std::size_t warnings = 0;
     for (const Diagnostic& each : report.found)
-        if (each.severity == Severity::Error || !options.isQuiet)
+        if (each.severity == Severity::Error || (!options.isQuiet && warnings++ < mostWarnings))
             std::cerr << asGccText(each);
+    if (warnings > mostWarnings)
+        std::cerr << "pbhost: " << warnings - mostWarnings
+                  << " more warnings; to see all: pbhost check FILE\n";
     if (const char* failure = failureOf(report, options.isStrict))
         throw Failure(ExitCode::BadKernel, shownName + failure);
 }
