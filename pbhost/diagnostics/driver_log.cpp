@@ -5,8 +5,6 @@
 #include <charconv>
 #include <optional>
 
-#include "pbhost/commands/translate_command.h"
-
 namespace pbhost {
 
 namespace {
@@ -151,7 +149,9 @@ std::vector<DriverMessage> parseDriverLog(std::string_view log) {
     std::vector<DriverMessage> messages;
     ConsequenceFilter filter;
     bool isLastDropped = false;
-    for (std::string_view line : splitLines(log)) {
+    const SourceText lines(log);
+    for (std::size_t number = 1; number <= lines.lines(); ++number) {
+        std::string_view line = lines.line(number);
         line = line.substr(0, line.find_last_not_of(" \t\r") + 1);
         if (line.empty() || isSummary(line))
             continue;
