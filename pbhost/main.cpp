@@ -17,10 +17,12 @@
 #include "pbhost/commands/check_command.h"
 #include "pbhost/commands/controls_command.h"
 #include "pbhost/commands/info_command.h"
+#include "pbhost/commands/live_command.h"
 #include "pbhost/commands/model_command.h"
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
 #include "pbhost/commands/render_options.h"
+#include "pbhost/commands/submit_command.h"
 #include "pbhost/commands/translate_command.h"
 #include "pbhost/lsp/server.h"
 #include "pbhost/process/child_process.h"
@@ -55,7 +57,7 @@ void addPreferences(CLI::App& command, std::string& file) {
     command.add_option("--prefs", file, "Preferences file (default: the user's own)");
 }
 
-std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command, Job& job) {
+std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
     auto options = std::make_shared<pbhost::SessionOptions>();
     command.add_option("--module", options->module,
                        "The effect module (default: the environment variable TVELMARONDINE_MODULE, "
@@ -67,12 +69,15 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command, Job& job) 
                     "(default: ask on the terminal)")
         ->allow_extra_args(false);
     command.add_flag("--verbose", options->isVerbose, "Show all messages and faults of the module");
+    return options;
+}
+
+void addTimeout(CLI::App& command, Job& job) {
     command
         .add_option("--timeout", job.timeout,
                     "Seconds after which the work is given up (default: no limit)")
         ->check(notNegative())
         ->type_name("SECONDS");
-    return options;
 }
 
 void addFindings(CLI::App& command, pbhost::FindingOptions& options) {
@@ -98,11 +103,64 @@ void addRender(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("render", "Apply kernels or graphs to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
     pbhost::addRenderOptions(*command, *request);
-    const auto options = addSession(*command, job);
+    addTimeout(*command, job);
+    const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.folders = pbhost::outputFolders(*request);
         job.subject = request->files.empty() ? request->project : request->files.front();
         job.work = [request, options] { return pbhost::render(*request, *options); };
+    });
+}
+
+void addSubmit(CLI::App& app, Job& job) {
+    pbhost::addSubmit(
+        app, [](CLI::App& command) { addSession(command); },
+        [&job](std::function<std::string()> work) { job.work = std::move(work); });
+}
+
+void addLive(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("live", "Show the controls and the picture in a browser");
+    auto request = std::make_shared<pbhost::live::LiveRequest>();
+    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
+    command
+        ->add_option("-i,--input", request->inputs,
+                     "A picture, or a sequence's pattern: the first for the layer, all for the "
+                     "choice of layer controls")
+        ->allow_extra_args(false);
+    command->add_option("--project", request->project, "Open this project");
+    command->add_option("--set", request->settings, "A control's first value, as for render")
+        ->allow_extra_args(false);
+    auto size = std::make_shared<std::pair<unsigned, unsigned>>();
+    command
+        ->add_option("--size", *size,
+                     "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)")
+        ->delimiter('x')
+        ->check(CLI::Range(1, 16384));
+    command->add_option("--depth", request->depth, "Bits per channel (default: the picture's)")
+        ->check(CLI::IsMember({8, 16, 32}));
+    command->add_option("--frames", request->frames,
+                        "The frames of the time slider, as for render (default: those on disk)");
+    command->add_option("--fps", request->framesPerSecond, "Frames per second")
+        ->capture_default_str()
+        ->check(CLI::Range(0.01, 1000.0));
+    command->add_option("--listen", request->listen, "The address to listen at")
+        ->capture_default_str();
+    command->add_option("--port", request->port, "The port to listen at (default: a free one)")
+        ->check(CLI::Range(0, 65535));
+    command
+        ->add_option("--timeout", request->timeout,
+                     "Seconds after which a render that does not end is stopped")
+        ->capture_default_str()
+        ->check(CLI::Range(0.1, 86400.0));
+    command->add_flag("--open", request->opensBrowser, "Open the page in the browser");
+    const auto options = addSession(*command);
+    command->callback([&job, request, size, options] {
+        std::tie(request->width, request->height) = *size;
+        job.subject = request->file;
+        job.work = [request, options] {
+            pbhost::serveLive(*request, *options);
+            return std::string();
+        };
     });
 }
 
@@ -114,7 +172,8 @@ void addControls(CLI::App& app, Job& job) {
     command->add_flag("--json", request->asJson, "As one JSON object");
     command->add_flag("--all", request->all, "Hidden controls, too");
     addFindings(*command, request->findings);
-    const auto options = addSession(*command, job);
+    addTimeout(*command, job);
+    const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
@@ -134,7 +193,8 @@ void addInfo(CLI::App& app, Job& job) {
     command->add_option("--export-log", request->exportFolder,
                         "Let the effect write its error log into this folder");
     addFindings(*command, request->findings);
-    const auto options = addSession(*command, job);
+    addTimeout(*command, job);
+    const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
@@ -149,7 +209,8 @@ void addInfo(CLI::App& app, Job& job) {
 
 void addAbout(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("about", "Show the effect's information about OpenGL");
-    const auto options = addSession(*command, job);
+    addTimeout(*command, job);
+    const auto options = addSession(*command);
     command->callback([&job, options] {
         job.work = [options] {
             pbhost::Session session(*options);
@@ -318,8 +379,9 @@ int runJob(const Job& job, bool isForked) {
 
 // Shows an example at the end of each command's help.
 void addExamples(CLI::App& app) {
-    constexpr std::array<std::pair<const char*, const char*>, 11> examples = {{
+    constexpr std::array<std::pair<const char*, const char*>, 12> examples = {{
         {"render", "render examples/twirl.pbk -i examples/pictures/scene.png -o twirl.png"},
+        {"live", "live examples/twirl.pbk -i examples/pictures/scene.png --open"},
         {"controls", "controls examples/blend.pbk"},
         {"info", "info examples/glow.pbg"},
         {"about", "about"},
@@ -357,8 +419,8 @@ int run(int argc, char** argv) {
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
-    for (const auto add : {addRender, addControls, addInfo, addAbout, addHost, addPrefs,
-                           addTranslate, addModel, addCamera, addCheck, addLsp})
+    for (const auto add : {addRender, addSubmit, addLive, addControls, addInfo, addAbout, addHost,
+                           addPrefs, addTranslate, addModel, addCamera, addCheck, addLsp})
         add(app, job);
     addExamples(app);
     requireCommand(app, argc, argv);

@@ -15,17 +15,31 @@ namespace pbhost {
 
 namespace {
 
-std::string findingsAbout(hostkit::Host& host, const std::string& file) {
+Diagnostics findingsAbout(hostkit::Host& host, const std::string& file) {
     try {
         const EffectFile model(host, file);
         const MappedFile mapped(model);
         DiagnosticList list(file, mapped.source);
         lintFile(mapped, list);
         sortDiagnostics(list.found);
-        return asGccText(list.found);
+        return std::move(list.found);
     } catch (const Failure&) { // the file is missing
-        return "";
+        return {};
     }
+}
+
+// Errors, and unless quiet the first warnings, because a file may cause any number.
+std::string shownText(const Diagnostics& found, bool isQuiet) {
+    constexpr std::size_t mostWarnings = 50;
+    std::size_t warnings = 0;
+    std::string text;
+    for (const Diagnostic& each : found)
+        if (each.severity == Severity::Error || (!isQuiet && warnings++ < mostWarnings))
+            text += asGccText(each);
+    if (warnings > mostWarnings)
+        text += "pbhost: " + std::to_string(warnings - mostWarnings) +
+                " more warnings; to see all: pbhost check FILE\n";
+    return text;
 }
 
 bool tellsOfShader(const std::string& message) {
@@ -53,8 +67,8 @@ bool hasGraph(const hostkit::Effect& effect) {
     return effect.title() != std::string(titlePrefix) + titleWithoutGraph;
 }
 
-Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
-                    const std::vector<std::string>& messages) {
+KernelFailure cannotBeRun(hostkit::Host& host, const std::string& shownName,
+                          const std::string& file, const std::vector<std::string>& messages) {
     std::string text = shownName + ": cannot be run:";
     for (const std::string& message : messages)
         if (!message.empty())
@@ -67,8 +81,10 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
                 "\n(set the folder to search: pbhost prefs set rootFolder DIR; or give the file: "
                 "--answer FILE)");
     const bool lacksOpenGl = isFound && messages.front() == openGlLacks;
-    return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel,
-            text + "\n" + (lacksOpenGl ? "" : findingsAbout(host, file))};
+    Diagnostics found = lacksOpenGl ? Diagnostics() : findingsAbout(host, file);
+    const std::string shown = shownText(found, false);
+    return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel, text + "\n" + shown,
+            std::move(found)};
 }
 
 FileReport reportOnFile(Session& session, const std::string& file,
@@ -102,16 +118,10 @@ void requireGood(const FileReport& report, const std::string& shownName,
                  const FindingOptions& options) {
     for (const std::string& message : report.messages)
         std::cerr << printable(message) << "\n";
-    constexpr std::size_t mostWarnings = 50; // a file may cause any number
-    std::size_t warnings = 0;
-    for (const Diagnostic& each : report.found)
-        if (each.severity == Severity::Error || (!options.isQuiet && warnings++ < mostWarnings))
-            std::cerr << asGccText(each);
-    if (warnings > mostWarnings)
-        std::cerr << "pbhost: " << warnings - mostWarnings
-                  << " more warnings; to see all: pbhost check FILE\n";
+    const std::string shown = shownText(report.found, options.isQuiet);
     if (const char* failure = failureOf(report, options.isStrict))
-        throw Failure(ExitCode::BadKernel, shownName + failure);
+        throw KernelFailure(ExitCode::BadKernel, shownName + failure + "\n" + shown, report.found);
+    std::cerr << shown;
 }
 
 } // namespace pbhost

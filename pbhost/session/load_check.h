@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/effect/effect.h"
@@ -12,14 +13,23 @@
 
 namespace pbhost {
 
+// A kernel or graph cannot be used. The message contains the findings as text, too.
+class KernelFailure : public Failure {
+public:
+    KernelFailure(ExitCode exitCode, const std::string& message, Diagnostics findings)
+        : Failure(exitCode, message), found(std::move(findings)) {}
+
+    Diagnostics found;
+};
+
 // Whether the instance has loaded a graph or kernel; if not, its title says so.
 bool hasGraph(const hostkit::Effect& effect);
 
 // The failure for an instance without a graph: the effect's messages, and findings about the file.
 // `shownName` is the user's name of the input, `file` the kernel or graph itself, which may be
 // missing.
-Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
-                    const std::vector<std::string>& messages);
+KernelFailure cannotBeRun(hostkit::Host& host, const std::string& shownName,
+                          const std::string& file, const std::vector<std::string>& messages);
 
 // How findings about a file are treated.
 struct FindingOptions {
@@ -39,7 +49,7 @@ struct FileReport {
 FileReport reportOnFile(Session& session, const std::string& file,
                         const std::vector<std::string>& messages);
 
-// Prints the report to standard error. Throws Failure (BadKernel) if it contains an error or, when
+// Prints the report to standard error. Throws KernelFailure if it contains an error or, when
 // strict, a warning. A program that does not compile is an error even if its log is lost.
 void requireGood(const FileReport& report, const std::string& shownName,
                  const FindingOptions& options);

@@ -1,0 +1,20 @@
+// What a page needs to know about the loaded file and its controls.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "hostkit/host.h"
+#include "pbhost/files/json_text.h"
+#include "pbhost/session/scene.h"
+
+namespace pbhost::live {
+
+// controlAsJson, and: "range" the values that can be typed (also of kinds whose listings do not
+// show it), "slider" the slider's range, "decimals" to show, "label" a checkbox's text.
+Json controlFacts(const Scene& scene, std::size_t index);
+
+// "name", "vendor", "version", "description" of a kernel or graph.
+Json aboutFile(hostkit::Host& host, const std::string& file);
+
+} // namespace pbhost::live

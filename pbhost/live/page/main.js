@@ -1,0 +1,314 @@
+// Starts the page and connects its parts.
+
+import { commandOf } from './command.js';
+import { Connection } from './connection.js';
+import { byId, download, element, toast } from './dom.js';
+import { Panel } from './panel.js';
+import { decode, draw, Renderer } from './renderer.js';
+import { SourceView } from './source_view.js';
+import { Stage } from './stage.js';
+import { State } from './state.js';
+import { TimeBar } from './time_bar.js';
+import { acceptDrops } from './widgets.js';
+
+const channelNames = { composite: ['RGBA', 'Colours over a checkerboard'], color: ['RGB', 'Colours without alpha'],
+                       red: ['R', 'Red'], green: ['G', 'Green'], blue: ['B', 'Blue'], alpha: ['A', 'Alpha'] };
+const formats = { png: 'PNG', tif: 'TIFF', exr: 'OpenEXR', jpg: 'JPEG' };
+
+const state = new State();
+const view = { channels: 'composite', exposure: 0 };
+const connection = new Connection({ onMessage, onClose: () => fail('The server has ended. Start pbhost live again and open its new address.', 'closed') });
+const renderer = new Renderer(connection, state, { onPicture, onFailure, view: () => view,
+                                                   screenScale: () => stage.scale * devicePixelRatio });
+const stage = new Stage(state, { onPixel });
+const panel = new Panel(state, { addFile, choosePicture: (picture) => load({ picture }) });
+const source = new SourceView();
+const timeBar = new TimeBar(state);
+let isLoaded = false; // at least once
+let isDead = false; // the render process ended; a load starts another
+let compared; // what the other canvas shows
+let shown = {}; // facts of the last picture
+
+// Loading.
+
+async function load(changes = {}) {
+  setStatus('loading', 'busy');
+  isDead = false;
+  const isFirst = !isLoaded;
+  const stored = isFirst ? state.stored : undefined;
+  const picture = isPicture(stored?.picture) ? stored.picture : isFirst ? firstPicture() : state.picture;
+  const request = { do: 'load', isFirst, picture, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
+  const reply = await connection.ask(request);
+  if (reply.do === 'failed' && isLoaded && Object.keys(changes).length > 0) {
+    toast(reply.text);
+    return load(); // as before
+  }
+  takeLoaded(reply, !isFirst);
+}
+
+const nameOf = (file) => file.split('/').pop();
+const isPicture = (id) => typeof id === 'number' && state.pictures.some((each) => each.id === id);
+const firstPicture = () => (state.pictures.length > 0 ? 0 : null);
+
+function takeLoaded(reply, keepsValues) {
+  if (reply.do !== 'load') return onFailure(reply);
+  isLoaded = true;
+  renderer.isReady = true;
+  document.body.classList.add('loaded');
+  fail('');
+  source.setErrors(reply.warnings.trim(), []);
+  byId('name').textContent = reply.about.name || reply.title;
+  byId('about').textContent = [nameOf(reply.file), reply.about.description].filter(Boolean).join(' · ');
+  byId('about').title = `${reply.file}\n${reply.about.vendor}, version ${reply.about.version}`;
+  document.title = `${reply.about.name} – pbhost live`;
+  byId('depth').value = reply.depth;
+  byId('exposureField').hidden = reply.depth !== 32;
+  stage.setSize(reply.width, reply.height);
+  state.takeLoaded(reply, keepsValues);
+  stage.makeHandles();
+  panel.build();
+  if (state.keyframes.size > 0) timeBar.show(true);
+  refreshComparison();
+}
+
+// Messages that nobody asked for.
+
+function onMessage(message) {
+  if (message.do === 'hello') {
+    state.pictures = message.pictures;
+    state.clock = message.clock;
+    timeBar.setClock(message.clock);
+    byId('name').textContent = nameOf(message.file);
+    load();
+  } else if (message.do === 'pictures') {
+    state.pictures = message.pictures;
+    panel.update();
+  } else if (message.do === 'source') {
+    source.setText(message.text);
+  } else if (message.do === 'changed') {
+    load();
+  } else if (message.do === 'ended') {
+    isDead = true;
+    renderer.isReady = false;
+    fail(`${message.text} Save the file or change a control to try again.`, 'crashed');
+  }
+}
+
+function onFailure(reply) {
+  if (reply.do === 'ended') return; // shown already
+  renderer.isReady = reply.what !== 'load';
+  source.setErrors(reply.text, reply.places);
+  const [first] = reply.text.split('\n');
+  fail(state.file ? first.replace(state.file, nameOf(state.file)) : first, 'error');
+}
+
+// Shows why the picture is old; an empty text ends that.
+function fail(text, kind = 'error') {
+  byId('notice').textContent = text;
+  byId('notice').hidden = text === '';
+  document.body.classList.toggle('stale', text !== '');
+  setStatus(text === '' ? 'ready' : kind, text === '' ? 'good' : 'bad');
+}
+
+function setStatus(text, kind) {
+  byId('status').textContent = text;
+  byId('status').dataset.kind = kind;
+}
+
+// Pictures.
+
+function onPicture(reply) {
+  stage.show(reply);
+  if (document.body.classList.contains('stale')) fail('');
+  setStatus(reply.encoding === 'jpeg' ? 'preview' : 'ready', 'good');
+  shown = reply;
+  const size = `${state.width} × ${state.height}`;
+  const part = reply.downsample > 1 ? `, 1/${reply.downsample} size` : '';
+  byId('facts').textContent = `${size}, ${state.depth} bits${part} · ${reply.renderMs.toFixed(1)} ms`;
+  if (state.keyframes.size > 0) {
+    panel.update();
+    stage.updateHandles();
+  }
+  requestAnimationFrame(() => {
+    performance.mark('painted', { detail: { change: reply.change, downsample: reply.downsample, encoding: reply.encoding } });
+    document.body.dataset.painted = `${reply.change} ${reply.encoding} ${reply.downsample}`;
+  });
+}
+
+state.addEventListener('change', ({ detail }) => {
+  if (detail.what === 'rest') return renderer.rest();
+  if (detail.what === 'time') timeBar.update();
+  if (detail.what === 'value' || detail.what === 'load') {
+    panel.update(detail.control);
+    stage.updateHandles();
+    timeBar.update();
+  }
+  if (isDead && !detail.moving) return load();
+  renderer.touch(detail.moving);
+});
+
+async function addFile(file) {
+  const response = await fetch(`pictures?name=${encodeURIComponent(file.name)}`, { method: 'POST', body: file });
+  if (!response.ok) {
+    toast(await response.text());
+    return undefined;
+  }
+  const { id, pictures } = await response.json();
+  state.pictures = pictures;
+  panel.update();
+  return id;
+}
+
+// The value of the pixel under the pointer, one question at a time.
+let pixelAsked = false, pixelNext;
+async function onPixel(at) {
+  pixelNext = at;
+  if (!at) byId('pixel').textContent = '';
+  if (pixelAsked || !at || !isLoaded || isDead) return;
+  pixelAsked = true;
+  const scale = shown.downsample ?? 1;
+  const reply = await connection.ask({ do: 'pixel', x: Math.floor(at.x / scale), y: Math.floor(at.y / scale),
+                                       inputX: at.x, inputY: at.y });
+  pixelAsked = false;
+  if (reply.do === 'pixel' && pixelNext) byId('pixel').textContent = pixelText(reply);
+  if (pixelNext && pixelNext !== at) onPixel(pixelNext);
+}
+
+function pixelText({ x, y, output, input }) {
+  const number = (value) => (state.depth === 32 ? value.toFixed(4) : String(value)).padStart(state.depth === 8 ? 3 : 6);
+  const values = (list) => 'RGBA'.split('').map((name, k) => `${name} ${number(list[k])}`).join('  ');
+  const before = input.length > 0 && state.inputs > 0 ? `   input  ${values(input)}` : '';
+  return output.length > 0 ? `${x}, ${y}   ${values(output)}${before}` : '';
+}
+
+// Comparison.
+
+byId('compare').addEventListener('change', refreshComparison);
+
+async function refreshComparison() {
+  const what = byId('compare').value;
+  if (what === 'kept' && !state.kept) keep();
+  if (what === 'kept') stage.other.getContext('2d', { alpha: false }).drawImage(state.kept.canvas, 0, 0);
+  if (what === 'input' && renderer.isReady) {
+    const reply = await connection.ask({ do: 'picture', of: 'input', encoding: renderer.lossless(), ...view });
+    if (reply.do !== 'picture') return;
+    await decode(reply);
+    draw(stage.other, reply);
+  }
+  compared = what === 'off' ? undefined : what;
+  stage.compareWith(compared);
+}
+
+function keep() {
+  const { width, height } = stage.result;
+  const canvas = element('canvas', { width, height });
+  canvas.getContext('2d', { alpha: false }).drawImage(stage.result, 0, 0);
+  state.kept = { canvas, values: state.remember() };
+  byId('restore').disabled = false;
+}
+
+byId('keep').addEventListener('click', () => {
+  keep();
+  toast('Kept; compare with it, or restore its values');
+  if (byId('compare').value === 'kept') refreshComparison();
+});
+byId('restore').addEventListener('click', () => {
+  state.recall(state.kept.values);
+  state.changed('value');
+});
+
+// The view.
+
+function changeView(changes) {
+  Object.assign(view, changes);
+  for (const button of byId('channels').children)
+    button.setAttribute('aria-checked', String(button.dataset.name === view.channels));
+  byId('exposureValue').textContent = view.exposure.toFixed(1);
+  if (!isLoaded) return;
+  renderer.touch(false);
+  if (compared === 'input') refreshComparison();
+}
+
+for (const [name, [text, title]] of Object.entries(channelNames))
+  byId('channels').append(element('button', { type: 'button', role: 'radio', title, 'data-name': name,
+                                              on: { click: () => changeView({ channels: name }) } }, text));
+changeView({});
+byId('exposure').addEventListener('input', (event) => changeView({ exposure: event.target.valueAsNumber }));
+byId('exposureField').addEventListener('dblclick', () => {
+  byId('exposure').value = 0;
+  changeView({ exposure: 0 });
+});
+byId('depth').addEventListener('change', (event) => load({ depth: Number(event.target.value) }));
+byId('fit').addEventListener('click', () => stage.fit());
+byId('full').addEventListener('click', () => stage.full());
+byId('resetAll').addEventListener('click', () => state.reset(state.controls));
+
+const keys = {
+  f: () => stage.fit(), 1: () => stage.full(), '+': () => stage.zoomBy(1.25), '=': () => stage.zoomBy(1.25),
+  '-': () => stage.zoomBy(0.8), k: () => byId('keep').click(), t: () => byId('timeToggle').click(),
+  s: () => byId('sourceToggle').click(), ' ': () => timeBar.play(!timeBar.isPlaying),
+};
+document.addEventListener('keydown', (event) => {
+  const isTyping = event.target.closest('input, select, button, textarea');
+  const action = keys[event.key.toLowerCase()];
+  if (!action || isTyping || event.ctrlKey || event.metaKey || event.altKey) return;
+  event.preventDefault();
+  action();
+});
+
+acceptDrops(byId('stage'), async (file) => {
+  const id = file && (await addFile(file));
+  if (id !== undefined) load({ picture: id });
+});
+
+// Saving.
+
+byId('copyCommand').addEventListener('click', async () => {
+  const command = commandOf(state);
+  try {
+    await navigator.clipboard.writeText(command);
+    toast('Copied: ' + command);
+  } catch {
+    toast(command); // the browser does not allow it
+  }
+});
+
+for (const [extension, name] of Object.entries(formats))
+  byId('saveFormat').append(element('option', { value: extension }, name));
+
+async function save(request, extension) {
+  setStatus('saving', 'busy');
+  const reply = await connection.ask({ ...request, ...state.request() });
+  if (reply.do !== request.do) return onFailure(reply);
+  setStatus('ready', 'good');
+  download(reply.url, `${byId('name').textContent}.${extension}`);
+}
+byId('savePicture').addEventListener('click', () => {
+  const extension = byId('saveFormat').value;
+  save({ do: 'savePicture', extension }, extension);
+});
+byId('saveProject').addEventListener('click', () => save({ do: 'saveProject' }, 'json'));
+byId('openProject').addEventListener('click', () => byId('projectFile').click());
+byId('projectFile').addEventListener('change', async ({ target }) => {
+  const [file] = target.files;
+  target.value = '';
+  if (!file) return;
+  const reply = await connection.ask({ do: 'openProject', text: await file.text() });
+  if (reply.do !== 'load') return onFailure(reply);
+  state.stored = null;
+  takeLoaded(reply, false);
+});
+
+// Dark and light: the system's, until the button is pressed.
+
+function applyTheme(theme) {
+  document.documentElement.dataset.theme = theme;
+  document.documentElement.style.colorScheme = theme;
+}
+const isDark = matchMedia('(prefers-color-scheme: dark)').matches;
+applyTheme(localStorage.getItem('tvelmarondine-theme') ?? (isDark ? 'dark' : 'light'));
+byId('theme').addEventListener('click', () => {
+  const theme = document.documentElement.dataset.theme === 'dark' ? 'light' : 'dark';
+  localStorage.setItem('tvelmarondine-theme', theme);
+  applyTheme(theme);
+});
