@@ -6,10 +6,15 @@
 #include <future>
 #include <iostream>
 #include <memory>
+#include <unistd.h>
+
+#include <array>
 
 #include "command/command_scope.h"
 #include "hostkit/suites/basic_suite.h"
+#include "pbhost/check/reports.h"
 #include "pbhost/commands/camera_command.h"
+#include "pbhost/commands/check_command.h"
 #include "pbhost/commands/controls_command.h"
 #include "pbhost/commands/info_command.h"
 #include "pbhost/commands/live_command.h"
@@ -19,6 +24,7 @@
 #include "pbhost/commands/render_options.h"
 #include "pbhost/commands/submit_command.h"
 #include "pbhost/commands/translate_command.h"
+#include "pbhost/lsp/server.h"
 #include "pbhost/process/child_process.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/process/large_blocks.h"
@@ -34,12 +40,17 @@ struct Job {
     std::function<std::string()> work;          // returns the text to print
     std::vector<std::filesystem::path> folders; // output folders, where temporary files may remain
     std::string subject;                        // the input file's name, for messages
+    double timeout = 0;                         // seconds; 0: no limit
 };
 
 void writeOut(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         throw Failure(ExitCode::RenderFailed, "standard output could not be written");
+}
+
+CLI::Validator notNegative() {
+    return CLI::Validator(CLI::NonNegativeNumber).description("");
 }
 
 void addPreferences(CLI::App& command, std::string& file) {
@@ -61,16 +72,38 @@ std::shared_ptr<pbhost::SessionOptions> addSession(CLI::App& command) {
     return options;
 }
 
-void addStrict(CLI::App& command, bool& isStrict) {
-    command.add_flag("--strict", isStrict,
-                     "Treat warnings about a graph as errors: connections without effect, "
-                     "unconnected inputs");
+void addTimeout(CLI::App& command, Job& job) {
+    command
+        .add_option("--timeout", job.timeout,
+                    "Seconds after which the work is given up (default: no limit)")
+        ->check(notNegative())
+        ->type_name("SECONDS");
+}
+
+void addFindings(CLI::App& command, pbhost::FindingOptions& options) {
+    command.add_flag("--strict", options.isStrict,
+                     "Treat warnings about the kernel or graph as errors");
+    command.add_flag("-q,--quiet", options.isQuiet, "Do not show warnings");
+}
+
+// Runs work(text) and returns the text; prints it even if the work throws a Failure.
+template<class Work>
+std::string printedAnyway(const Work& work) {
+    std::string text;
+    try {
+        work(text);
+        return text;
+    } catch (const Failure&) {
+        writeOut(text);
+        throw;
+    }
 }
 
 void addRender(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("render", "Apply kernels or graphs to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
     pbhost::addRenderOptions(*command, *request);
+    addTimeout(*command, job);
     const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.folders = pbhost::outputFolders(*request);
@@ -138,13 +171,17 @@ void addControls(CLI::App& app, Job& job) {
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_flag("--json", request->asJson, "As one JSON object");
     command->add_flag("--all", request->all, "Hidden controls, too");
-    addStrict(*command, request->isStrict);
+    addFindings(*command, request->findings);
+    addTimeout(*command, job);
     const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
-            pbhost::Session session(*options);
-            return session.finish(pbhost::showControls(session, *request));
+            return printedAnyway([&](std::string& text) {
+                pbhost::Session session(*options);
+                pbhost::showControls(session, *request, text);
+                session.finish("");
+            });
         };
     });
 }
@@ -155,26 +192,24 @@ void addInfo(CLI::App& app, Job& job) {
     command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_option("--export-log", request->exportFolder,
                         "Let the effect write its error log into this folder");
-    addStrict(*command, request->isStrict);
+    addFindings(*command, request->findings);
+    addTimeout(*command, job);
     const auto options = addSession(*command);
     command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
-            std::string text;
-            try {
+            return printedAnyway([&](std::string& text) {
                 pbhost::Session session(*options);
                 pbhost::info(session, *request, text);
-                return session.finish(text);
-            } catch (const Failure&) {
-                writeOut(text);
-                throw;
-            }
+                session.finish("");
+            });
         };
     });
 }
 
 void addAbout(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("about", "Show the effect's information about OpenGL");
+    addTimeout(*command, job);
     const auto options = addSession(*command);
     command->callback([&job, options] {
         job.work = [options] {
@@ -257,6 +292,50 @@ void addTranslate(CLI::App& app, Job& job) {
         [&job, request] { job.work = [request] { return pbhost::translate(*request); }; });
 }
 
+void addCheck(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("check", "Find the faults of kernels and graphs");
+    auto request = std::make_shared<pbhost::CheckCommandRequest>();
+    std::vector<std::string> formats;
+    for (const pbhost::ReportFormat& format : pbhost::reportFormats())
+        formats.emplace_back(format.name);
+    command->add_option("path", request->paths, "Files, and folders with all files below them")
+        ->required();
+    command->add_option("--format", request->format, "gcc, json, sarif, junit, github or gitlab")
+        ->check(CLI::IsMember(formats).description(""))
+        ->type_name("FORMAT")
+        ->capture_default_str();
+    command->add_option("--jobs", request->jobs,
+                        "Processes at a time (default: the number of processors)");
+    command->add_option("--timeout", request->timeout, "Seconds for each file; 0 for no limit")
+        ->check(notNegative())
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    command->add_flag("--werror", request->isStrict, "Fail if there are warnings");
+    command->add_flag("-q,--quiet", request->isQuiet, "Do not show warnings");
+    command->callback([&job, request] {
+        job.work = [request] {
+            return printedAnyway([&](std::string& text) { pbhost::check(*request, text); });
+        };
+    });
+}
+
+void addLsp(CLI::App& app, Job& job) {
+    auto* command = app.add_subcommand("lsp", "Serve an editor as a language server");
+    auto timeout = std::make_shared<double>(30);
+    command->add_option("--timeout", *timeout, "Seconds for each check; 0 for no limit")
+        ->check(notNegative())
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    command->add_flag(
+        "--stdio", [](std::int64_t) {}, "Use standard input and output, which is the only way");
+    command->callback([&job, timeout] {
+        job.work = [timeout] {
+            pbhost::serveLanguage(STDIN_FILENO, STDOUT_FILENO, *timeout);
+            return std::string();
+        };
+    });
+}
+
 void addModel(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("model", "Print the model of a kernel or graph as JSON");
     auto file = std::make_shared<std::string>();
@@ -295,7 +374,27 @@ int runJob(const Job& job, bool isForked) {
         writeOut(job.work());
         return 0;
     };
-    return isForked ? pbhost::runInChild(work, job.subject, job.folders) : work();
+    return isForked ? pbhost::runInChild(work, job.subject, job.folders, job.timeout) : work();
+}
+
+// Shows an example at the end of each command's help.
+void addExamples(CLI::App& app) {
+    constexpr std::array<std::pair<const char*, const char*>, 12> examples = {{
+        {"render", "render examples/twirl.pbk -i examples/pictures/scene.png -o twirl.png"},
+        {"live", "live examples/twirl.pbk -i examples/pictures/scene.png --open"},
+        {"controls", "controls examples/blend.pbk"},
+        {"info", "info examples/glow.pbg"},
+        {"about", "about"},
+        {"host", "host"},
+        {"prefs", "prefs set rootFolder ~/kernels"},
+        {"translate", "translate examples/glow.pbg --node rows --stage fragment"},
+        {"model", "model examples/blur.pbk"},
+        {"camera", "camera --type perspective --zoom 800 --rotation 0 20 0"},
+        {"check", "check examples --format sarif > examples.sarif"},
+        {"lsp", "lsp (an editor starts it; see docs/editors.md)"},
+    }};
+    for (const auto& [command, example] : examples)
+        app.get_subcommand(command)->footer("Example: pbhost " + std::string(example));
 }
 
 constexpr const char* helpHint = "See pbhost --help and pbhost COMMAND --help\n";
@@ -310,17 +409,20 @@ void requireCommand(const CLI::App& app, int argc, char** argv) {
 int run(int argc, char** argv) {
     CLI::App app("Applies Pixel Bender kernels and graphs to pictures.", "pbhost");
     app.require_subcommand(0, 1); // without a command, the help text is printed
-    app.footer("Example: pbhost render blur.pbk -i photo.png -o blurred.png --set Radius=6\n"
+    app.footer("Example: pbhost render examples/blur.pbk -i examples/pictures/scene.png -o "
+               "blurred.png --set Radius=6\n"
                "Exit codes: 0 done, 1 render or write failed, 2 usage, 3 kernel or graph, 4 input "
-               "picture, 5 crash, 130 interrupted.");
+               "picture, 5 crash or time limit, 129 hung up, 130 interrupted, 141 output closed, "
+               "143 terminated.");
     app.set_version_flag("--version", "pbhost " PBHOST_VERSION);
     bool isInOneProcess = false;
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
     for (const auto add : {addRender, addSubmit, addLive, addControls, addInfo, addAbout, addHost,
-                           addPrefs, addTranslate, addModel, addCamera})
+                           addPrefs, addTranslate, addModel, addCamera, addCheck, addLsp})
         add(app, job);
+    addExamples(app);
     requireCommand(app, argc, argv);
     try {
         app.parse(argc, argv);

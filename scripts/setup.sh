@@ -8,8 +8,9 @@ missing_packages() {
     local wanted installed
     wanted=$(cd "$root" && cat "$@")
     # shellcheck disable=SC2086  # split into words
+    # A package that is being configured or waits for another one is there.
     installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' $wanted 2>/dev/null |
-        sed -n 's/^installed //p' | sed 's/:.*//')
+        sed -E '/^(not-installed|config-files|half-installed) /d; s/^[^ ]+ //; s/:.*//')
     comm -23 <(sort <<<"$wanted") <(sort <<<"$installed")
 }
 
@@ -30,10 +31,16 @@ install_packages() {
     fi
     # shellcheck disable=SC2086
     echo "Installing:" $missing
-    as_root apt-get update -qq
+    local log
+    log=$(mktemp)
     # shellcheck disable=SC2086
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-        $missing >/dev/null
+    if ! { as_root apt-get update -qq &&
+        as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing; } \
+        >"$log" 2>&1; then
+        echo "The packages could not be installed: $(grep -m1 '^E: ' "$log" || tail -n 1 "$log") (see $log)" >&2
+        return 1
+    fi
+    rm -f "$log"
 }
 
 # build FOLDER [CMAKE OPTION...]: configures if needed (the first time, or with other options) and

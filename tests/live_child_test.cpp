@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "pbhost/live/child/encoding.h"
-#include "pbhost/live/child/error_places.h"
 #include "pbhost/live/child/message.h"
 #include "pbhost/live/child/render_child.h"
 #include "pbhost/live/child/work.h"
@@ -296,18 +295,4 @@ TEST_F(LiveChild, CrashesAlone) {
     const pid_t second = child_->process();
     child_.reset();
     EXPECT_NE(kill(second, 0), 0) << "the process was not ended";
-}
-
-TEST(LiveErrorPlaces, AreTheQuotedLines) {
-    const std::string source = "a\n  dst = sampleNeares(src);\r\nb\n";
-    const std::string message =
-        "wrong.pbk: does not compile.\nThe OpenGL driver says:\n"
-        "  Wrong, vertex: 0:72(16): error: no function with name 'sampleNeares'\n"
-        "      dst = sampleNeares(src);\n  Wrong, link: error: other\n      not in the source\n";
-    const auto places = pbhost::live::errorPlaces(message, source);
-    ASSERT_EQ(places.size(), 1U);
-    EXPECT_EQ(places[0].line, 2U);
-    EXPECT_EQ(places[0].column, 9U);
-    EXPECT_EQ(places[0].message, "no function with name 'sampleNeares'");
-    EXPECT_TRUE(pbhost::live::errorPlaces("", "").empty());
 }

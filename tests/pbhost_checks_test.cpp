@@ -105,8 +105,10 @@ TEST_F(Wiring, FaultsNameNodeInputAndAlternatives) {
         ASSERT_EQ(readGraphText(text + "</graph>", graph), 0);
         const auto [errors, warnings] = pbhost::checkWiring(graph);
         EXPECT_EQ(errors.size(), errorCount);
-        Texts all = errors;
-        all.insert(all.end(), warnings.begin(), warnings.end());
+        Texts all;
+        for (const auto* faults : {&errors, &warnings})
+            for (const pbhost::WiringFault& fault : *faults)
+                all.push_back(fault.text);
         EXPECT_THAT(all, Pointwise(ContainsText(), messages));
     }
 }
@@ -120,9 +122,11 @@ TEST_F(Wiring, LimitsMessagesAndAllowsLongChains) {
                 element("x>" + std::to_string(i) + ".no");
     pbGraphInfo graph;
     ASSERT_EQ(readGraphText(text + "</graph>", graph), 0);
-    const Texts warnings = pbhost::checkWiring(graph).warnings;
+    // Connections in turn lead to an input that there is and to one that there is not.
+    const auto warnings = pbhost::checkWiring(graph).warnings;
     EXPECT_EQ(warnings.size(), 21u);
-    EXPECT_EQ(warnings.back(), "and others");
+    EXPECT_EQ(warnings.back().text, "and others");
+    EXPECT_EQ(warnings[19].index, 39u);
     EXPECT_EQ(pbhost::namesLike("glow", {"a", "b", "c", "grow", "d", "e", "f", "glowing"}),
               "there are \"grow\", \"glowing\", \"a\", \"b\", \"c\", \"d\" and others");
     EXPECT_EQ(pbhost::namesLike("glow", {}), "there are none");

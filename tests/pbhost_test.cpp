@@ -166,11 +166,15 @@ TEST_F(Pbhost, ExplainsItsFailures) {
         {"render missing.pbk -o old.png", 3, {"missing.pbk", "No such file"}},
         {"render empty.pbk -o old.png", 3, {"empty.pbk", "no kernel was found"}},
         {"render pixel3.pbk -o old.png", 3, {"pixel3.pbk", "output must have four channels"}},
-        {"render broken.pbk -i in.png -o old.png", 3, {"Mine, vertex", "dst = sampleNearst(src"}},
+        {"render broken.pbk -i in.png -o old.png",
+         3,
+         {"broken.pbk:5:7: error: no function with name 'sampleNearst'", "dst = sampleNearst(src"}},
         {"render broken.pbk -o old.png --verbose", 3, {"Info: !!!Mine", "** vglsl **"}},
-        {"render broken.pbg -i in.png -o old.png", 3, {"runs kernel \"Mine\"", "  a, vertex"}},
+        {"render broken.pbg -i in.png -o old.png",
+         3,
+         {"broken.pbg:6:7: error: ", "'sampleNearst' (node"}},
         {"render lost.pbg -o old.png", 3, {"node \"b\": the graph has no kernel \"Lost\""}},
-        {"render loose.pbg -o old.png --strict", 3, {"warning: input \"src\""}},
+        {"render loose.pbg -o old.png --strict", 3, {"loose.pbg:", "warning: input \"src\""}},
         {"render short.pbk -o old.png", 3, {"short.pbk: cannot be read: only", "4096 bytes"}},
         {"render missing.pbk -o stdout.png", 1, {"stdout.png", "an open file of a process"}},
         {"render mem.pbk -o old.png", 3, {"mem.pbk", "Input/output error"}},
@@ -259,7 +263,7 @@ TEST_F(Pbhost, CopiesEveryValueAtEveryDepth) {
         {"copy.pbk", Depth::Bits16, "16.png", ""},
         {"copy.pbk", Depth::Bits32, "32.exr", ""},
         {"half.pbg", Depth::Bits8, "half.png",
-         "pbhost: warning: half.pbg: input \"src\" of node \"b\""},
+         "half.pbg:7:42: warning: input \"src\" of node \"b\""},
     };
     for (const auto& [file, depth, name, note] : cases) {
         pbhost::writePicture(name, paint(depth));
@@ -398,4 +402,87 @@ TEST_F(Pbhost, ShowsTextsAndModels) {
     EXPECT_EQ(json::parse(run("model '" + dissolve + "'").out)["connections"][2],
               json::parse(R"({"from": "scatter", "fromOutput": "dst", "to": "dst", "toInput": "",
                               "kind": "ToOutputImage"})"));
+}
+
+TEST_F(Pbhost, WarnsAboutWhatTheEffectAccepts) {
+    write("odd.pbk",
+          kernelText("parameter float a < defaultVale: 1.0; maxValue: 2.0; >; input image4 "
+                     "src; output pixel4 dst; void evaluatePixel() { dst = "
+                     "sampleNearest(src, outCoord()); }"));
+    const std::string warning = "odd.pbk:3:22: warning: the key \"defaultVale\" is unknown";
+    for (const std::string command :
+         {"render odd.pbk -i in.png -o out.png ", "controls odd.pbk ", "info odd.pbk "}) {
+        SCOPED_TRACE(command);
+        const Result result = run(command);
+        result.expectSuccess();
+        EXPECT_NE(result.err.find(warning), std::string::npos) << result.err;
+        EXPECT_EQ(run(command + "-q").err, "");
+        const Result strict = run(command + "--strict");
+        EXPECT_EQ(strict.code, 3);
+        EXPECT_NE(strict.err.find("--strict"), std::string::npos) << strict.err;
+    }
+    write("broken.json", "{");
+    const Result lenient = run("controls copy.pbk --prefs broken.json");
+    lenient.expectSuccess();
+    EXPECT_NE(
+        lenient.err.find("broken.json: not a preferences file: line 1, column 2: this is not"),
+        std::string::npos)
+        << lenient.err;
+    EXPECT_EQ(bytesOf("broken.json"), "{");
+}
+
+TEST_F(Pbhost, ShowsControlsWithTheirNotes) {
+    write("notes.pbk",
+          kernelText(
+              "parameter float2 a < maxValue: float2(1.0, 1.0); description: \"Both parts\"; >;\n"
+              "parameter int m < aeUIControl: \"aePopup\"; aePopupString: \"x|y\"; >;\n"
+              "input image4 one; input image3 two; output pixel4 dst;\n"
+              "void evaluatePixel() { dst = wrong; }"));
+    const Result result = run("controls notes.pbk --json");
+    EXPECT_EQ(result.code, 3); // it does not compile, and is shown all the same
+    EXPECT_NE(result.err.find("error: `wrong' undeclared"), std::string::npos) << result.err;
+    const json controls = json::parse(result.out)["controls"];
+    ASSERT_EQ(controls.size(), 4U);
+    EXPECT_EQ(controls[0]["image"], "image3");
+    EXPECT_EQ(controls[1]["choices"], json({"x", "y"}));
+    EXPECT_EQ(controls[2]["description"], "Both parts");
+    EXPECT_EQ(controls[3]["description"], "Both parts");
+}
+
+// As many parameters as there are controls, and one more of each kind.
+TEST_F(Pbhost, WarnsAboutParametersWithoutControl) {
+    const std::tuple<std::string, std::string, int> kinds[] = {
+        {"int", "", 10},
+        {"float", "", 50},
+        {"bool", "", 20},
+        {"float2", "aeUIControl: \"aePoint\";", 10},
+        {"float", "aeUIControl: \"aeAngle\";", 10},
+        {"float4", "aeUIControl: \"aeColor\";", 10},
+        {"int", "aeUIControl: \"aePopup\";", 10}};
+    std::string text;
+    int names = 0;
+    for (const auto& [type, hint, count] : kinds)
+        for (int i = 0; i <= count; ++i)
+            text += "parameter " + type + " p" + std::to_string(names++) + " < maxValue: 1; " +
+                    hint + " >;\n";
+    write("many.pbk",
+          kernelText(text + "output pixel4 dst; void evaluatePixel() { dst = float4(1.0); }"));
+    const Result result = run("controls many.pbk --json");
+    result.expectSuccess();
+    EXPECT_EQ(json::parse(result.out)["controls"].size(), 120U);
+    std::size_t warnings = 0;
+    for (std::size_t at = result.err.find("[too-many-parameters]"); at != std::string::npos;
+         at = result.err.find("[too-many-parameters]", at + 1))
+        ++warnings;
+    EXPECT_EQ(warnings, std::size(kinds));
+}
+
+TEST_F(Pbhost, GivesUpAtTheTimeLimit) {
+    write("slow.pbk", kernelText("output pixel4 dst; void evaluatePixel() { float sum = 0.0;\n"
+                                 "for (int i = 0; i < 60000; ++i) sum = sin(sum + outCoord().x);\n"
+                                 "dst = float4(sum); }"));
+    run("render slow.pbk --size 4000x4000 -o old.png --timeout 0.5")
+        .expectFailure(5, {"slow.pbk: not done in the time of --timeout; nothing was written"});
+    EXPECT_FALSE(hasTemporaries());
+    run("render copy.pbk -i in.png -o out.png --timeout 1000").expectSuccess();
 }

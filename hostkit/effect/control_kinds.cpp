@@ -334,6 +334,15 @@ std::vector<std::string> choicesOf(const PF_PopupDef& popup) {
     return choices;
 }
 
+std::vector<std::string> namedChoicesOf(const PF_PopupDef& popup) {
+    std::vector<std::string> choices = choicesOf(popup);
+    const std::string_view names = popup.u.namesptr;
+    const auto count = names.empty() ? 0 : std::ranges::count(names, '|') + 1;
+    if (count > 0 && count == std::ssize(choices) - 1)
+        choices.pop_back();
+    return choices;
+}
+
 const Item& frameItem(const Layer& layer) {
     if (layer.source != nullptr)
         return *layer.source;

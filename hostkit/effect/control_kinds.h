@@ -89,6 +89,10 @@ bool hasNamesForChoices(const PF_PopupDef& popup);
 // The texts of a popup's choices; a choice without a text gets its number.
 std::vector<std::string> choicesOf(const PF_PopupDef& popup);
 
+// The same without a last choice that has no text although all others have one: the effect counts
+// one choice more than there are names.
+std::vector<std::string> namedChoicesOf(const PF_PopupDef& popup);
+
 // The item that defines the layer's size at full resolution: its source, or else the composition.
 const Item& frameItem(const Layer& layer);
 

@@ -9,6 +9,7 @@
 
 #include "hostkit/services/complete_file.h"
 #include "hostkit/services/file_lock.h"
+#include "hostkit/services/json_errors.h"
 
 namespace hostkit {
 
@@ -31,7 +32,7 @@ Values readFile(const fs::path& file) {
     try {
         return nlohmann::json::parse(stream).get<Values>();
     } catch (const nlohmann::json::exception& error) {
-        throw failure(file, std::string("not a preferences file: ") + error.what());
+        throw failure(file, "not a preferences file: " + plainJsonError(error));
     }
 }
 
@@ -39,7 +40,7 @@ std::string toJson(const fs::path& file, const Values& values) {
     try {
         return nlohmann::json(values).dump(4) + "\n";
     } catch (const nlohmann::json::exception& error) { // for example text that is not valid UTF-8
-        throw failure(file, error.what());
+        throw failure(file, plainJsonError(error));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "pbhost/files/printable.h"
 #include "pbhost/session/control_list.h"
+#include "pbhost/session/control_notes.h"
 #include "pbhost/session/scene.h"
 
 namespace pbhost {
@@ -34,6 +35,9 @@ Row rowOf(const Json& control) {
         joined(control["choices"].is_null() ? Json::array() : control["choices"], "|");
     if (!control["display"].is_null())
         notes = control["display"].get<std::string>();
+    for (const char* key : {"image", "description"})
+        if (control.contains(key))
+            notes.append(notes.empty() ? "" : ", ").append(control[key].get<std::string>());
     if (control["hidden"] == true)
         notes.append(notes.empty() ? "" : ", ").append("hidden");
     return {cell(control["index"]),
@@ -62,20 +66,27 @@ std::string table(const std::vector<Row>& rows) {
 
 } // namespace
 
-std::string showControls(Session& session, const ControlsRequest& request) {
+void showControls(Session& session, const ControlsRequest& request, std::string& text) {
     Scene scene(session, transparentSource(emptyLayerWidth, emptyLayerHeight, Depth::Bits8));
     scene.apply(request.file);
-    scene.checkPrograms();
-    scene.checkWiring(request.isStrict);
     Json controls = Json::array();
-    for (const std::size_t index : listedControls(scene.effect, request.all))
-        controls.push_back(controlAsJson(scene.effect, index, 0));
-    if (request.asJson)
-        return jsonText(Json{{"title", scene.effect.title()}, {"controls", controls}});
+    const ControlNotes notes = notesOf(session.host, request.file);
+    for (const std::size_t index : listedControls(scene.effect, request.all)) {
+        Json control = controlAsJson(scene.effect, index, 0);
+        const std::string description = descriptionOf(notes, nameOf(scene.effect, index));
+        if (!description.empty())
+            control["description"] = description;
+        if (hostkit::isLayerControl(scene.effect.definitions[index]) &&
+            index < notes.imageTypes.size())
+            control["image"] = notes.imageTypes[index];
+        controls.push_back(control);
+    }
     std::vector<Row> rows = {{"index", "name", "kind", "value", "default", "range", ""}};
     for (const Json& control : controls)
         rows.push_back(rowOf(control));
-    return printable(scene.effect.title() + "\n" + table(rows));
+    text = request.asJson ? jsonText(Json{{"title", scene.effect.title()}, {"controls", controls}})
+                          : printable(scene.effect.title() + "\n" + table(rows));
+    scene.checkFile(request.findings);
 }
 
 } // namespace pbhost

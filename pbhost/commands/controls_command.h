@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "pbhost/session/load_check.h"
 #include "pbhost/session/session.h"
 
 namespace pbhost {
@@ -10,11 +11,12 @@ namespace pbhost {
 struct ControlsRequest {
     std::string file;
     bool asJson = false;
-    bool all = false;      // including hidden controls
-    bool isStrict = false; // fail on warnings about the graph
+    bool all = false;        // including hidden controls
+    FindingOptions findings; // about the kernel or graph
 };
 
-// The effect's title and its controls, as a table or as one JSON object. Throws Failure.
-std::string showControls(Session& session, const ControlsRequest& request);
+// Stores the effect's title and its controls in `text`, as a table or as one JSON object. The text
+// is valid even when Failure is thrown because the kernel does not compile.
+void showControls(Session& session, const ControlsRequest& request, std::string& text);
 
 } // namespace pbhost

@@ -54,16 +54,19 @@ void info(Session& session, const InfoRequest& request, std::string& text) {
                       request.exportFolder + ": the error log could not be written");
     text = alerts.text + "\n";
     if (request.exportFolder.empty()) {
-        scene.checkPrograms();
-        scene.checkWiring(request.isStrict);
+        scene.checkFile(request.findings);
         return;
     }
     for (const std::string& message : scene.messages)
         if (!message.empty())
             std::cerr << printable(message) << "\n";
-    if (!wasAsked(session, exportedTitle))
+    if (wasAsked(session, exportedTitle))
+        std::cerr << "pbhost: note: the error log is in " << request.exportFolder << errorLogFile
+                  << "\n";
+    else
         std::cerr << "pbhost: note: there is no error log\n";
-    scene.checkWiring(request.isStrict);
+    scene.messages.clear(); // shown, and what they tell of is in the log
+    scene.checkFile(request.findings);
 }
 
 std::string about(Session& session) {

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "pbhost/session/load_check.h"
 #include "pbhost/session/session.h"
 
 namespace pbhost {
@@ -11,7 +12,7 @@ namespace pbhost {
 struct InfoRequest {
     std::string file;
     std::string exportFolder; // for the error log; empty: the user is asked
-    bool isStrict = false;    // fail on warnings about the graph
+    FindingOptions findings;  // about the kernel or graph
 };
 
 // Stores the effect's information about its kernel or graph in `text`, which is valid even when

@@ -124,8 +124,6 @@ void addSequence(CLI::App& command, SequenceRequest& request) {
                     "Report frames on standard error: auto, json for programs, none")
         ->check(CLI::IsMember({"auto", "json", "none"}))
         ->capture_default_str();
-    command.add_flag_callback(
-        "-q,--quiet", [&request] { request.progress = "none"; }, "The same as --progress none");
 }
 
 } // namespace
@@ -135,9 +133,15 @@ void addRenderOptions(CLI::App& command, RenderRequest& request) {
     addControls(command, request);
     addPictures(command, request.pictures);
     addSequence(command, request.sequence);
-    command.add_flag("--strict", request.isStrict,
-                     "Treat warnings about a graph as errors: connections without effect, "
-                     "unconnected inputs");
+    command.add_flag("--strict", request.findings.isStrict,
+                     "Treat warnings about the kernel or graph as errors");
+    command.add_flag_callback(
+        "-q,--quiet",
+        [&request] {
+            request.sequence.progress = "none";
+            request.findings.isQuiet = true;
+        },
+        "Do not show warnings, and no progress");
 }
 
 } // namespace pbhost

@@ -1,5 +1,9 @@
 #include "pbhost/commands/translate_command.h"
 
+#include <optional>
+#include <string_view>
+#include <vector>
+
 #include "engine/program/glsl_generator.h"
 #include "pbhost/files/effect_file.h"
 #include "pbhost/files/printable.h"
@@ -8,6 +12,39 @@
 namespace pbhost {
 
 namespace {
+
+// The shaders of one program.
+struct ProgramTexts {
+    NarrowString vertex;
+    NarrowString fragment;
+};
+
+std::vector<std::string_view> splitLines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const std::size_t end = text.find('\n');
+        lines.push_back(text.substr(0, end));
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    }
+    return lines;
+}
+
+ProgramTexts kernelTexts(const pbKernelInfo& kernel, std::uint32_t order) {
+    ProgramTexts texts;
+    generateKernelShaders(kernel, texts.vertex, texts.fragment, order);
+    return texts;
+}
+
+std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view id,
+                                      std::uint32_t order) {
+    for (std::size_t i = 0; i < graph.nodes.size(); ++i) {
+        ProgramTexts texts;
+        if (nameText(graph.nodes[i].id) == id &&
+            generateNodeShaders(graph, i, texts.vertex, texts.fragment, order) == 0)
+            return texts;
+    }
+    return std::nullopt;
+}
 
 void appendNumbered(std::string& shown, const char* title, std::string_view text) {
     shown.append("---- ").append(title).append(" ----\n");
@@ -50,33 +87,6 @@ std::string translateNode(const TranslateRequest& request, const pbGraphInfo& gr
 }
 
 } // namespace
-
-std::vector<std::string_view> splitLines(std::string_view text) {
-    std::vector<std::string_view> lines;
-    while (!text.empty()) {
-        const std::size_t end = text.find('\n');
-        lines.push_back(text.substr(0, end));
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    }
-    return lines;
-}
-
-ProgramTexts kernelTexts(const pbKernelInfo& kernel, std::uint32_t order) {
-    ProgramTexts texts;
-    generateKernelShaders(kernel, texts.vertex, texts.fragment, order);
-    return texts;
-}
-
-std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view id,
-                                      std::uint32_t order) {
-    for (std::size_t i = 0; i < graph.nodes.size(); ++i) {
-        ProgramTexts texts;
-        if (nameText(graph.nodes[i].id) == id &&
-            generateNodeShaders(graph, i, texts.vertex, texts.fragment, order) == 0)
-            return texts;
-    }
-    return std::nullopt;
-}
 
 std::string translate(const TranslateRequest& request) {
     if (!isGraphFile(request.file) && !request.node.empty())

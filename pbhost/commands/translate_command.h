@@ -2,25 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <vector>
-
-#include "pixelbender/model.h"
 
 namespace pbhost {
-
-// The shaders of one program.
-struct ProgramTexts {
-    NarrowString vertex;
-    NarrowString fragment;
-};
-
-ProgramTexts kernelTexts(const pbKernelInfo& kernel, std::uint32_t order);
-
-// The shaders of the node with that id; nothing if there is no such node or it has no kernel.
-std::optional<ProgramTexts> nodeTexts(const pbGraphInfo& graph, std::string_view id,
-                                      std::uint32_t order);
 
 struct TranslateRequest {
     std::string file;
@@ -31,8 +15,5 @@ struct TranslateRequest {
 
 // The text that the command prints. Creates a host. Throws Failure.
 std::string translate(const TranslateRequest& request);
-
-// The lines of a text, without line ends.
-std::vector<std::string_view> splitLines(std::string_view text);
 
 } // namespace pbhost

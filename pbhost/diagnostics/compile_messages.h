@@ -1,18 +1,16 @@
-// Turns the driver's log of a failed program into readable messages: each with the source line that
-// it refers to, and without the duplicates that come from text shared by both stages.
+// Turns the driver's log of a failed program into findings about the kernel or graph file.
 #pragma once
 
-#include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "pbhost/commands/translate_command.h"
+#include "pbhost/diagnostics/diagnostic.h"
+#include "pbhost/diagnostics/mapped_file.h"
 
 namespace pbhost {
 
-// One entry of the engine's error log.
+// The log of one step of making a program.
 struct CompileFailure {
     std::string name; // name of the kernel, or node id in a graph
     char stage;       // 'v' or 'f'; 'l' for linking
@@ -22,9 +20,11 @@ struct CompileFailure {
 // Parses an exported error log; the description of the system at its start is skipped.
 std::vector<CompileFailure> readErrorLog(std::string_view log);
 
-// Returns the shaders of the program with that name, if there are any.
-using FindTexts = std::function<std::optional<ProgramTexts>(const std::string& name)>;
-
-std::string describe(const std::vector<CompileFailure>& failures, const FindTexts& findTexts);
+// Adds the messages of a log to the list: each at its place in the file, in the words of the kernel
+// language. A message about text that is not from the file says so and has no line. Warnings are
+// added only with `hasWarnings`. Call sortDiagnostics on the list at the end, because both stages
+// report the errors of the text that they share.
+void addDriverMessages(DiagnosticList& list, const MappedProgram& program,
+                       const CompileFailure& failure, bool hasWarnings);
 
 } // namespace pbhost

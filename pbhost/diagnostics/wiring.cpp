@@ -21,21 +21,6 @@ std::string quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
 }
 
-// Levenshtein distance.
-std::size_t editDistance(std::string_view from, std::string_view to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
-
 Names namesOf(const auto& named) {
     Names names;
     for (const auto& each : named)
@@ -83,11 +68,16 @@ private:
     };
 
     // Text is built only for messages that are shown, because a file may cause any number of them.
-    static void addMessage(std::vector<std::string>& list, const auto& makeText) {
+    static void addMessage(std::vector<WiringFault>& list, const char* rule, GraphPart part,
+                           std::size_t index, const auto& makeText) {
         if (list.size() < mostMessages)
-            list.push_back(makeText());
+            list.push_back({part, index, rule, makeText()});
         else if (list.size() == mostMessages)
-            list.emplace_back("and others");
+            list.push_back({GraphPart::Graph, 0, rule, "and others"});
+    }
+
+    std::size_t indexOf(const pbConnection& connection) const {
+        return static_cast<std::size_t>(&connection - graph_.connections.data());
     }
 
     void addNode(const pbgNodeInfo& node) {
@@ -99,7 +89,7 @@ private:
             nodes_.back().inputs.resize(kernel->inputs.size());
             return;
         }
-        addMessage(found.errors, [&] {
+        addMessage(found.errors, "graph-kernel", GraphPart::Node, nodes_.size() - 1, [&] {
             return "node " + quoted(id) + ": the graph has no kernel " + quoted(name) + "; " +
                    namesLike(name, namesOf(graph_.kernels));
         });
@@ -107,8 +97,11 @@ private:
 
     void connect(const pbConnection& connection) {
         const std::string_view id = nameText(connection.to), input = nameText(connection.toInput);
+        if (id.empty())
+            return; // the attribute is missing, which others report
         const auto warn = [&](const auto& makeReason) {
-            addMessage(found.warnings, [&] {
+            const std::size_t index = indexOf(connection);
+            addMessage(found.warnings, "graph-connection", GraphPart::Connection, index, [&] {
                 return "the connection from " + quoted(nameText(connection.from)) + " to input " +
                        quoted(input) + " of node " + quoted(id) + " is ignored: " + makeReason();
             });
@@ -145,26 +138,33 @@ private:
     }
 
     void addUnfedInputs() {
-        for (const Node& node : nodes_)
+        for (std::size_t index = 0; index < nodes_.size(); ++index) {
+            const Node& node = nodes_[index];
             for (std::size_t i = 0; i < node.inputs.size(); ++i)
                 if (node.inputs[i].feed == Feed::Nothing)
-                    addMessage(found.warnings, [&] {
-                        const pbName& input = node.kernel->inputs[i].name;
-                        return "input " + quoted(nameText(input)) + " of node " + quoted(node.id) +
-                               " (kernel " + quoted(nameText(node.kernel->name)) +
-                               ") is not connected and reads as transparent; to connect it " +
-                               sourcesLike(input, node.id);
-                    });
+                    addUnfedInput(index, node.kernel->inputs[i].name);
+        }
+    }
+
+    void addUnfedInput(std::size_t index, const pbName& input) {
+        const Node& node = nodes_[index];
+        addMessage(found.warnings, "graph-input", GraphPart::Node, index, [&] {
+            return "input " + quoted(nameText(input)) + " of node " + quoted(node.id) +
+                   " (kernel " + quoted(nameText(node.kernel->name)) +
+                   ") is not connected and reads as transparent; to connect it " +
+                   sourcesLike(input, node.id);
+        });
     }
 
     void addOutput(const pbConnection& connection) {
         const auto source = byName_.find(nameText(connection.from));
         if (source == byName_.end())
-            addMessage(found.errors, [&] {
-                return "the output image is connected to " + quoted(nameText(connection.from)) +
-                       ", which is neither a node nor an input image; " +
-                       sourcesLike(connection.from);
-            });
+            addMessage(
+                found.errors, "graph-connection", GraphPart::Connection, indexOf(connection), [&] {
+                    return "the output image is connected to " + quoted(nameText(connection.from)) +
+                           ", which is neither a node nor an input image; " +
+                           sourcesLike(connection.from);
+                });
         else if (source->second)
             searchFrom(*source->second, found.errors);
     }
@@ -186,7 +186,7 @@ private:
     }
 
     // Searches the nodes that do not reach the output.
-    void addCycles(std::vector<std::string>& messages) {
+    void addCycles(std::vector<WiringFault>& messages) {
         for (std::size_t i = 0; i < nodes_.size(); ++i)
             if (nodes_[i].state == Node::New)
                 searchFrom(i, messages);
@@ -194,7 +194,7 @@ private:
 
     // Depth-first search from a node to its sources; reaching an open node closes a cycle. Not
     // recursive, because a file may contain a chain of any length.
-    void searchFrom(std::size_t start, std::vector<std::string>& messages) {
+    void searchFrom(std::size_t start, std::vector<WiringFault>& messages) {
         std::vector<std::pair<std::size_t, std::size_t>> path = {{start, 0}}; // node, next input
         nodes_[start].state = Node::Open;
         while (!path.empty()) {
@@ -209,7 +209,8 @@ private:
                 continue;
             Node& source = nodes_[input.node];
             if (source.state == Node::Open)
-                addMessage(messages, [&] { return cycleText(path, input.node); });
+                addMessage(messages, "graph-cycle", GraphPart::Node, input.node,
+                           [&] { return cycleText(path, input.node); });
             if (source.state != Node::New)
                 continue;
             source.state = Node::Open;
@@ -234,6 +235,20 @@ private:
 };
 
 } // namespace
+
+std::size_t editDistance(std::string_view from, std::string_view to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < to.size(); ++j) {
+            const std::size_t exchanged = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
 
 std::string namesLike(std::string_view wanted, std::vector<std::string_view> known) {
     if (known.empty())

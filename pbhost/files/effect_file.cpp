@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <utility>
 
 #include "pbhost/files/printable.h"
 #include "pbhost/files/read_file.h"
@@ -26,6 +27,7 @@ Failure unreadable(const std::string& path, const std::string& reason) {
 }
 
 std::string readWhole(const std::string& path) {
+    isGraphFile(path);
     std::error_code ignored;
     // Not opened, because opening a pipe would block.
     if (std::filesystem::is_other(path, ignored))
@@ -55,11 +57,14 @@ void requireReadable(const std::string& path) {
 }
 
 EffectFile::EffectFile(hostkit::Host& host, const std::string& path)
-    : isGraph(isGraphFile(path)), command_(0, 0, host.inData()) {
+    : EffectFile(host, path, readWhole(path)) {}
+
+EffectFile::EffectFile(hostkit::Host& host, const std::string& path, std::string fileText)
+    : isGraph(isGraphFile(path)), text(std::move(fileText)), command_(0, 0, host.inData()) {
     if (isGraph)
-        readGraphText(readWhole(path), graph);
+        readGraphText(text, graph);
     else
-        PBKParser(readWhole(path), kernel).parseKernel();
+        PBKParser(text, kernel).parseKernel();
 }
 
 } // namespace pbhost

@@ -26,8 +26,11 @@ public:
     // Throws Failure if the file cannot be read. A readable file that is not a kernel or graph
     // gives an incomplete model; its errors show when it is compiled.
     EffectFile(hostkit::Host& host, const std::string& path);
+    // The model of a text that the file with this name is going to have.
+    EffectFile(hostkit::Host& host, const std::string& path, std::string fileText);
 
     const bool isGraph;
+    const std::string text; // of the file
 
 private:
     const CommandScope command_; // declared before the models: destroyed after them

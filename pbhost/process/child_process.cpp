@@ -1,11 +1,14 @@
 #include "pbhost/process/child_process.h"
 
 #include <sys/prctl.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -23,11 +26,31 @@ constexpr int interrupts[] = {SIGINT, SIGTERM, SIGHUP}; // signals that users se
 // Atomic, because the signal may be delivered to a thread of a library.
 std::atomic<int> caughtSignal = 0;
 std::atomic<pid_t> worker = 0;
+std::atomic<bool> isTimedOut = false;
 
 void endWorker(int number) {
     caughtSignal = number;
     if (worker != 0)
         kill(worker, SIGKILL);
+}
+
+void endLateWorker(int) {
+    isTimedOut = true;
+    if (worker != 0)
+        kill(worker, SIGKILL);
+}
+
+// Zero seconds stop the timer.
+void startTimer(double seconds) {
+    constexpr double longest = 1e9;
+    itimerval timer{};
+    const double whole = std::floor(std::min(seconds, longest));
+    timer.it_value.tv_sec = static_cast<time_t>(whole);
+    timer.it_value.tv_usec = static_cast<suseconds_t>((std::min(seconds, longest) - whole) * 1e6);
+    if (seconds > 0 && timer.it_value.tv_sec == 0 && timer.it_value.tv_usec == 0)
+        timer.it_value.tv_usec = 1;
+    std::signal(SIGALRM, endLateWorker);
+    setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
 // Signals that are ignored stay ignored.
@@ -81,7 +104,7 @@ int codeOfSignal(int number, const std::string& subject) {
 } // namespace
 
 int runInChild(const std::function<int()>& work, const std::string& subject,
-               const std::vector<std::filesystem::path>& folders) {
+               const std::vector<std::filesystem::path>& folders, double timeoutSeconds) {
     catchInterrupts();
     const pid_t parent = getpid();
     const pid_t child = fork();
@@ -93,13 +116,19 @@ int runInChild(const std::function<int()>& work, const std::string& subject,
     worker = child;
     if (caughtSignal != 0)
         kill(child, SIGKILL);
+    startTimer(timeoutSeconds);
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     worker = 0;
+    startTimer(0);
     removeTemporaries(folders, child);
     if (caughtSignal != 0)
         return signalledCode + caughtSignal;
+    if (isTimedOut && WIFSIGNALED(status))
+        throw Failure(ExitCode::Crashed, (subject.empty() ? "the work" : subject) +
+                                             ": not done in the time of --timeout; nothing was "
+                                             "written");
     return WIFEXITED(status) ? WEXITSTATUS(status) : codeOfSignal(WTERMSIG(status), subject);
 }
 

@@ -79,8 +79,7 @@ FrameRenderer::FrameRenderer(Session& owner, const RenderPlan& asked, LayerSourc
     load();
     std::vector<std::size_t> inputs;
     for (const auto& scene : stack_) {
-        scene->checkPrograms();
-        inputs.push_back(scene->checkWiring(plan_.request.isStrict));
+        inputs.push_back(scene->checkFile(plan_.request.findings));
     }
     checkInputs(inputs);
     setPictures();

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "pbhost/pictures/picture.h"
+#include "pbhost/session/load_check.h"
 
 namespace pbhost {
 
@@ -48,7 +49,7 @@ struct RenderRequest {
     std::string time;                  // seconds; empty: the project's time, or 0
     std::string size;                  // WIDTHxHEIGHT if there is no picture; empty: 640x360
     std::string save;                  // project to write; may be empty
-    bool isStrict = false;             // fail on warnings about the graph
+    FindingOptions findings;           // about the kernels and graphs
     PictureRequest pictures;
     SequenceRequest sequence;
 };

@@ -125,7 +125,7 @@ std::string describeControls(hostkit::Effect& effect) {
             text.append(" from " + numberText(range->low) + " to " + numberText(range->high));
         if (!kind.hasChoices)
             continue;
-        const std::vector<std::string> choices = hostkit::choicesOf(definition.u.pd);
+        const std::vector<std::string> choices = hostkit::namedChoicesOf(definition.u.pd);
         for (std::size_t i = 0; i < choices.size(); ++i)
             text.append(i == 0 ? " " : ", ").append(std::to_string(i + 1) + " " + choices[i]);
     }
@@ -145,7 +145,7 @@ Json controlAsJson(hostkit::Effect& effect, std::size_t index, double seconds) {
             {"value", valueAsJson(kind, value, layer)},
             {"default", defaultAsJson(kind, definition, layer)},
             {"range", range ? Json{shortFixed(range->low), shortFixed(range->high)} : Json()},
-            {"choices", kind.hasChoices ? Json(hostkit::choicesOf(definition.u.pd)) : Json()},
+            {"choices", kind.hasChoices ? Json(hostkit::namedChoicesOf(definition.u.pd)) : Json()},
             {"display", display == nullptr ? Json() : Json(display)},
             {"hidden", effect.control(index).isHidden()}};
 }

@@ -1,86 +1,64 @@
 #include "pbhost/session/load_check.h"
 
 #include <algorithm>
-#include <utility>
+#include <iostream>
 
-#include "command/command_scope.h"
 #include "engine/pixels/channel_order.h"
-#include "engine/program/glsl_generator.h"
 #include "pbhost/diagnostics/compile_messages.h"
-#include "pbhost/diagnostics/hints.h"
+#include "pbhost/diagnostics/mapped_file.h"
 #include "pbhost/files/effect_file.h"
 #include "pbhost/files/printable.h"
+#include "pbhost/lint/lint.h"
 #include "support/outcome_texts.h"
 
 namespace pbhost {
 
 namespace {
 
-// Looks up names for messages.
-struct FileModel : EffectFile {
-    using EffectFile::EffectFile;
-
-    std::string hints() const { return isGraph ? hintsFor(graph) : hintsFor(kernel); }
-
-    std::optional<ProgramTexts> texts(const std::string& name) const {
-        return isGraph ? nodeTexts(graph, name, hostSwizzle)
-                       : std::optional(kernelTexts(kernel, hostSwizzle));
-    }
-
-    // The kernel of a graph's program; null: the program has none.
-    const pbKernelInfo* kernelOf(const std::string& program) const {
-        for (const pbgNodeInfo& node : graph.nodes)
-            if (nameText(node.id) == program)
-                return kernelOfNode(graph, node);
-        return nullptr;
-    }
-
-    // The graph's failed nodes, each once.
-    std::string failedNodes(const std::vector<CompileFailure>& failures) const {
-        std::string lines, last;
-        for (const CompileFailure& failure : failures) {
-            const pbKernelInfo* runs = kernelOf(failure.name);
-            if (runs != nullptr && std::exchange(last, failure.name) != failure.name)
-                lines.append("  node \"" + failure.name + "\" runs kernel \"")
-                    .append(nameText(runs->name))
-                    .append("\"\n");
-        }
-        return lines;
-    }
-};
-
-std::string hintsOf(hostkit::Host& host, const std::string& file) {
+Diagnostics findingsAbout(hostkit::Host& host, const std::string& file) {
     try {
-        return FileModel(host, file).hints();
+        const EffectFile model(host, file);
+        const MappedFile mapped(model);
+        DiagnosticList list(file, mapped.source);
+        lintFile(mapped, list);
+        sortDiagnostics(list.found);
+        return std::move(list.found);
     } catch (const Failure&) { // the file is missing
-        return "";
+        return {};
     }
+}
+
+// Errors, and unless quiet the first warnings, because a file may cause any number.
+std::string shownText(const Diagnostics& found, bool isQuiet) {
+    constexpr std::size_t mostWarnings = 50;
+    std::size_t warnings = 0;
+    std::string text;
+    for (const Diagnostic& each : found)
+        if (each.severity == Severity::Error || (!isQuiet && warnings++ < mostWarnings))
+            text += asGccText(each);
+    if (warnings > mostWarnings)
+        text += "pbhost: " + std::to_string(warnings - mostWarnings) +
+                " more warnings; to see all: pbhost check FILE\n";
+    return text;
 }
 
 bool tellsOfShader(const std::string& message) {
     return message.starts_with(failureMark);
 }
 
-std::string asLines(const std::vector<std::string>& sentences, const std::string& start) {
-    std::string lines;
-    for (const std::string& sentence : sentences)
-        lines += start + sentence + "\n";
-    return lines;
+void addLog(const MappedFile& mapped, std::string_view log, DiagnosticList& list) {
+    for (const CompileFailure& failure : readErrorLog(log))
+        if (const auto program = mapped.programNamed(failure.name, hostSwizzle))
+            addDriverMessages(list, *program, failure, false);
 }
 
-void throwCompileFailure(const std::string& file, const FileModel& model,
-                         const std::vector<CompileFailure>& failures,
-                         const std::vector<std::string>& messages) {
-    if (failures.empty()) // empty if it was exported
-        throw Failure(ExitCode::BadKernel,
-                      file + ": does not compile; the exported error log says why\n" +
-                          asLines(messages, "  "));
-    throw Failure(
-        ExitCode::BadKernel,
-        file + ": does not compile.\n" + model.hints() + model.failedNodes(failures) +
-            "The OpenGL driver says:\n" +
-            describe(failures, [&](const std::string& name) { return model.texts(name); }) +
-            "  (lines are those of the generated text; to see it: pbhost translate " + file + ")");
+const char* failureOf(const FileReport& report, bool isStrict) {
+    if (!report.doesCompile)
+        return ": does not compile";
+    if (hasErrors(report.found))
+        return ": the graph has errors";
+    return isStrict && !report.found.empty() ? ": has warnings, which --strict does not allow"
+                                             : nullptr;
 }
 
 } // namespace
@@ -89,8 +67,8 @@ bool hasGraph(const hostkit::Effect& effect) {
     return effect.title() != std::string(titlePrefix) + titleWithoutGraph;
 }
 
-Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
-                    const std::vector<std::string>& messages) {
+KernelFailure cannotBeRun(hostkit::Host& host, const std::string& shownName,
+                          const std::string& file, const std::vector<std::string>& messages) {
     std::string text = shownName + ": cannot be run:";
     for (const std::string& message : messages)
         if (!message.empty())
@@ -103,43 +81,47 @@ Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std
                 "\n(set the folder to search: pbhost prefs set rootFolder DIR; or give the file: "
                 "--answer FILE)");
     const bool lacksOpenGl = isFound && messages.front() == openGlLacks;
-    return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel,
-            text + "\n" + (lacksOpenGl ? "" : hintsOf(host, file))};
+    Diagnostics found = lacksOpenGl ? Diagnostics() : findingsAbout(host, file);
+    const std::string shown = shownText(found, false);
+    return {lacksOpenGl ? ExitCode::RenderFailed : ExitCode::BadKernel, text + "\n" + shown,
+            std::move(found)};
 }
 
-std::string warningsOfLoad(Session& session, const std::string& file,
-                           const std::vector<std::string>& messages) {
-    if (std::any_of(messages.begin(), messages.end(), tellsOfShader)) {
-        const std::vector<CompileFailure> failures = readErrorLog(session.takeErrorLog());
-        const FileModel model(session.host, file);
-        const bool isOfKernel =
-            std::any_of(failures.begin(), failures.end(), [&](const CompileFailure& failure) {
-                return model.kernelOf(failure.name) != nullptr;
-            });
-        if (isOfKernel || !model.isGraph || checkWiring(model.graph).errors.empty())
-            throwCompileFailure(file, model, failures, messages);
-    }
-    std::string warnings;
+FileReport reportOnFile(Session& session, const std::string& file,
+                        const std::vector<std::string>& messages) {
+    FileReport report;
+    const bool hasFailedShader = std::any_of(messages.begin(), messages.end(), tellsOfShader);
+    const std::string log = hasFailedShader ? session.takeErrorLog() : "";
+    const EffectFile model(session.host, file);
+    const MappedFile mapped(model);
+    DiagnosticList list(file, mapped.source);
+    lintFile(mapped, list);
+    // A node without a kernel fails like a shader, and is an error of the graph.
+    const std::size_t before = list.found.size();
+    addLog(mapped, log, list);
+    const bool isOfKernel = list.found.size() > before;
+    report.doesCompile =
+        !hasFailedShader || (!isOfKernel && model.isGraph && hasErrors(list.found));
+    report.inputs = model.isGraph ? model.graph.inputs.size() : model.kernel.inputs.size();
+    report.found = std::move(list.found);
+    if (report.doesCompile && !model.isGraph) // so it can be rendered
+        for (Diagnostic& each : report.found)
+            each.severity = Severity::Warning;
+    sortDiagnostics(report.found);
     for (const std::string& message : messages)
-        if (!message.empty() && !tellsOfShader(message))
-            warnings.append(message).append("\n");
-    return printable(warnings);
+        if (!message.empty() && (!tellsOfShader(message) || log.empty()))
+            report.messages.push_back(message);
+    return report;
 }
 
-FileFacts readFacts(hostkit::Host& host, const std::string& file) {
-    const EffectFile model(host, file);
-    if (!model.isGraph)
-        return {model.kernel.inputs.size(), {}};
-    return {model.graph.inputs.size(), checkWiring(model.graph)};
-}
-
-std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
-                             bool isStrict) {
-    if (!faults.errors.empty() || (isStrict && !faults.warnings.empty()))
-        throw Failure(ExitCode::BadKernel, shownName + ": the graph has wiring errors.\n" +
-                                               asLines(faults.errors, "  ") +
-                                               asLines(faults.warnings, "  warning: "));
-    return printable(asLines(faults.warnings, "pbhost: warning: " + shownName + ": "));
+void requireGood(const FileReport& report, const std::string& shownName,
+                 const FindingOptions& options) {
+    for (const std::string& message : report.messages)
+        std::cerr << printable(message) << "\n";
+    const std::string shown = shownText(report.found, options.isQuiet);
+    if (const char* failure = failureOf(report, options.isStrict))
+        throw KernelFailure(ExitCode::BadKernel, shownName + failure + "\n" + shown, report.found);
+    std::cerr << shown;
 }
 
 } // namespace pbhost

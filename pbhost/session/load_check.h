@@ -3,40 +3,55 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hostkit/effect/effect.h"
-#include "pbhost/diagnostics/wiring.h"
+#include "pbhost/diagnostics/diagnostic.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/session/session.h"
 
 namespace pbhost {
 
+// A kernel or graph cannot be used. The message contains the findings as text, too.
+class KernelFailure : public Failure {
+public:
+    KernelFailure(ExitCode exitCode, const std::string& message, Diagnostics findings)
+        : Failure(exitCode, message), found(std::move(findings)) {}
+
+    Diagnostics found;
+};
+
 // Whether the instance has loaded a graph or kernel; if not, its title says so.
 bool hasGraph(const hostkit::Effect& effect);
 
-// The failure for an instance without a graph: the effect's messages, and hints about the file.
+// The failure for an instance without a graph: the effect's messages, and findings about the file.
 // `shownName` is the user's name of the input, `file` the kernel or graph itself, which may be
 // missing.
-Failure cannotBeRun(hostkit::Host& host, const std::string& shownName, const std::string& file,
-                    const std::vector<std::string>& messages);
+KernelFailure cannotBeRun(hostkit::Host& host, const std::string& shownName,
+                          const std::string& file, const std::vector<std::string>& messages);
 
-// The effect's messages about a loaded graph, as lines for standard error. Throws Failure
-// (BadKernel), with the driver's log, if a program does not compile or link. Nodes without a kernel
-// are reported by warningsOfWiring.
-std::string warningsOfLoad(Session& session, const std::string& file,
-                           const std::vector<std::string>& messages);
-
-// Facts about a file that the effect does not report.
-struct FileFacts {
-    std::size_t inputs; // inputs of the kernel or graph, which may exceed the effect's limit
-    WiringFaults wiring;
+// How findings about a file are treated.
+struct FindingOptions {
+    bool isStrict = false; // warnings are errors
+    bool isQuiet = false;  // warnings are not shown
 };
-FileFacts readFacts(hostkit::Host& host, const std::string& file);
 
-// The warnings about a graph's wiring, as lines for standard error. Throws Failure (BadKernel) with
-// all messages if there is an error, or, when strict, a warning.
-std::string warningsOfWiring(const std::string& shownName, const WiringFaults& faults,
-                             bool isStrict);
+// What is known about a file that the effect has loaded.
+struct FileReport {
+    std::size_t inputs = 0;            // of the kernel or graph; may exceed the effect's limit
+    Diagnostics found;                 // sorted
+    std::vector<std::string> messages; // others of the effect
+    bool doesCompile = true;
+};
+
+// Examines the file, and the driver's log if the effect's messages say that a program has failed.
+FileReport reportOnFile(Session& session, const std::string& file,
+                        const std::vector<std::string>& messages);
+
+// Prints the report to standard error. Throws KernelFailure if it contains an error or, when
+// strict, a warning. A program that does not compile is an error even if its log is lost.
+void requireGood(const FileReport& report, const std::string& shownName,
+                 const FindingOptions& options);
 
 } // namespace pbhost

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "hostkit/services/json_errors.h"
 #include "pbhost/files/read_file.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/process/temporary_files.h"
@@ -21,6 +22,16 @@ using nlohmann::ordered_json;
 constexpr int version = 1;
 constexpr int stackVersion = 2;
 constexpr char notAProject[] = ": not a valid project: ";
+
+// Errors of the JSON library get another text.
+template<class Work>
+auto inPlainWords(const Work& work) {
+    try {
+        return work();
+    } catch (const nlohmann::json::exception& error) {
+        throw std::invalid_argument(hostkit::plainJsonError(error));
+    }
+}
 
 std::string toHex(const std::vector<std::byte>& bytes) {
     constexpr char digits[] = "0123456789abcdef";
@@ -227,8 +238,9 @@ fs::path folderOfProject(const std::string& path) {
 
 ProjectFile readProject(const std::string& path) {
     const std::string text = readWholeFile(path, ExitCode::Usage);
-    ProjectFile project = orFail(ExitCode::Usage, path + notAProject,
-                                 [&] { return parse(ordered_json::parse(text)); });
+    ProjectFile project = orFail(ExitCode::Usage, path + notAProject, [&] {
+        return inPlainWords([&] { return parse(ordered_json::parse(text)); });
+    });
     project.folder = folderOfProject(path);
     if (!project.picture.empty())
         project.picture = project.resolved(project.picture);
@@ -254,8 +266,10 @@ std::string ProjectFile::besideProject(const ProjectEffect& effect) const {
 void fillControls(Scene& scene, const std::string& path, const ProjectFile& project,
                   const ProjectEffect& effect, const PictureAdder& addPicture) {
     orFail(ExitCode::Usage, path + notAProject, [&] {
-        for (const ordered_json& stored : effect.controls)
-            fillControl({scene, project, addPicture}, stored);
+        inPlainWords([&] {
+            for (const ordered_json& stored : effect.controls)
+                fillControl({scene, project, addPicture}, stored);
+        });
     });
 }
 

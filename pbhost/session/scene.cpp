@@ -1,6 +1,5 @@
 #include "pbhost/session/scene.h"
 
-#include <iostream>
 #include <string_view>
 #include <utility>
 
@@ -91,15 +90,10 @@ void Scene::requireGraph() {
         throw cannotBeRun(session.host, shownName_, file(), messages);
 }
 
-void Scene::checkPrograms() {
-    if (!messages.empty())
-        std::cerr << warningsOfLoad(session, file(), messages);
-}
-
-std::size_t Scene::checkWiring(bool isStrict) {
-    const FileFacts facts = readFacts(session.host, file());
-    std::cerr << warningsOfWiring(shownName_, facts.wiring, isStrict);
-    return facts.inputs;
+std::size_t Scene::checkFile(const FindingOptions& options) {
+    const FileReport report = reportOnFile(session, file(), messages);
+    requireGood(report, shownName_, options);
+    return report.inputs;
 }
 
 AEGP_LayerIDVal Scene::addLayer(LayerSource source) {

@@ -9,6 +9,7 @@
 
 #include "hostkit/effect/effect.h"
 #include "pbhost/pictures/picture.h"
+#include "pbhost/session/load_check.h"
 #include "pbhost/session/session.h"
 
 namespace pbhost {
@@ -54,14 +55,10 @@ public:
     void open(const std::string& project, const std::vector<std::byte>& flatBlock,
               const std::string& otherPlace = "");
 
-    // Prints the effect's messages about the graph. Throws Failure (BadKernel), with the driver's
-    // log, if a program does not compile.
-    void checkPrograms();
-
-    // Prints warnings about the graph's wiring. Throws Failure (BadKernel) for errors and, when
-    // strict, for warnings. Returns the number of the file's inputs, which may exceed the effect's
-    // limit.
-    std::size_t checkWiring(bool isStrict);
+    // Prints the findings about the loaded file and the effect's messages. Throws Failure
+    // (BadKernel) for errors and, when strict, for warnings. Returns the number of the file's
+    // inputs, which may exceed the effect's limit.
+    std::size_t checkFile(const FindingOptions& options);
 
     // Adds a layer below the others and returns its id. The picture must have the project's depth.
     AEGP_LayerIDVal addLayer(LayerSource source);

@@ -38,8 +38,16 @@ bool isStrict() {
     return value != nullptr && std::string_view(value) == "1";
 }
 
+// With a preferences file that cannot be read the host has none, and the file stays as it is.
 hostkit::Host makeHost(const std::string& option) {
-    return orFail(ExitCode::Usage, "", [&] { return hostkit::Host(preferencesFile(option)); });
+    const std::filesystem::path file = preferencesFile(option);
+    try {
+        return hostkit::Host(file);
+    } catch (const std::runtime_error& error) {
+        std::cerr << "pbhost: warning: " << printable(error.what())
+                  << "; the preferences are not used\n";
+        return hostkit::Host();
+    }
 }
 
 // Prints the faults if the user or the environment asks for them.

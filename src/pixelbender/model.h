@@ -10,6 +10,7 @@
 #include <memory>
 #include <string_view>
 
+#include "pixelbender/source_map.h"
 #include "pixelbender/types.h"
 #include "support/text.h"
 
@@ -117,8 +118,9 @@ struct pbGraphInfo;
 
 // A node of a graph: runs the first kernel whose name equals its own.
 struct pbgNodeInfo {
-    // Translates evaluateParametersText into evaluateParametersCode.
-    void parse(const pbGraphInfo& graph);
+    // Translates evaluateParametersText into evaluateParametersCode. `map`, which may be null, gets
+    // the offsets of the code in the text.
+    void parse(const pbGraphInfo& graph, SourceMap* map = nullptr);
 
     pbName id{}; // used by connections and parameter texts
     pbName name{};

@@ -6,6 +6,10 @@
 
 namespace {
 
+const char* graphPrefix(std::string_view name) {
+    return name.starts_with('_') ? "_tveg" : "tveg_";
+}
+
 class EvaluateParametersParaser : public ShaderReader::Parser {
 public:
     EvaluateParametersParaser(const pbGraphInfo& graphInfo, std::string_view id)
@@ -22,32 +26,33 @@ private:
 bool EvaluateParametersParaser::parse(ShaderReader& reader, std::int32_t, ShaderReader::TokenKind,
                                       ShaderReader::State state, std::string_view token) {
     if (token == "}" && reader.braceDepth == 0) {
-        text += token;
+        take(reader, token);
         return true;
     }
     // Removes blank lines and indentation by tabs.
     if (text.ends_with('\n') && (token == "\t" || token == "\n"))
         return false;
-    if (token == nodeId && state == ShaderReader::Preprocessor)
+    if (token == nodeId && state == ShaderReader::Preprocessor) {
         text += ' ';
-    else if (token == nodeId) // the qualifier is removed; the name after it is kept
-        text += reader.readIdentifier(";");
-    else if (graph->hasParameter(token))
-        text += graphParameterName(token);
-    else
-        text += token;
+    } else if (token == nodeId) { // the qualifier is removed; the name after it is kept
+        take(reader, reader.readIdentifier(";"));
+    } else {
+        if (graph->hasParameter(token))
+            text += graphPrefix(token);
+        take(reader, token);
+    }
     return false;
 }
 
 } // namespace
 
 NarrowString graphParameterName(std::string_view name) {
-    NarrowString prefixed(name.starts_with('_') ? "_tveg" : "tveg_");
-    return prefixed.append(name);
+    return NarrowString(graphPrefix(name)).append(name);
 }
 
-void pbgNodeInfo::parse(const pbGraphInfo& graph) {
+void pbgNodeInfo::parse(const pbGraphInfo& graph, SourceMap* map) {
     ShaderReader reader(evaluateParametersText);
+    reader.sourceMap = map;
     EvaluateParametersParaser parser(graph, nameText(id));
     reader.parse(parser);
     evaluateParametersCode = std::move(parser.text);

@@ -19,10 +19,11 @@ bool PBKParser::ParameterParser::parse(ShaderReader& reader, std::int32_t, Token
                                        std::string_view token) {
     if (kind == Identifier && parameter_.wholeName.empty()) {
         parameter_.setName(token);
-        text.append(" ").append(token);
+        text.append(" ");
+        take(reader, token);
     } else if (token == ";" || token == ",") {
         static_cast<PBKParser&>(reader).info->parameters.push_back(parameter_);
-        text.append(token);
+        take(reader, token);
         if (token == ";")
             return true;
         resetForNextDeclarator();

@@ -18,7 +18,6 @@ private:
     void takeOutput(PBKParser& reader);
     void takeParameter(PBKParser& reader);
     void takeDependent(PBKParser& reader);
-    void runNested(ShaderReader& reader, Parser& parser);
 
     bool inKernelBody_ = false;
     bool isFinished_ = false;
@@ -35,9 +34,8 @@ namespace {
 
 // A list of names of one type: consumes every token, and takes each identifier as a variable's
 // name.
-bool takeVariable(HostVector<pbVariable>& variables, pbElementType type, NarrowString& text,
-                  bool isIdentifier, std::string_view token) {
-    text.append(token);
+bool takeVariable(HostVector<pbVariable>& variables, pbElementType type, bool isIdentifier,
+                  std::string_view token) {
     if (isIdentifier)
         variables.emplace_back(type, token);
     return token == ";";
@@ -51,7 +49,8 @@ public:
 
     bool parse(ShaderReader& reader, std::int32_t, TokenKind kind, State,
                std::string_view token) override {
-        return takeVariable(static_cast<PBKParser&>(reader).info->inputs, elementType_, text,
+        take(reader, token);
+        return takeVariable(static_cast<PBKParser&>(reader).info->inputs, elementType_,
                             kind == Identifier, token);
     }
 
@@ -65,7 +64,8 @@ public:
 
     bool parse(ShaderReader& reader, std::int32_t, TokenKind kind, State,
                std::string_view token) override {
-        return takeVariable(static_cast<PBKParser&>(reader).info->dependents, elementType_, text,
+        take(reader, token);
+        return takeVariable(static_cast<PBKParser&>(reader).info->dependents, elementType_,
                             kind == Identifier, token);
     }
 
@@ -82,7 +82,7 @@ public:
         const bool isEnd = token == "}" && reader.braceDepth == 1;
         if (isEnd)
             text.append("\n#endif\n");
-        text.append(token);
+        take(reader, token);
         if (token == "{" && reader.braceDepth == 2)
             text.append("\n#ifdef tvek_VERTEX_SHADER\n");
         return isEnd;
@@ -117,7 +117,8 @@ bool PBKParser::GlobalParser::takeBrace(const ShaderReader& reader, std::string_
 
 bool PBKParser::GlobalParser::takeKeyword(PBKParser& reader, std::string_view token) {
     if (token == "union") {
-        text.append("tvek_union"); // a reserved word of GLSL
+        text.append("tvek_"); // a reserved word of GLSL
+        take(reader, token);
     } else if (token == "kernel") {
         copyName(reader.info->name, reader.readIdentifier(""));
     } else if (token == "<" && reader.braceDepth == 0) {
@@ -132,9 +133,9 @@ bool PBKParser::GlobalParser::takeKeyword(PBKParser& reader, std::string_view to
     } else if (token == "dependent") {
         takeDependent(reader);
     } else if (token == "evaluateDependents") {
-        text.append(token);
+        take(reader, token);
         EvaluateDependentsParser parser;
-        runNested(reader, parser);
+        takeNested(reader, parser);
     } else {
         return false;
     }
@@ -143,37 +144,37 @@ bool PBKParser::GlobalParser::takeKeyword(PBKParser& reader, std::string_view to
 
 void PBKParser::GlobalParser::takeOther(ShaderReader& reader, State state, std::string_view token) {
     if (inKernelBody_) {
-        text.append(token);
+        take(reader, token);
     } else if (state == Preprocessor) {
         const std::string_view directive = reader.restOf(Preprocessor);
-        text.append("#").append(directive).append("\n");
+        text.append("#");
+        take(reader, directive);
+        text.append("\n");
         reader.advance(static_cast<std::int32_t>(directive.size()));
     }
-}
-
-void PBKParser::GlobalParser::runNested(ShaderReader& reader, Parser& parser) {
-    reader.parse(parser);
-    text.append(parser.text);
 }
 
 void PBKParser::GlobalParser::takeInput(PBKParser& reader) {
     const std::string_view type = reader.readIdentifier(";");
     if (type.empty())
         return;
-    text.append("input ").append(type);
+    text.append("input ");
+    take(reader, type);
     InputsParser parser(elementTypeFromName(type));
-    runNested(reader, parser);
+    takeNested(reader, parser);
 }
 
 void PBKParser::GlobalParser::takeOutput(PBKParser& reader) {
     const std::string_view type = reader.readIdentifier(";");
     if (type.empty())
         return;
-    text.append("output ").append(type);
+    text.append("output ");
+    take(reader, type);
     const std::string_view name = reader.readIdentifier(";");
     if (name.empty())
         return;
-    text.append(" ").append(name);
+    text.append(" ");
+    take(reader, name);
     reader.info->output = pbVariable(elementTypeFromName(type), name);
 }
 
@@ -181,9 +182,10 @@ void PBKParser::GlobalParser::takeParameter(PBKParser& reader) {
     const std::string_view type = reader.readIdentifier(";");
     if (type.empty())
         return;
-    text.append("parameter ").append(type);
+    text.append("parameter ");
+    take(reader, type);
     ParameterParser parser(elementTypeFromName(type));
-    runNested(reader, parser);
+    takeNested(reader, parser);
 }
 
 void PBKParser::GlobalParser::takeDependent(PBKParser& reader) {
@@ -194,9 +196,9 @@ void PBKParser::GlobalParser::takeDependent(PBKParser& reader) {
     text.append("dependent ");
     if (!isIntOrBool(elementType))
         text.append("varying "); // floats need no other type for the varying
-    text.append(type);
+    take(reader, type);
     DependentsParser parser(elementType);
-    runNested(reader, parser);
+    takeNested(reader, parser);
 }
 
 bool PBKParser::MetaDataParser::parse(ShaderReader& reader, std::int32_t, TokenKind, State,

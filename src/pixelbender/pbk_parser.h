@@ -22,6 +22,7 @@ public:
     // The model is filled, not owned; it should be newly constructed, because nothing is cleared.
     PBKParser(std::string_view source, pbKernelInfo& model) : ShaderReader(source), info(&model) {}
 
+    // If `sourceMap` is set, it gets the offsets of the shader text in the source.
     void parseKernel();
 
     pbKernelInfo* info;

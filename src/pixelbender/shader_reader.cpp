@@ -1,6 +1,7 @@
 #include "pixelbender/shader_reader.h"
 
 #include <array>
+#include <functional>
 
 namespace {
 
@@ -47,13 +48,20 @@ bool isOperatorPair(char first, char second) {
 
 } // namespace
 
-bool ShaderReader::Parser::parse(ShaderReader&, std::int32_t, TokenKind, State,
+bool ShaderReader::Parser::parse(ShaderReader& reader, std::int32_t, TokenKind, State,
                                  std::string_view token) {
-    text.append(token);
+    take(reader, token);
     return false;
 }
 
 ShaderReader::ShaderReader(std::string_view source) : text(source) {}
+
+void ShaderReader::record(std::size_t at, std::string_view piece) const {
+    const char* const begin = text.data();
+    constexpr std::less<const char*> isBefore; // defined for pointers into different objects
+    if (!isBefore(piece.data(), begin) && isBefore(piece.data(), begin + text.size()))
+        sourceMap->add(at, static_cast<std::size_t>(piece.data() - begin), piece.size());
+}
 
 bool ShaderReader::isAtEnd() const {
     return position >= text.size() || text[position] == endOfText;

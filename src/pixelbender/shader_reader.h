@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "pixelbender/source_map.h"
 #include "support/text.h"
 
 class ShaderReader {
@@ -47,6 +48,24 @@ public:
                            std::string_view token);
 
         NarrowString text; // what this parser has collected
+
+    protected:
+        // Appends a piece, and records its source in the reader's map if it is a view of the
+        // reader's text.
+        void take(const ShaderReader& reader, std::string_view piece) {
+            if (reader.sourceMap != nullptr)
+                reader.record(start_ + text.size(), piece);
+            text.append(piece);
+        }
+        // Appends what another parser collects from here on.
+        void takeNested(ShaderReader& reader, Parser& parser) {
+            parser.start_ = start_ + text.size();
+            reader.parse(parser);
+            text.append(parser.text);
+        }
+
+    private:
+        std::size_t start_ = 0; // of this parser's text in the outermost one's
     };
 
     explicit ShaderReader(std::string_view source);
@@ -82,6 +101,9 @@ public:
     std::uint32_t position = 0;
     NarrowString text;
     State state = Code;
+    // Filled, not owned; null: not wanted. Its offsets are those of `text` and of what the
+    // outermost parser has collected.
+    SourceMap* sourceMap = nullptr;
 
 private:
     struct Token {
@@ -98,6 +120,7 @@ private:
     State quoteKind(std::size_t at) const;
     std::int32_t contextLength(State context) const;
     std::string_view readToken(TokenKind kind, std::string_view stop);
+    void record(std::size_t at, std::string_view piece) const;
     void follow(char current, char previous, char next);
     void followCode(char current, char previous, char next);
     void followQuoted(State quote);

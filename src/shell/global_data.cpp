@@ -10,17 +10,30 @@
 
 namespace {
 
+const char* driverText(GLenum name) {
+    return reinterpret_cast<const char*>(glGetString(name));
+}
+
+// Without a screen there is no GLX, and glewInit fails after it has loaded everything.
+bool isLoaded(GLenum error) {
+#ifdef GLEW_ERROR_NO_GLX_DISPLAY
+    if (error == GLEW_ERROR_NO_GLX_DISPLAY)
+        return driverText(GL_VERSION) != nullptr;
+#endif
+    return error == GLEW_OK;
+}
+
 void startGlew(const Device& device) {
     const ContextSwitch inContext(device);
     const GLenum error = glewInit();
-    if (error != GLEW_OK)
+    if (!isLoaded(error)) {
         _printf("Error: %s\n", reinterpret_cast<const char*>(glewGetErrorString(error)));
-    else
-        _printf("GLEW initialized\n");
-}
-
-const char* driverText(GLenum name) {
-    return reinterpret_cast<const char*>(glGetString(name));
+        return;
+    }
+    _printf("GLEW initialized\n");
+    for (const GLenum name : {GL_VENDOR, GL_RENDERER, GL_VERSION})
+        if (const char* text = driverText(name))
+            _printf("OpenGL: %s\n", text);
 }
 
 } // namespace

@@ -146,8 +146,7 @@ Data Instance::load(const Data& request) {
         shownFrame_ = frameNumber_;
         start(layerSource(request, project));
         scene_->apply(file);
-        scene_->checkPrograms();
-        const std::size_t inputs = scene_->checkWiring(false);
+        const std::size_t inputs = scene_->checkFile({});
         const std::vector<Data> defaults = controlValues();
         setStored(request, project);
         Data loaded = loadedAsJson(project.seconds, inputs);

@@ -3,8 +3,6 @@
 #include <new>
 #include <string>
 
-#include "pbhost/files/read_file.h"
-#include "pbhost/live/child/error_places.h"
 #include "pbhost/live/child/instance.h"
 #include "pbhost/live/child/message.h"
 #include "pbhost/process/failure.h"
@@ -30,29 +28,24 @@ Message answer(Instance& instance, const Data& request) {
     return {Data{{"path", request.at("path")}}, {}};
 }
 
-Data placesAsJson(const std::string& text, const Data& request) {
+// The findings about the file that have a line.
+Data placesAsJson(const Diagnostics& found) {
     Data places = Data::array();
-    const std::string file = request.value("file", std::string());
-    if (file.empty())
-        return places;
-    std::string source;
-    try {
-        source = readWholeFile(file, ExitCode::BadKernel);
-    } catch (const Failure&) {
-        return places; // the message says so
-    }
-    for (const ErrorPlace& place : errorPlaces(text, source))
-        places.push_back(
-            {{"line", place.line}, {"column", place.column}, {"message", place.message}});
+    for (const Diagnostic& each : found)
+        if (each.place.line != 0 && each.severity == Severity::Error)
+            places.push_back({{"line", each.place.line},
+                              {"column", each.place.column},
+                              {"message", each.message}});
     return places;
 }
 
-Message failed(const Data& request, ExitCode code, const std::string& text) {
+Message failed(const Data& request, ExitCode code, const std::string& text,
+               const Diagnostics& found = {}) {
     return {Data{{"do", "failed"},
                  {"what", request.value("do", std::string())},
                  {"code", static_cast<int>(code)},
                  {"text", text},
-                 {"places", placesAsJson(text, request)}},
+                 {"places", placesAsJson(found)}},
             {}};
 }
 
@@ -61,6 +54,8 @@ Message answerOrFail(Instance& instance, const Data& request) {
         Message reply = answer(instance, request);
         reply.head["do"] = request.at("do");
         return reply;
+    } catch (const KernelFailure& failure) {
+        return failed(request, failure.code, failure.what(), failure.found);
     } catch (const Failure& failure) {
         return failed(request, failure.code, failure.what());
     } catch (const std::bad_alloc&) {

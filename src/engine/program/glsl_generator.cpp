@@ -34,18 +34,20 @@ void appendVaryings(NarrowString& text, const pbKernelInfo& kernel) {
     });
 }
 
-void appendParameterFunction(NarrowString& text, const ProgramSource& source) {
+void appendParameterFunction(NarrowString& text, const ProgramSource& source,
+                             ShaderLayout& layout) {
     for (const pbParameter& parameter : source.graph->parameters) {
         text.append("uniform ").append(elementTypeName(parameter.type)).append(" ");
         text.append(graphParameterName(parameter.wholeName)).append(";\n");
     }
+    layout.expressions = text.size();
     if (source.node->evaluateParametersCode.empty())
         text += "void evaluateParameters(){}\n";
     else
         text += source.node->evaluateParametersCode;
 }
 
-NarrowString commonText(const ProgramSource& source) {
+NarrowString commonText(const ProgramSource& source, ShaderLayout& layout) {
     NarrowString text(source.standalone ? "#define parameter uniform\n" : "#define parameter\n");
     appendInputCount(text, source.kernel.inputs.size());
     if (source.swizzle < channelOrders.size()) {
@@ -53,10 +55,12 @@ NarrowString commonText(const ProgramSource& source) {
         text += '\n';
     }
     text.append(glslDefinitions).append("\n").append(glslPrelude).append("\n\n");
+    layout.body = text.size();
     text.append(source.kernel.shaderText).append("\n\n");
     appendVaryings(text, source.kernel);
+    layout.expressions = text.size();
     if (!source.standalone)
-        appendParameterFunction(text, source);
+        appendParameterFunction(text, source, layout);
     return text;
 }
 
@@ -95,28 +99,33 @@ void appendFragmentMain(NarrowString& text, const ProgramSource& source) {
 
 void generateShaders(const pbKernelInfo& kernel, const pbGraphInfo* graph, const pbgNodeInfo* node,
                      bool standalone, std::uint32_t swizzle, NarrowString& vertexText,
-                     NarrowString& fragmentText) {
+                     NarrowString& fragmentText, ProgramLayout* layout) {
     const ProgramSource source{kernel, graph, node, standalone, swizzle};
-    fragmentText = commonText(source);
+    ShaderLayout common;
+    fragmentText = commonText(source, common);
     vertexText = "\n#define tvek_VERTEX_SHADER\n";
+    const std::size_t before = vertexText.size();
+    if (layout != nullptr)
+        *layout = {{before + common.body, before + common.expressions}, common};
     vertexText += fragmentText;
     appendVertexMain(vertexText, source);
     appendFragmentMain(fragmentText, source);
 }
 
 int generateKernelShaders(const pbKernelInfo& kernel, NarrowString& vertexText,
-                          NarrowString& fragmentText, std::uint32_t swizzle) {
-    generateShaders(kernel, nullptr, nullptr, true, swizzle, vertexText, fragmentText);
+                          NarrowString& fragmentText, std::uint32_t swizzle,
+                          ProgramLayout* layout) {
+    generateShaders(kernel, nullptr, nullptr, true, swizzle, vertexText, fragmentText, layout);
     return 0;
 }
 
 int generateNodeShaders(const pbGraphInfo& graph, std::size_t nodeIndex, NarrowString& vertexText,
-                        NarrowString& fragmentText, std::uint32_t swizzle) {
+                        NarrowString& fragmentText, std::uint32_t swizzle, ProgramLayout* layout) {
     const pbgNodeInfo& node = graph.nodes[nodeIndex];
     const pbKernelInfo* kernel = kernelOfNode(graph, node);
     if (kernel == nullptr)
         return -1;
-    generateShaders(*kernel, &graph, &node, false, swizzle, vertexText, fragmentText);
+    generateShaders(*kernel, &graph, &node, false, swizzle, vertexText, fragmentText, layout);
     return 0;
 }
 

@@ -14,20 +14,35 @@
 // The largest number of inputs of a program; they use the texture units 1 to 8.
 inline constexpr std::size_t maxKernelInputs = 8;
 
+// Where the copied texts begin in a generated one. They follow each other: the fixed texts, the
+// kernel's shaderText, the node's evaluateParametersCode (empty for a kernel and for a node without
+// expressions), the generated `main`.
+struct ShaderLayout {
+    std::size_t body = 0;
+    std::size_t expressions = 0;
+};
+struct ProgramLayout {
+    ShaderLayout vertex;
+    ShaderLayout fragment;
+};
+
 // For a standalone kernel: its parameters are uniforms. Always returns 0.
 int generateKernelShaders(const pbKernelInfo& kernel, NarrowString& vertexText,
-                          NarrowString& fragmentText, std::uint32_t swizzle);
+                          NarrowString& fragmentText, std::uint32_t swizzle,
+                          ProgramLayout* layout = nullptr);
 
 // For a node of a graph: the graph's parameters are uniforms, and the kernel's are computed from
 // them at the start of each shader. Returns 0, or -1 with the texts unchanged if no kernel has the
 // node's name. nodeIndex must be below the number of nodes.
 int generateNodeShaders(const pbGraphInfo& graph, std::size_t nodeIndex, NarrowString& vertexText,
-                        NarrowString& fragmentText, std::uint32_t swizzle);
+                        NarrowString& fragmentText, std::uint32_t swizzle,
+                        ProgramLayout* layout = nullptr);
 
-// The implementation of both; graph and node are used only if standalone is false.
+// The implementation of both; graph and node are used only if standalone is false. `layout`, which
+// may be null, is filled.
 void generateShaders(const pbKernelInfo& kernel, const pbGraphInfo* graph, const pbgNodeInfo* node,
                      bool standalone, std::uint32_t swizzle, NarrowString& vertexText,
-                     NarrowString& fragmentText);
+                     NarrowString& fragmentText, ProgramLayout* layout = nullptr);
 
 // The name of the float varying that passes an int or bool dependent, because GLSL has no varyings
 // of these types: the prefix `tvek_`, or `_tvek` for a name that begins with `_`.
