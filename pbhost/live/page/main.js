@@ -2,7 +2,7 @@
 
 import { commandOf } from './command.js';
 import { Connection } from './connection.js';
-import { byId, download, element, toast } from './dom.js';
+import { byId, download, element, fillTrack, toast } from './dom.js';
 import { Panel } from './panel.js';
 import { decode, draw, Renderer } from './renderer.js';
 import { SourceView } from './source_view.js';
@@ -227,6 +227,7 @@ function changeView(changes) {
   Object.assign(view, changes);
   for (const button of byId('channels').children)
     button.setAttribute('aria-checked', String(button.dataset.name === view.channels));
+  fillTrack(byId('exposure'));
   byId('exposureValue').textContent = view.exposure.toFixed(1);
   if (!isLoaded) return;
   renderer.touch(false);
