@@ -17,6 +17,7 @@
 #include "pbhost/commands/prefs_command.h"
 #include "pbhost/commands/render_command.h"
 #include "pbhost/commands/render_options.h"
+#include "pbhost/commands/submit_command.h"
 #include "pbhost/commands/translate_command.h"
 #include "pbhost/process/child_process.h"
 #include "pbhost/process/failure.h"
@@ -76,6 +77,12 @@ void addRender(CLI::App& app, Job& job) {
         job.subject = request->files.empty() ? request->project : request->files.front();
         job.work = [request, options] { return pbhost::render(*request, *options); };
     });
+}
+
+void addSubmit(CLI::App& app, Job& job) {
+    pbhost::addSubmit(
+        app, [](CLI::App& command) { addSession(command); },
+        [&job](std::function<std::string()> work) { job.work = std::move(work); });
 }
 
 void addLive(CLI::App& app, Job& job) {
@@ -279,8 +286,8 @@ int run(int argc, char** argv) {
     app.add_flag("--no-fork", isInOneProcess,
                  "Work in this process instead of a child process, for a debugger");
     Job job;
-    for (const auto add : {addRender, addLive, addControls, addInfo, addAbout, addHost, addPrefs,
-                           addTranslate, addModel, addCamera})
+    for (const auto add : {addRender, addSubmit, addLive, addControls, addInfo, addAbout, addHost,
+                           addPrefs, addTranslate, addModel, addCamera})
         add(app, job);
     requireCommand(app, argc, argv);
     try {

@@ -19,7 +19,7 @@
 
 #include "pbhost/pictures/picture.h"
 #include "pbhost/process/temporary_files.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/program.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -31,10 +31,6 @@ using pbhost::readPicture;
 using Texts = std::vector<std::string>;
 
 namespace {
-
-void write(const std::string& name, const std::string& text) {
-    std::ofstream(name, std::ios::binary) << text;
-}
 
 std::string kernelText(const std::string& body) {
     return "<languageVersion : 1.0;>\nkernel Mine < namespace: \"n\"; version: 1; >\n{" + body +
@@ -85,46 +81,13 @@ Picture paint(Depth depth) {
     return picture;
 }
 
-struct Result {
-    int code = 0;
-    std::string out, err;
-
-    void expectSuccess() const { EXPECT_EQ(code, 0) << err; }
-    // A failure is explained on standard error only, and the old picture is kept.
-    void expectFailure(int wanted, const Texts& messages) const {
-        EXPECT_EQ(code, wanted) << err;
-        EXPECT_EQ(out, "");
-        for (const std::string& message : messages)
-            EXPECT_NE(err.find(message), std::string::npos) << message << "\nin: " << err;
-        EXPECT_TRUE(bytesOf("old.png") == "old");
-    }
-};
-
-// Each test uses its own folder and its own preferences.
-class Pbhost : public testing::Test {
+class Pbhost : public ProgramTest {
 protected:
     Pbhost() {
-        fs::current_path(temporary_.path);
-        setenv("XDG_CONFIG_HOME", temporary_.path.c_str(), 1);
-        setenv("TVELMARONDINE_STRICT", "1", 1);
         pbhost::writePicture("in.png", paint(Depth::Bits8));
         write("copy.pbk", copyText("sampleNearest"));
         write("broken.pbk", copyText("sampleNearst"));
         write("set.pbk", setText);
-        write("old.png", "old");
-    }
-    ~Pbhost() override { fs::current_path("/"); }
-
-    const pbhost::TemporaryFolder temporary_;
-
-    // Arguments and environment are text for the shell.
-    static Result run(const std::string& arguments, const std::string& environment = "",
-                      const std::string& program = PBHOST_PATH) {
-        const int status = std::system(
-            (environment + " '" + program + "' " + arguments + " </dev/null >out.txt 2>err.txt")
-                .c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, bytesOf("out.txt"),
-                bytesOf("err.txt")};
     }
 
     const std::string examples = EXAMPLES_PATH "/";
@@ -168,13 +131,6 @@ private:
         return "/proc/" + std::to_string(process) + "/" + name;
     }
 };
-
-bool hasTemporaries() {
-    for (const auto& entry : fs::directory_iterator("."))
-        if (entry.path().filename().string().starts_with(".pbhost-"))
-            return true;
-    return false;
-}
 
 } // namespace
 

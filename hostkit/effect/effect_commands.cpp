@@ -14,8 +14,20 @@ namespace hostkit {
 
 namespace {
 
-// Time units in a frame: with 100, a rate of 29.97 is a whole number of units per second.
-constexpr A_long unitsPerFrame = 100;
+// Units of a time: 100 in a frame, or 1001 for rates such as 24000/1001, so that the frames' times
+// are whole numbers.
+struct TimeScale {
+    A_u_long perSecond;
+    A_long perFrame;
+};
+
+TimeScale timeScaleOf(double frameRate) {
+    for (const A_long perFrame : {100, 1001})
+        if (const double perSecond = frameRate * perFrame;
+            std::abs(perSecond - std::round(perSecond)) < 1e-6)
+            return {static_cast<A_u_long>(std::lround(perSecond)), perFrame};
+    return {static_cast<A_u_long>(std::lround(frameRate * 100)), 100};
+}
 
 // Commands that are sent only if the module requested them by a flag in global setup.
 constexpr std::array<std::pair<PF_Cmd, A_long>, 3> requestedCommands = {{
@@ -78,9 +90,9 @@ PF_InData Effect::inDataAt(double compSeconds, const Resolution& resolution) con
     PF_InData inData = *Host::current().inData();
     const Item& item = frameItem(*layer);
     inData.effect_ref = reinterpret_cast<PF_ProgPtr>(const_cast<Effect*>(this));
-    inData.time_scale =
-        static_cast<A_u_long>(std::lround(layer->composition->frameRate * unitsPerFrame));
-    inData.time_step = unitsPerFrame;
+    const TimeScale scale = timeScaleOf(layer->composition->frameRate);
+    inData.time_scale = scale.perSecond;
+    inData.time_step = scale.perFrame;
     inData.current_time =
         static_cast<A_long>(std::lround((compSeconds - layer->inSeconds) * inData.time_scale));
     inData.width = item.width;

@@ -147,6 +147,9 @@ void FrameRenderer::setPicture(const char* option, const TargetedSetting& settin
 }
 
 void FrameRenderer::setValues() {
+    // Only renders with frames have a rate; the host's times are whole parts of a frame.
+    if (!plan_.keys.empty() || plan_.isSequence)
+        stack_.front()->layer.composition->frameRate = plan_.clock.framesPerSecond;
     const std::vector<hostkit::Effect*> all = effects();
     for (const TargetedSetting& each : plan_.settings)
         applySetting(*all[effectOf("--set", each, plan_.names, all, false)], each.setting,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "hostkit/effect/control_kinds.h"
 #include "pbhost/process/failure.h"
@@ -61,6 +62,10 @@ double parseRate(const std::string& text) {
     if (!whole || !part || *part <= 0 || *whole / *part < 0.01 || *whole / *part > 10000)
         throw Failure(ExitCode::Usage,
                       "--fps " + text + ": write frames per second, as 24 or 30000/1001");
+    // The decimals that stand for fractions.
+    for (const double rate : {24.0, 30.0, 60.0})
+        if (std::abs(*whole / *part - rate / 1.001) < 0.005)
+            return rate / 1.001;
     return *whole / *part;
 }
 

@@ -42,6 +42,7 @@ struct RenderPlan {
     double seconds = 0; // of a single frame
     std::pair<unsigned, unsigned> downsample;
     FrameClock clock;
+    bool isSequence = false; // the clock's rate is that of the composition
 
 private:
     void parseSettings();

@@ -38,6 +38,13 @@ std::string hashOf(const std::string& bytes) {
     return hex(std::hash<std::string>()(bytes)) + "-" + std::to_string(bytes.size());
 }
 
+Recipe storedRecipe(const fs::path& output) {
+    std::ifstream stream(recipeFile(output), std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(stream),
+                           std::istreambuf_iterator<char>()};
+    return Recipe::parse(text, nullptr, false);
+}
+
 } // namespace
 
 std::string hashOfFile(const fs::path& file) {
@@ -71,10 +78,7 @@ bool isMadeBy(const fs::path& output, const Recipe& recipe, std::string& reason)
         reason = "it does not exist";
         return false;
     }
-    std::ifstream stream(recipeFile(output), std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(stream),
-                           std::istreambuf_iterator<char>()};
-    const Recipe stored = Recipe::parse(text, nullptr, false);
+    const Recipe stored = storedRecipe(output);
     if (!stored.is_object() || !stored.contains("recipe") || !stored.contains("file")) {
         reason = "it is not known how it was made";
         return false;
@@ -90,6 +94,14 @@ bool isMadeBy(const fs::path& output, const Recipe& recipe, std::string& reason)
             return false;
         }
     return true;
+}
+
+bool wasMadeSince(const fs::path& output, std::int64_t seconds) {
+    struct stat status {};
+    if (::stat(recipeFile(output).c_str(), &status) != 0 || status.st_mtim.tv_sec < seconds)
+        return false;
+    const Recipe stored = storedRecipe(output);
+    return stored.is_object() && stored.contains("file") && stored["file"] == stateOf(output);
 }
 
 } // namespace pbhost

@@ -2,6 +2,7 @@
 // frames. A frame is complete if its recipe is the same and the file is as it was written.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -33,5 +34,8 @@ void storeRecipe(const std::filesystem::path& output, const Recipe& recipe);
 
 // Whether the file is whole and was made by the recipe; otherwise `reason` says why not.
 bool isMadeBy(const std::filesystem::path& output, const Recipe& recipe, std::string& reason);
+
+// Whether the file is whole and was made at that time or later, in seconds since 1970.
+bool wasMadeSince(const std::filesystem::path& output, std::int64_t seconds);
 
 } // namespace pbhost

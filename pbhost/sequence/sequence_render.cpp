@@ -65,6 +65,7 @@ SequenceRender::SequenceRender(const RenderRequest& request)
         throw Failure(ExitCode::Usage, request.output +
                                            ": several frames need a name with a place for their "
                                            "number, such as out.####.png");
+    plan_.isSequence = true;
     jobs_ = listFrames(plan_, files_);
     if (!request.sequence.first && !plan_.project.clock)
         plan_.clock.first = firstFrame(jobs_);
@@ -79,16 +80,25 @@ SequenceRender::SequenceRender(const RenderRequest& request)
     if (request.sequence.isDryRun && !request.sequence.isResumed)
         return;
     pool_ = std::make_unique<WorkerPool>(threadCount());
-    first_ = pool_->submit([this]() -> LayerSource {
-        const auto real = std::find_if(jobs_.begin(), jobs_.end(),
-                                       [](const FrameJob& job) { return job.source.has_value(); });
-        if (source_ != nullptr && real != jobs_.end())
-            return source_->read(*real->source, plan_.layerOptions());
-        if (!plan_.picture.empty() && source_ == nullptr)
-            return readSource(plan_.picture, plan_.layerOptions());
-        const auto [width, height] = plan_.emptySize();
-        return transparentSource(width, height, plan_.depth().value_or(Depth::Bits8));
-    });
+    first_ = pool_->submit([this] { return readFirst(); });
+}
+
+LayerSource SequenceRender::readFirst() {
+    for (const FrameJob& job : jobs_) {
+        if (source_ == nullptr || !job.source)
+            continue;
+        try {
+            return source_->read(*job.source, plan_.layerOptions());
+        } catch (const Failure& failure) {
+            if (!request_.sequence.isKeepingGoing || &job == &jobs_.back())
+                throw Failure(failure.code,
+                              "frame " + std::to_string(job.frame) + ": " + failure.what());
+        }
+    }
+    if (!plan_.picture.empty() && source_ == nullptr)
+        return readSource(plan_.picture, plan_.layerOptions());
+    const auto [width, height] = plan_.emptySize();
+    return transparentSource(width, height, plan_.depth().value_or(Depth::Bits8));
 }
 
 SequenceRender::~SequenceRender() = default;

@@ -19,6 +19,10 @@ public:
     explicit SequenceRender(const RenderRequest& request);
     ~SequenceRender();
 
+    const std::vector<FrameJob>& jobs() const { return jobs_; }
+    std::string fileOf(long frame) const { return sink_->fileOf(frame); } // the output
+    long frameAtZero() const { return plan_.clock.first; }                // at second 0
+
     // The frames and their files, one line each.
     std::string describe() const;
 
@@ -31,6 +35,8 @@ private:
     struct Worker; // the loop over the frames
 
     std::string lineOf(const FrameJob& job) const;
+    // The layer's source for loading the effects: the first picture that there is.
+    LayerSource readFirst();
 
     const RenderRequest& request_;
     RenderPlan plan_;

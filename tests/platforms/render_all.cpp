@@ -2,11 +2,11 @@
 //
 // render_all MODULE OUT BLOCKS FILE...
 //
-// Writes into OUT for each FILE: NAME.8, NAME.16, NAME.32, the pixels of a frame at that depth
-// without padding; NAME.block, the effect's flat block; NAME.values, the values of its controls. If
-// BLOCKS is a folder of such files (not "-"), the instances are opened from these blocks, at 16
-// bits from the same block in the old format, and a file that is not at the stored path is searched
-// for in the folders of the FILEs.
+// Writes into OUT for each FILE and each of the depths 8, 16 and 32: NAME.DEPTH, the pixels of a
+// frame without padding; NAME.DEPTH.block, the effect's flat block; NAME.DEPTH.values, the values
+// of its controls. If BLOCKS is a folder of such files (not "-"), the instances are opened from
+// these blocks, at 16 bits from the same block in the old format, and a file that is not at the
+// stored path is searched for in the folders of the FILEs.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -28,8 +28,13 @@ using namespace hostkit;
 
 namespace {
 
-constexpr int width = 96;
-constexpr int height = 64;
+// The size of the rendered frames, and by how much the layer is larger: some kernels draw nothing
+// near the corner of their frame.
+constexpr int width = 60;
+constexpr int height = 40;
+int scaleAt(int componentBytes) {
+    return componentBytes == 1 ? 1 : 8;
+}
 
 void writeFile(const fs::path& path, const void* bytes, std::size_t size) {
     std::ofstream file(path, std::ios::binary);
@@ -58,15 +63,15 @@ void setChannel(World& world, std::size_t at, int value) {
 }
 
 // A smooth area and a rough one; opaque on the left, fading out to the right.
-World picture(int componentBytes, int seed) {
-    World world = makeWorld(width, height, componentBytes);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
+World picture(const Composition& comp, int componentBytes, int seed) {
+    World world = makeWorld(comp.width, comp.height, componentBytes);
+    for (int y = 0; y < comp.height; ++y)
+        for (int x = 0; x < comp.width; ++x)
             for (int k = 0; k < 4; ++k) {
-                const int alpha = x < width / 2 ? 255 : 255 - 2 * (x - width / 2);
+                const int alpha = std::min(255, 510 - 510 * x / comp.width);
                 const int color =
                     (x * (2 + k) + y * (5 - k) + seed * 83 + (x / 7 * y / 5) % 11) % 256;
-                const auto at = static_cast<std::size_t>((y * width + x) * 4 + k);
+                const auto at = static_cast<std::size_t>((y * comp.width + x) * 4 + k);
                 setChannel(world, at, k == 0 ? alpha : color);
             }
     return world;
@@ -109,21 +114,30 @@ void open(Effect& effect, const fs::path& stored, bool isOldFormat) {
         throw std::runtime_error(stored.string() + ": cannot be opened");
 }
 
-// Moves the sliders away from the kernel's defaults, which an opened effect could have by itself.
+// Moves the sliders a little away from the kernel's defaults, which an opened effect could have by
+// itself.
 void moveSliders(Effect& effect) {
     for (std::size_t control = 1; control < effect.definitions.size(); ++control) {
         const PF_ParamDef& definition = effect.definitions[control];
         Stream& stream = effect.control(control);
         if (definition.param_type == PF_Param_FIX_SLIDER && !stream.isHidden()) {
+            const NumberRange range = *kindOf(definition).range(definition.u);
             double& value = stream.constant.value.one_d;
-            value += 0.25 * (kindOf(definition).range(definition.u)->high - value);
+            // Mostly down, because a larger value often needs more time.
+            value += 0.03 * ((value > range.low ? range.low : range.high) - value);
         }
     }
 }
 
+// The path of the pixels; block and values have further extensions.
+fs::path resultOf(const fs::path& folder, const fs::path& file, int componentBytes) {
+    return folder / (file.filename().string() + "." + std::to_string(8 * componentBytes));
+}
+
 void start(Effect& effect, const fs::path& file, const std::string& blocks) {
     if (blocks != "-")
-        return open(effect, fs::path(blocks) / file.filename(), effect.componentBytes() == 2);
+        return open(effect, resultOf(blocks, file, effect.componentBytes()),
+                    effect.componentBytes() == 2);
     Host::current().scripts.answers = {file.string()};
     if (effect.apply() != 0)
         throw std::runtime_error(file.string() + ": cannot be applied");
@@ -135,9 +149,12 @@ void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
     for (const int componentBytes : {1, 2, 4}) {
         Project& project = Host::current().project;
         project.componentBytes = componentBytes;
-        Composition& comp = project.addComposition("comp", width, height);
-        Layer& other = comp.addLayer("other", makeFootage("other", picture(componentBytes, 1)));
-        Layer& layer = comp.addLayer("layer", makeFootage("picture", picture(componentBytes, 0)));
+        const int scale = scaleAt(componentBytes);
+        Composition& comp = project.addComposition("comp", width * scale, height * scale);
+        Layer& other =
+            comp.addLayer("other", makeFootage("other", picture(comp, componentBytes, 1)));
+        Layer& layer =
+            comp.addLayer("layer", makeFootage("picture", picture(comp, componentBytes, 0)));
         Effect& effect = addEffect(plugin, layer);
         start(effect, file, blocks);
         if (effect.title() == "TVM:(Invalid PB)")
@@ -146,12 +163,13 @@ void renderOne(Plugin& plugin, const fs::path& file, const fs::path& out,
             effect.control(control).constant.value.layer_id = other.id;
         RenderRequest request;
         request.seconds = 0.5;
+        request.downsampleX = request.downsampleY = {1, static_cast<A_u_long>(scale)};
         const RenderResult result = effect.render(request);
         if (result.error != 0)
             throw std::runtime_error(file.string() + ": error " + std::to_string(result.error));
         const std::vector<std::byte> pixels = pixelsOf(result.output);
-        const std::string name = (out / file.filename()).string();
-        writeFile(name + "." + std::to_string(8 * componentBytes), pixels.data(), pixels.size());
+        const std::string name = resultOf(out, file, componentBytes).string();
+        writeFile(name, pixels.data(), pixels.size());
         const std::vector<std::byte> block = effect.save();
         writeFile(name + ".block", block.data(), block.size());
         const std::vector<AEGP_StreamVal2> values = valuesOf(effect);

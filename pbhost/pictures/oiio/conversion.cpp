@@ -75,12 +75,12 @@ Fault PixelConversion::setColours(const std::string& from, const std::string& to
         return {};
     OIIO::ColorConfig& config = configurationOf(configuration);
     colours_ = config.createColorProcessor(from, to);
-    if (colours_ && !config.error())
+    const std::string reason = config.geterror(); // without a configuration there is always one
+    if (colours_)
         return {};
     std::string names;
     for (const std::string& name : config.getColorSpaceNames())
         names.append(names.empty() ? "" : ", ").append(name);
-    const std::string reason = config.geterror();
     return {"there is no conversion from colour space '" + from + "' to '" + to + "'" +
                 (reason.empty() ? "" : ": " + reason) + "; the known ones are: " + names,
             true};

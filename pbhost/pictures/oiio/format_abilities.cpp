@@ -13,7 +13,6 @@ constexpr std::array<std::string_view, 6> floatFormats = {"openexr", "tiff", "dp
                                                           "fits",    "rla",  "hdr"};
 // Formats without unsigned 16-bit integers: floats lose less than the integers that they support.
 constexpr std::array<std::string_view, 3> noInteger16 = {"openexr", "fits", "hdr"};
-constexpr std::array<std::string_view, 2> halfFormats = {"openexr", "tiff"};
 
 bool isIn(const auto& formats, std::string_view format) {
     return std::find(formats.begin(), formats.end(), format) != formats.end();
@@ -63,7 +62,7 @@ OIIO::TypeDesc typeDescOf(ValueType type) {
 OIIO::TypeDesc storedType(const Picture& picture, std::string_view format) {
     const PictureHeader* header = picture.header.get();
     if (header != nullptr && header->type == ValueType::Half && picture.depth == Depth::Bits32 &&
-        isIn(halfFormats, format))
+        format == "openexr")
         return OIIO::TypeDesc::HALF;
     const bool wantsFloat = picture.depth == Depth::Bits32
                                 ? isIn(floatFormats, format)

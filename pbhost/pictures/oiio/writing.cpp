@@ -189,6 +189,20 @@ public:
         return finish(channelsFor(false, hasAlpha), conversion);
     }
 
+    // TIFF reads its file again when it has a directory of Exif data, which memory for writing
+    // can't.
+    bool needsFile() const {
+        if (format_ != "tiff" || header_ == nullptr)
+            return false;
+        const auto& all = header_->spec.extra_attribs;
+        // The colour space is stored there, too.
+        return !header_->colourSpace.empty() ||
+               std::any_of(all.begin(), all.end(), [](const OIIO::ParamValue& value) {
+                   return value.name().string().starts_with("Exif:") ||
+                          value.name().string().starts_with("GPS:");
+               });
+    }
+
     bool isAlphaDropped = false;
 
 private:
@@ -271,7 +285,7 @@ Fault writeBytes(const fs::path& path, const std::vector<unsigned char>& bytes) 
 // Most writers do not detect a full disk, and one terminates the process. So the file is encoded in
 // memory if the writer supports that, and otherwise read back after writing.
 Fault writeWith(OIIO::ImageOutput& output, const fs::path& path, Encoder& encoder) {
-    if (output.supports("ioproxy")) {
+    if (output.supports("ioproxy") && !encoder.needsFile()) {
         OIIO::Filesystem::IOVecOutput memory;
         output.set_ioproxy(&memory);
         const Fault fault = encoder.run(path.string());
@@ -310,6 +324,10 @@ bool hasType(OIIO::ImageOutput& writer, const std::string& extension, ValueType 
     const bool isOpen =
         writer.open("name" + extension, OIIO::ImageSpec(16, 16, 3, typeDescOf(type)));
     const bool isKept = isOpen && writer.spec().format == typeDescOf(type);
+    // Without pixels, some libraries print a message.
+    const std::vector<float> pixels(16 * 16 * 3);
+    if (isOpen)
+        writer.write_image(OIIO::TypeDesc::FLOAT, pixels.data());
     writer.close();
     writer.geterror();
     writer.set_ioproxy(nullptr);
