@@ -121,41 +121,9 @@ void addSubmit(CLI::App& app, Job& job) {
 void addLive(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("live", "Show the controls and the picture in a browser");
     auto request = std::make_shared<pbhost::live::LiveRequest>();
-    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)");
-    command
-        ->add_option("-i,--input", request->inputs,
-                     "A picture, or a sequence's pattern: the first for the layer, all for the "
-                     "choice of layer controls")
-        ->allow_extra_args(false);
-    command->add_option("--project", request->project, "Open this project");
-    command->add_option("--set", request->settings, "A control's first value, as for render")
-        ->allow_extra_args(false);
-    auto size = std::make_shared<std::pair<unsigned, unsigned>>();
-    command
-        ->add_option("--size", *size,
-                     "Size of the layer if it has no picture, WIDTHxHEIGHT (default: 640x360)")
-        ->delimiter('x')
-        ->check(CLI::Range(1, 16384));
-    command->add_option("--depth", request->depth, "Bits per channel (default: the picture's)")
-        ->check(CLI::IsMember({8, 16, 32}));
-    command->add_option("--frames", request->frames,
-                        "The frames of the time slider, as for render (default: those on disk)");
-    command->add_option("--fps", request->framesPerSecond, "Frames per second")
-        ->capture_default_str()
-        ->check(CLI::Range(0.01, 1000.0));
-    command->add_option("--listen", request->listen, "The address to listen at")
-        ->capture_default_str();
-    command->add_option("--port", request->port, "The port to listen at (default: a free one)")
-        ->check(CLI::Range(0, 65535));
-    command
-        ->add_option("--timeout", request->timeout,
-                     "Seconds after which a render that does not end is stopped")
-        ->capture_default_str()
-        ->check(CLI::Range(0.1, 86400.0));
-    command->add_flag("--open", request->opensBrowser, "Open the page in the browser");
+    pbhost::addLiveOptions(*command, *request);
     const auto options = addSession(*command);
-    command->callback([&job, request, size, options] {
-        std::tie(request->width, request->height) = *size;
+    command->callback([&job, request, options] {
         job.subject = request->file;
         job.work = [request, options] {
             pbhost::serveLive(*request, *options);

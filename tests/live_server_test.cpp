@@ -157,8 +157,7 @@ TEST_F(LiveWorkspace, CompletesRequestsWithWhatAPageCannotChoose) {
     request.inputs = {"a.png"};
     request.settings = {"gain=2"};
     request.depth = 16;
-    request.width = 30;
-    request.height = 20;
+    request.size = {30, 20};
     Workspace workspace(request);
     PageRequests requests(workspace);
     const std::string kernel = fs::absolute("k.pbk"), other = "/etc/passwd";

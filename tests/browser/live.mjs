@@ -56,9 +56,9 @@ export class Live {
   // Waits for the picture of the newest values, lossless and in full size.
   async settled(page = this.page) {
     await page.waitForFunction(() => {
-      const { painted, change } = document.body.dataset;
+      const { painted, change, isLoading } = document.body.dataset;
       const [number, encoding, downsample] = (painted ?? '').split(' ');
-      return number === change && encoding !== 'jpeg' && downsample === '1' &&
+      return isLoading === 'false' && number === change && encoding !== 'jpeg' && downsample === '1' &&
              document.getElementById('notice').hidden;
     }, null, { timeout: patience });
   }

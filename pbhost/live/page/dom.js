@@ -57,6 +57,12 @@ export function followPointer(target, start, end = () => {}) {
   });
 }
 
+// Fills the track of a slider up to its value.
+export function fillTrack(slider) {
+  const { min, max, valueAsNumber } = slider;
+  slider.style.setProperty('--part', `${(100 * (valueAsNumber - min)) / (max - min || 1)}%`);
+}
+
 let toastTimer = 0;
 export function toast(text) {
   const place = byId('toast');

@@ -2,7 +2,7 @@
 
 import { commandOf } from './command.js';
 import { Connection } from './connection.js';
-import { byId, download, element, toast } from './dom.js';
+import { byId, download, element, fillTrack, toast } from './dom.js';
 import { Panel } from './panel.js';
 import { decode, draw, Renderer } from './renderer.js';
 import { SourceView } from './source_view.js';
@@ -25,6 +25,7 @@ const panel = new Panel(state, { addFile, choosePicture: (picture) => load({ pic
 const source = new SourceView();
 const timeBar = new TimeBar(state);
 let isLoaded = false; // at least once
+let loads = 0; // under way
 let isDead = false; // the render process ended; a load starts another
 let compared; // what the other canvas shows
 let shown = {}; // facts of the last picture
@@ -33,12 +34,15 @@ let shown = {}; // facts of the last picture
 
 async function load(changes = {}) {
   setStatus('loading', 'busy');
+  document.body.dataset.isLoading = 'true';
   isDead = false;
   const isFirst = !isLoaded;
   const stored = isFirst ? state.stored : undefined;
   const picture = isPicture(stored?.picture) ? stored.picture : isFirst ? firstPicture() : state.picture;
   const request = { do: 'load', isFirst, picture, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
+  ++loads;
   const reply = await connection.ask(request);
+  document.body.dataset.isLoading = String(--loads > 0);
   if (reply.do === 'failed' && isLoaded && Object.keys(changes).length > 0) {
     toast(reply.text);
     return load(); // as before
@@ -223,6 +227,7 @@ function changeView(changes) {
   Object.assign(view, changes);
   for (const button of byId('channels').children)
     button.setAttribute('aria-checked', String(button.dataset.name === view.channels));
+  fillTrack(byId('exposure'));
   byId('exposureValue').textContent = view.exposure.toFixed(1);
   if (!isLoaded) return;
   renderer.touch(false);

@@ -1,6 +1,6 @@
 // The time slider, with play and the keyframes' places.
 
-import { byId, element, parseNumber, numberText, toast } from './dom.js';
+import { byId, element, fillTrack, parseNumber, numberText, toast } from './dom.js';
 
 export class TimeBar {
   constructor(state) {
@@ -65,6 +65,7 @@ export class TimeBar {
 
   update() {
     byId('time').value = this.state.seconds;
+    fillTrack(byId('time'));
     if (document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
     byId('duration').value = Number(this.duration.toFixed(2));
     byId('frame').textContent = `frame ${this.first + Math.round(this.state.seconds * this.fps)}`;

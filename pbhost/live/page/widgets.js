@@ -1,7 +1,7 @@
 // The controls of each kind. A widget is made by a function (state, control) and has an "element"
 // and a function "update", which shows the value of the state.
 
-import { clamp, element, followPointer, numberText, parseNumber, stepFactor, toast } from './dom.js';
+import { clamp, element, fillTrack, followPointer, numberText, parseNumber, stepFactor, toast } from './dom.js';
 
 // Numbers.
 
@@ -92,8 +92,7 @@ function slider(state, control, label) {
   const update = () => {
     const value = access.read();
     range.value = value;
-    const part = clamp((value - low) / (high - low || 1), 0, 1);
-    range.style.setProperty('--part', `${part * 100}%`);
+    fillTrack(range);
     range.setAttribute('aria-valuetext', numberText(value));
     updateField();
   };

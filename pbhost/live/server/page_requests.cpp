@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <tuple>
 
 #include "pbhost/files/read_file.h"
 #include "pbhost/process/failure.h"
@@ -60,10 +61,8 @@ void PageRequests::completeLoad(Data& request) const {
     request["first"] = clock["first"];
     if (!request.contains("depth"))
         request["depth"] = asked.depth;
-    if (asked.width != 0) {
-        request["width"] = asked.width;
-        request["height"] = asked.height;
-    }
+    if (asked.size.first != 0)
+        std::tie(request["width"], request["height"]) = asked.size;
 }
 
 void PageRequests::adapt(Data& reply) {

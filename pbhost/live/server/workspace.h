@@ -20,10 +20,9 @@ struct LiveRequest {
     std::string file;    // .pbk or .pbg; empty: given by the project
     std::string project; // may be empty
     std::vector<std::string> inputs;
-    unsigned width = 0; // pixels of a layer without a picture; 0: the default
-    unsigned height = 0;
-    std::vector<std::string> settings; // CONTROL=V[,V...]
-    std::string frames;                // of the time slider; empty: those on disk
+    std::pair<unsigned, unsigned> size; // of a layer without a picture, pixels; 0: the default
+    std::vector<std::string> settings;  // CONTROL=V[,V...]
+    std::string frames;                 // of the time slider; empty: those on disk
     double framesPerSecond = FrameClock().framesPerSecond;
     int depth = 0; // bits; 0: the picture's
     std::string listen = "127.0.0.1";
