@@ -89,9 +89,10 @@ DriverMessage parseLine(std::string_view line) {
 
 // A message about a value whose type is unknown because of another error.
 bool isConsequence(std::string_view text) {
-    constexpr std::array<std::string_view, 8> phrases = {
+    constexpr std::array<std::string_view, 9> phrases = {
         "operands to ",    "operand to ",   "type mismatch",     "from a non-numeric data type",
-        " must be scalar", "of type error", "cannot be indexed", "with wrong type error"};
+        " must be scalar", "of type error", "cannot be indexed", "with wrong type error",
+        "operands of ?:"};
     return std::any_of(phrases.begin(), phrases.end(), [&](std::string_view phrase) {
         return text.find(phrase) != std::string_view::npos;
     });
