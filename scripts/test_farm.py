@@ -156,6 +156,7 @@ def test_commands(shot):
 
 
 def main():
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # stops the daemons, too
     pbhost = pathlib.Path(sys.argv[1]).resolve() / "pbhost/pbhost"
     with tempfile.TemporaryDirectory(prefix="farm-") as folder:
         base = pathlib.Path(folder)
