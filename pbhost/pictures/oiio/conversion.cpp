@@ -45,9 +45,11 @@ template<typename ChannelOf>
 typename ChannelOf::Type floatToHost(ChannelOf, float value) {
     if constexpr (std::is_same_v<typename ChannelOf::Type, std::uint32_t>)
         return std::bit_cast<std::uint32_t>(value);
-    else
-        return typename ChannelOf::Type(
-            (value > 0 ? std::min(value, 1.0f) : 0.0f) * float(ChannelOf::white) + 0.5f);
+    else {
+        const float scaled = (value > 0 ? std::min(value, 1.0f) : 0.0f) * float(ChannelOf::white);
+        // std::lround would be a function call for each channel.
+        return typename ChannelOf::Type(scaled + 0.5f); // NOLINT(bugprone-incorrect-roundings)
+    }
 }
 
 template<typename Test>
