@@ -6,13 +6,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <utility>
 
 #include "pbhost/check/diagnostic_json.h"
+#include "pbhost/process/channel.h"
 #include "pbhost/process/failure.h"
 
 namespace pbhost {
@@ -20,30 +20,9 @@ namespace pbhost {
 namespace {
 
 // A message is one line of JSON.
-std::string lineOf(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = ::send(descriptor, text.data(), text.size(), MSG_NOSIGNAL);
-        if (count < 0 && errno != EINTR)
-            return false;
-        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
-// Appends what has arrived; false at the end of the channel.
-bool readSome(int descriptor, std::string& text) {
-    std::array<char, 1 << 16> part;
-    ssize_t count = 0;
-    do
-        count = ::read(descriptor, part.data(), part.size());
-    while (count < 0 && errno == EINTR);
-    if (count > 0)
-        text.append(part.data(), static_cast<std::size_t>(count));
-    return count > 0;
+bool sendLine(int channel, const Json& json) {
+    const std::string line = json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return sendAll(channel, line.data(), line.size());
 }
 
 // The next line from a channel; nothing at its end.
@@ -77,11 +56,11 @@ void serve(int channel) {
         std::string buffer;
         while (const auto line = readLine(channel, buffer)) {
             const CheckRequest request = requestOf(Json::parse(*line));
-            if (!writeAll(channel, lineOf(asJson(checkFile(host, compiler, request)))))
+            if (!sendLine(channel, asJson(checkFile(host, compiler, request))))
                 return;
         }
     } catch (const Failure& failure) {
-        writeAll(channel, lineOf({{"failure", failure.what()}}));
+        sendLine(channel, {{"failure", failure.what()}});
     }
 }
 
@@ -141,7 +120,7 @@ void CheckWorker::send(const CheckRequest& request) {
     Json json = {{"file", request.file}};
     if (request.text)
         json["text"] = *request.text;
-    writeAll(channel_, lineOf(json)); // if the process has ended, receive() finds out
+    sendLine(channel_, json); // if the process has ended, receive() finds out
 }
 
 std::optional<Diagnostics> CheckWorker::receive() {

@@ -40,6 +40,11 @@ bool hasErrors(const Diagnostics& found);
 // Sorts by line and column, and merges repetitions, which may be about different nodes.
 void sortDiagnostics(Diagnostics& found);
 
+// A name of the file in a message.
+inline std::string inQuotes(std::string_view name) {
+    return "\"" + std::string(name) + "\"";
+}
+
 // Writes findings about one text.
 class DiagnosticList {
 public:

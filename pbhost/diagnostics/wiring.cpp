@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "engine/program/glsl_generator.h"
+#include "pbhost/diagnostics/diagnostic.h"
 
 namespace pbhost {
 
@@ -16,10 +17,6 @@ using Names = std::vector<std::string_view>;
 
 constexpr std::size_t mostNames = 6; // in a message
 constexpr std::size_t mostMessages = 20;
-
-std::string quoted(std::string_view name) {
-    return "\"" + std::string(name) + "\"";
-}
 
 Names namesOf(const auto& named) {
     Names names;
@@ -90,7 +87,7 @@ private:
             return;
         }
         addMessage(found.errors, "graph-kernel", GraphPart::Node, nodes_.size() - 1, [&] {
-            return "node " + quoted(id) + ": the graph has no kernel " + quoted(name) + "; " +
+            return "node " + inQuotes(id) + ": the graph has no kernel " + inQuotes(name) + "; " +
                    namesLike(name, namesOf(graph_.kernels));
         });
     }
@@ -102,8 +99,9 @@ private:
         const auto warn = [&](const auto& makeReason) {
             const std::size_t index = indexOf(connection);
             addMessage(found.warnings, "graph-connection", GraphPart::Connection, index, [&] {
-                return "the connection from " + quoted(nameText(connection.from)) + " to input " +
-                       quoted(input) + " of node " + quoted(id) + " is ignored: " + makeReason();
+                return "the connection from " + inQuotes(nameText(connection.from)) + " to input " +
+                       inQuotes(input) + " of node " + inQuotes(id) +
+                       " is ignored: " + makeReason();
             });
         };
         const auto target = byName_.find(id);
@@ -120,7 +118,7 @@ private:
         const auto place = std::find(inputs.begin(), inputs.end(), input);
         if (place == inputs.end())
             return warn([&] {
-                return "kernel " + quoted(nameText(node.kernel->name)) + " has no such input; " +
+                return "kernel " + inQuotes(nameText(node.kernel->name)) + " has no such input; " +
                        namesLike(input, inputs);
             });
         Input& fed = node.inputs[static_cast<std::size_t>(place - inputs.begin())];
@@ -149,8 +147,8 @@ private:
     void addUnfedInput(std::size_t index, const pbName& input) {
         const Node& node = nodes_[index];
         addMessage(found.warnings, "graph-input", GraphPart::Node, index, [&] {
-            return "input " + quoted(nameText(input)) + " of node " + quoted(node.id) +
-                   " (kernel " + quoted(nameText(node.kernel->name)) +
+            return "input " + inQuotes(nameText(input)) + " of node " + inQuotes(node.id) +
+                   " (kernel " + inQuotes(nameText(node.kernel->name)) +
                    ") is not connected and reads as transparent; to connect it " +
                    sourcesLike(input, node.id);
         });
@@ -159,12 +157,13 @@ private:
     void addOutput(const pbConnection& connection) {
         const auto source = byName_.find(nameText(connection.from));
         if (source == byName_.end())
-            addMessage(
-                found.errors, "graph-connection", GraphPart::Connection, indexOf(connection), [&] {
-                    return "the output image is connected to " + quoted(nameText(connection.from)) +
-                           ", which is neither a node nor an input image; " +
-                           sourcesLike(connection.from);
-                });
+            addMessage(found.errors, "graph-connection", GraphPart::Connection, indexOf(connection),
+                       [&] {
+                           return "the output image is connected to " +
+                                  inQuotes(nameText(connection.from)) +
+                                  ", which is neither a node nor an input image; " +
+                                  sourcesLike(connection.from);
+                       });
         else if (source->second)
             searchFrom(*source->second, found.errors);
     }
@@ -221,10 +220,10 @@ private:
     // The cycle in the direction of data flow, which is the reverse of the path.
     std::string cycleText(const std::vector<std::pair<std::size_t, std::size_t>>& path,
                           std::size_t first) const {
-        std::string text = "these nodes form a cycle: " + quoted(nodes_[first].id);
+        std::string text = "these nodes form a cycle: " + inQuotes(nodes_[first].id);
         for (auto step = path.rbegin(); step->first != first; ++step)
-            text += " -> " + quoted(nodes_[step->first].id);
-        return text + " -> " + quoted(nodes_[first].id);
+            text += " -> " + inQuotes(nodes_[step->first].id);
+        return text + " -> " + inQuotes(nodes_[first].id);
     }
 
     const pbGraphInfo& graph_;
@@ -260,7 +259,7 @@ std::string namesLike(std::string_view wanted, std::vector<std::string_view> kno
                      [](const auto& one, const auto& other) { return one.first < other.first; });
     std::string text = known.size() == 1 ? "there is " : "there are ";
     for (std::size_t i = 0; i < std::min(known.size(), mostNames); ++i)
-        text += (i == 0 ? "" : ", ") + quoted(byDistance[i].second);
+        text += (i == 0 ? "" : ", ") + inQuotes(byDistance[i].second);
     return text + (known.size() > mostNames ? " and others" : "");
 }
 

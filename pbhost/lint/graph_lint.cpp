@@ -15,10 +15,6 @@ namespace pbhost {
 
 namespace {
 
-std::string inQuotes(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
 // The elements that the reader takes, and the attributes that it reads of each.
 struct KnownElement {
     std::string_view name;

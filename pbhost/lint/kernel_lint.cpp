@@ -20,10 +20,6 @@ constexpr std::size_t fedInputs = 4; // the effect's layer and three layer contr
 constexpr std::size_t nameBytes = std::tuple_size_v<pbName> - 1;
 constexpr double mostRounds = 65535; // of all loops of a pixel on Mesa's software driver
 
-std::string inQuotes(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
 class KernelLint {
 public:
     KernelLint(const KernelOutline& outline, const pbKernelInfo& kernel, bool hasControls,

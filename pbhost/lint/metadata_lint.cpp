@@ -13,10 +13,6 @@ namespace pbhost {
 
 namespace {
 
-std::string inQuotes(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
 bool isTruth(const KernelToken& token) {
     return token.text == "true" || token.text == "false";
 }

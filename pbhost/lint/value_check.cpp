@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "pbhost/diagnostics/diagnostic.h"
 #include "pbhost/diagnostics/wiring.h"
 #include "pbhost/session/control_list.h"
 
@@ -96,8 +97,8 @@ void checkNeed(const pbParameter& parameter, std::vector<ParameterFault>& faults
         wanted += " or float" + std::to_string(need->most);
     const bool isHint = parameter.aeUIControl != pbControlNone;
     faults.push_back({"control-type", isHint ? "aeUIControl" : "parameterType",
-                      "\"" + std::string(need->name) + "\" is for a parameter of type " + wanted +
-                          ", not " + nameOfType(parameter.type)});
+                      inQuotes(need->name) + " is for a parameter of type " + wanted + ", not " +
+                          nameOfType(parameter.type)});
 }
 
 bool hasRange(const pbParameter& parameter) {
@@ -148,7 +149,7 @@ std::string unknownKey(std::string_view key, std::vector<std::string_view> known
         return editDistance(key, one) < editDistance(key, other);
     });
     if (editDistance(key, *nearest) * 2 <= nearest->size())
-        return message + "\"" + std::string(*nearest) + "\" may be meant";
+        return message + inQuotes(*nearest) + " may be meant";
     return message + namesLike(key, std::move(known));
 }
 

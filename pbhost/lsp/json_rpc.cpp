@@ -1,11 +1,8 @@
 #include "pbhost/lsp/json_rpc.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
 #include <charconv>
 
+#include "pbhost/process/channel.h"
 #include "pbhost/process/failure.h"
 
 namespace pbhost {
@@ -34,14 +31,7 @@ std::size_t bodyLength(std::string_view header) {
 } // namespace
 
 bool JsonRpc::read() {
-    std::array<char, 1 << 16> part;
-    ssize_t count = 0;
-    do
-        count = ::read(input_, part.data(), part.size());
-    while (count < 0 && errno == EINTR);
-    if (count > 0)
-        buffer_.append(part.data(), static_cast<std::size_t>(count));
-    return count > 0;
+    return readSome(input_, buffer_);
 }
 
 std::optional<Json> JsonRpc::next() {
@@ -72,13 +62,8 @@ void JsonRpc::send(Json message) {
     const std::string body = message.dump(-1, ' ', false, Json::error_handler_t::replace);
     std::string text = "Content-Length: " + std::to_string(body.size());
     text.append(headerEnd).append(body);
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const ssize_t count = ::write(output_, rest.data(), rest.size());
-        if (count < 0 && errno != EINTR)
-            throw Failure(ExitCode::RenderFailed, "standard output could not be written");
-        rest.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
+    if (!writeAll(output_, text.data(), text.size()))
+        throw Failure(ExitCode::RenderFailed, "standard output could not be written");
 }
 
 void JsonRpc::notify(const std::string& method, const Json& parameters) {

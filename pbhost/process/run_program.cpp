@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "pbhost/process/channel.h"
 #include "pbhost/process/failure.h"
 
 extern char** environ;
@@ -38,23 +39,14 @@ struct Pipe {
     std::array<int, 2> ends{-1, -1};
 };
 
-// Reads what is there; false at the end.
-bool take(int file, std::string& text) {
-    std::array<char, 4096> bytes{};
-    const ssize_t count = ::read(file, bytes.data(), bytes.size());
-    if (count > 0)
-        text.append(bytes.data(), std::size_t(count));
-    return count > 0 || (count < 0 && errno == EINTR);
-}
-
 void readBoth(Pipe& out, Pipe& err, ProgramResult& result) {
     while (out.ends[0] >= 0 || err.ends[0] >= 0) {
         std::array<pollfd, 2> both = {{{out.ends[0], POLLIN, 0}, {err.ends[0], POLLIN, 0}}};
         if (::poll(both.data(), both.size(), -1) < 0 && errno != EINTR)
             return;
-        if (both[0].revents != 0 && !take(out.ends[0], result.out))
+        if (both[0].revents != 0 && !readSome(out.ends[0], result.out))
             out.closeEnd(0);
-        if (both[1].revents != 0 && !take(err.ends[0], result.err))
+        if (both[1].revents != 0 && !readSome(err.ends[0], result.err))
             err.closeEnd(0);
     }
 }

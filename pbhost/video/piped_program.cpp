@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "pbhost/process/channel.h"
 #include "pbhost/process/failure.h"
 
 extern char** environ;
@@ -59,29 +60,11 @@ void PipedProgram::closePipe() {
 }
 
 bool PipedProgram::read(std::byte* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t done = ::read(pipe_, bytes, count);
-        if (done < 0 && errno == EINTR)
-            continue;
-        if (done <= 0)
-            return false;
-        bytes += done;
-        count -= std::size_t(done);
-    }
-    return true;
+    return readAll(pipe_, bytes, count);
 }
 
 bool PipedProgram::write(const std::byte* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t done = ::write(pipe_, bytes, count);
-        if (done < 0 && errno == EINTR)
-            continue;
-        if (done <= 0)
-            return false;
-        bytes += done;
-        count -= std::size_t(done);
-    }
-    return true;
+    return writeAll(pipe_, bytes, count);
 }
 
 bool PipedProgram::finish() {

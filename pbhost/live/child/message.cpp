@@ -1,44 +1,10 @@
 #include "pbhost/live/child/message.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstring>
 
+#include "pbhost/process/channel.h"
+
 namespace pbhost::live {
-
-namespace {
-
-bool readAll(int socket, void* target, std::size_t count) {
-    auto* at = static_cast<char*>(target);
-    while (count > 0) {
-        const ssize_t got = ::read(socket, at, count);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return false;
-        at += got;
-        count -= static_cast<std::size_t>(got);
-    }
-    return true;
-}
-
-bool writeAll(int socket, const void* source, std::size_t count) {
-    const auto* at = static_cast<const char*>(source);
-    while (count > 0) {
-        const ssize_t sent = ::send(socket, at, count, MSG_NOSIGNAL);
-        if (sent < 0 && errno == EINTR)
-            continue;
-        if (sent < 0)
-            return false;
-        at += sent;
-        count -= static_cast<std::size_t>(sent);
-    }
-    return true;
-}
-
-} // namespace
 
 std::string framed(const Message& message) {
     const std::string head = message.head.dump(-1, ' ', false, Data::error_handler_t::replace);
@@ -64,8 +30,8 @@ bool readMessage(int socket, Message& message) {
 
 bool writeMessage(int socket, const Message& message) {
     const std::string head = framed(message);
-    return writeAll(socket, head.data(), head.size()) &&
-           writeAll(socket, message.body.data(), message.body.size());
+    return sendAll(socket, head.data(), head.size()) &&
+           sendAll(socket, message.body.data(), message.body.size());
 }
 
 } // namespace pbhost::live
