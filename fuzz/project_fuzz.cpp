@@ -15,7 +15,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::require(::ftruncate(file, 0) == 0, "the file cannot be emptied");
     fuzz::require(::pwrite(file, data, size, 0) == static_cast<ssize_t>(size), "a short write");
     try {
-        pbhost::fillControls(all.scene, path, pbhost::readProject(path));
+        const pbhost::ProjectFile project = pbhost::readProject(path);
+        for (const pbhost::ProjectEffect& effect : project.effects)
+            pbhost::fillControls(all.scene, path, project, effect,
+                                 [](const std::string&) { return all.scene.layer.id; });
     } catch (const pbhost::Failure&) {
         // Thrown for an invalid project.
     }

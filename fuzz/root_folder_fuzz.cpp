@@ -5,12 +5,15 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // All paths are below a temporary folder, so that the search does not walk the whole file
-    // system.
+    // system. A path that leaves the folder again takes seconds, so it is left out.
+    if (fuzz::textOf(data, size).find("..") != std::string_view::npos)
+        return 0;
     static const pbhost::TemporaryFolder folder;
     static fuzz::Instance& instance = *new fuzz::Instance;
     const std::string value = folder.path + "/" + std::string(fuzz::textOf(data, size));
     instance.host.preferences.set("Settings_cs_TVM_Launcher", "rootFolder", value);
-    instance.open(std::string_view("\1\0\0\0\0\0\0\0/none/lost.pbk", 23));
+    using namespace std::string_view_literals;
+    instance.open("\1\0\0\0\0\0\0\0/none/lost.pbk\0"sv);
     const std::string written = instance.close();
     fuzz::require(fuzz::pathOfBlock(written) == "/none/lost.pbk", "the path changed");
     return 0;

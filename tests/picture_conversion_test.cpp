@@ -131,6 +131,7 @@ TEST_F(Conversions, TypesAndCompressionsAreThoseOfTheFile) {
     writeFile("all.tif", specOf(256, 256, 1, OIIO::TypeDesc::UINT16), all);
     OIIO::ImageSpec half = specOf(256, 256, 1, OIIO::TypeDesc::HALF);
     half.attribute("compression", "piz");
+    half.channelnames = {"Z"};
     writeFile("half.exr", half, all);
     using OIIO::TypeDesc;
     const std::tuple<const char*, const char*, const char*, TypeDesc, const char*> cases[] = {
@@ -153,6 +154,7 @@ TEST_F(Conversions, TypesAndCompressionsAreThoseOfTheFile) {
     EXPECT_EQ(readFile("a.tif").values, readFile("all.tif").values); // every value
     EXPECT_EQ(readFile("a.png").values, readFile("all.tif").values);
     EXPECT_EQ(readFile("c.exr").values, readFile("half.exr").values);
+    EXPECT_THAT(readFile("c.exr").spec.channelnames, testing::ElementsAre("Z"));
     writeFile("colour.png", specOf(8, 8, 3, TypeDesc::UINT8), Floats(8 * 8 * 3, 0.5F));
     EXPECT_EQ(copy("colour.png", "dwa.exr", "--compression dwaa --quality 60")
                   .spec.get_float_attribute("openexr:dwaCompressionLevel"),

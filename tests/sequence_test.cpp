@@ -316,7 +316,26 @@ TEST_F(Sequences, ReadSeveralSequencesWithLittleMemory) {
     EXPECT_TRUE(bytesOf("one.exr") == bytesOf("out.0001.exr"));
     fs::remove("second.005.exr");
     run("render both.pbk -i 'in.####.exr' -i 'second.###.exr' -o 'out.####.exr'")
-        .expectFailure(4, {"frame 5: cannot read 'second.005.exr'"});
+        .expectFailure(4, {"second.005.exr: there are no frames 5"});
+    fs::remove("in.0002.exr");
+    for (const auto& [rule, second, fifth] :
+         {std::tuple("skip", 0, 0), std::tuple("black", 100 * 8, 5), std::tuple("hold", 801, 605)}) {
+        SCOPED_TRACE(rule);
+        for (const std::string& name : filesLike("out."))
+            fs::remove(name);
+        const Result result =
+            run(std::string("render both.pbk -i 'in.####.exr' -i 'second.###.exr' -o "
+                            "'out.####.exr' --frames 1-9 --missing ") +
+                rule);
+        result.expectSuccess();
+        EXPECT_THAT(result.err, HasSubstr("of second.###.exr there are no frames 5"));
+        EXPECT_EQ(filesLike("out.").size(), second == 0 ? 7u : 9u);
+        if (second != 0) {
+            EXPECT_EQ(redOf("out.0002.exr"), float(second));
+            EXPECT_EQ(redOf("out.0005.exr"), float(fifth));
+        }
+        EXPECT_EQ(redOf("out.0009.exr"), 109.0F);
+    }
 }
 
 // Saturated colours show a wrong matrix or range.
@@ -349,6 +368,17 @@ TEST_F(Sequences, VideosKeepColoursAndNumbers) {
             }
         }
     }
+    const std::string resumed = "render add.pbk -i v.mp4 -o w.mp4 --resume --progress json";
+    for (const char* state : {"rendered", "skipped"})
+        EXPECT_THAT(run(resumed).err, HasSubstr(std::string("\"") + state + "\""));
+    EXPECT_THAT(run(resumed + " --set amount=1").err, Not(HasSubstr("skipped")));
+    fs::remove("w.mp4");
+    ASSERT_EQ(std::system("ffmpeg -v error -i v.mp4 -c copy -metadata:s:v rotate=90 upright.mp4"),
+              0);
+    run("render add.pbk -i upright.mp4 -o 'r.#.png' --frames 1").expectSuccess();
+    const Picture upright = pbhost::readPicture("r.0001.png");
+    EXPECT_EQ(upright.width, 48u);
+    EXPECT_EQ(upright.height, 64u);
     for (const auto& [arguments, code, text] :
          {std::tuple("-i v.mp4 -o w.mp4 --frames 3-5", 4, "v.mp4: there are no frames 5"),
           std::tuple("-i old.png -o w.avi --frames 1", 2, ".mov, .mp4 or .mkv"),

@@ -135,6 +135,19 @@ std::optional<Depth> RenderPlan::depth() const {
     return request.project.empty() ? request.depth : request.depth.value_or(project.depth);
 }
 
+std::vector<std::string> RenderPlan::pictures() const {
+    std::vector<std::string> all;
+    if (!picture.empty())
+        all.push_back(picture);
+    all.insert(all.end(), extraPictures.begin(), extraPictures.end());
+    for (const TargetedSetting& each : layers)
+        all.push_back(each.setting.value);
+    for (const ProjectEffect& effect : project.effects)
+        for (const std::string& file : effect.pictures())
+            all.push_back(project.resolved(file));
+    return all;
+}
+
 std::pair<unsigned, unsigned> RenderPlan::emptySize() const {
     if (request.size.empty() && project.width != 0)
         return {project.width, project.height};

@@ -23,6 +23,9 @@ struct RenderPlan {
     explicit RenderPlan(const RenderRequest& asked);
 
     std::optional<Depth> depth() const; // nothing: that of the first picture
+    // The layer's picture, if there is one, and those of the layer controls; patterns where they
+    // change with the frame.
+    std::vector<std::string> pictures() const;
     // The size of a layer without a picture.
     std::pair<unsigned, unsigned> emptySize() const;
 

@@ -38,6 +38,10 @@ std::string hashOf(const std::string& bytes) {
     return hex(std::hash<std::string>()(bytes)) + "-" + std::to_string(bytes.size());
 }
 
+std::string textOf(const Recipe& recipe) {
+    return recipe.dump(-1, ' ', false, Recipe::error_handler_t::replace);
+}
+
 Recipe storedRecipe(const fs::path& output) {
     std::ifstream stream(recipeFile(output), std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(stream),
@@ -65,12 +69,15 @@ Recipe recipeOf(const CommonRecipe& common, const std::string& values,
             {"options", common.options}, {"module", common.module},  {"driver", common.driver}};
 }
 
+Recipe recipeOfVideo(const std::vector<Recipe>& frames, const std::string& options) {
+    return {{"options", options}, {"frames", hashOf(textOf(frames))}};
+}
+
 void storeRecipe(const fs::path& output, const Recipe& recipe) {
     std::error_code ignored;
     fs::create_directory(recipeFile(output).parent_path(), ignored);
     const Recipe all = {{"file", stateOf(output)}, {"recipe", recipe}};
-    writeTextFile(recipeFile(output),
-                  all.dump(-1, ' ', false, Recipe::error_handler_t::replace) + "\n");
+    writeTextFile(recipeFile(output), textOf(all) + "\n");
 }
 
 bool isMadeBy(const fs::path& output, const Recipe& recipe, std::string& reason) {

@@ -1,5 +1,5 @@
-// What a frame was made from, kept in a small file for each frame in the folder .pbhost beside the
-// frames. A frame is complete if its recipe is the same and the file is as it was written.
+// What a frame or a video was made from, kept in a small file for each in the folder .pbhost beside
+// them. A frame is complete if its recipe is the same and the file is as it was written.
 #pragma once
 
 #include <cstdint>
@@ -25,6 +25,9 @@ struct CommonRecipe {
 // count.
 Recipe recipeOf(const CommonRecipe& common, const std::string& values,
                 const std::vector<std::string>& inputs);
+
+// The recipe of a video with those frames. `options` are those of the video itself.
+Recipe recipeOfVideo(const std::vector<Recipe>& frames, const std::string& options);
 
 // A hash of the file's content; empty if it cannot be read.
 std::string hashOfFile(const std::filesystem::path& file);

@@ -32,24 +32,37 @@ long heldFrame(const std::vector<long>& onDisk, long frame) {
     return next == onDisk.begin() ? *next : *std::prev(next);
 }
 
+// A picture that changes with the frame, and the frames that it has, in ascending order.
+struct Available {
+    Available(const FrameFiles& names, std::vector<long> all)
+        : files(names), frames(std::move(all)) {}
+
+    bool has(long frame) const { return std::binary_search(frames.begin(), frames.end(), frame); }
+
+    FrameFiles files;
+    std::vector<long> frames;
+};
+
+std::vector<Available> availableFrames(const SequenceFiles& files,
+                                       const std::optional<std::vector<long>>& ofVideo) {
+    std::vector<Available> all;
+    if (ofVideo)
+        all.emplace_back(files.layer, *ofVideo);
+    for (const FrameFiles& each : files.sequences)
+        all.emplace_back(each, each.pattern->framesOnDisk());
+    return all;
+}
+
 class FrameLister {
 public:
-    FrameLister(const RenderPlan& plan, const SequenceFiles& files,
-                const std::optional<std::vector<long>>& available)
-        : request_(plan.request.sequence), isListed_(files.leading || available),
-          leading_(files.leading), name_(files.layer.text),
-          onDisk_(available       ? *available
-                  : files.leading ? files.leading->framesOnDisk()
-                                  : std::vector<long>()) {}
+    FrameLister(const SequenceRequest& request, std::vector<Available> pictures)
+        : request_(request), pictures_(std::move(pictures)) {}
 
     std::vector<FrameJob> run() {
         for (const long frame : wantedFrames())
-            if (!isListed_ || isOnDisk(frame))
-                jobs_.push_back({frame, frame});
-            else
-                addMissing(frame);
-        if (!missing_.empty())
-            reportMissing();
+            jobs_.push_back({frame, {}});
+        for (const Available& picture : pictures_)
+            replaceMissing(picture);
         if (jobs_.empty())
             throw Failure(ExitCode::Usage, "there are no frames to render");
         return std::move(jobs_);
@@ -59,56 +72,60 @@ private:
     std::vector<long> wantedFrames() const {
         if (!request_.frames.empty())
             return parseFrames(request_.frames);
-        if (!isListed_)
+        if (pictures_.empty())
             throw Failure(
                 ExitCode::Usage,
                 "write the frames, as --frames 1-100: no picture of a sequence names them");
-        if (onDisk_.empty())
-            throw Failure(ExitCode::BadPicture, nameOf(1) + ": there is no file of that sequence");
-        const std::vector<long> gaps = gapsOf(onDisk_);
+        const auto& [files, onDisk] = pictures_.front();
+        if (onDisk.empty())
+            throw Failure(ExitCode::BadPicture,
+                          files.at(1) + ": there is no file of that sequence");
+        const std::vector<long> gaps = gapsOf(onDisk);
         if (gaps.empty())
-            return onDisk_;
+            return onDisk;
         if (request_.missing == "error")
             note("there are no frames " + framesText(gaps) + "; they are left out");
         if (request_.missing == "error" || request_.missing == "skip")
-            return onDisk_;
-        std::vector<long> all = onDisk_;
+            return onDisk;
+        std::vector<long> all = onDisk;
         all.insert(all.end(), gaps.begin(), gaps.end());
         std::sort(all.begin(), all.end());
         return all;
     }
 
-    std::string nameOf(long frame) const { return leading_ ? leading_->path(frame) : name_; }
-
-    bool isOnDisk(long frame) const {
-        return std::binary_search(onDisk_.begin(), onDisk_.end(), frame);
+    void replaceMissing(const Available& picture) {
+        std::vector<long> missing;
+        for (const FrameJob& job : jobs_)
+            if (!picture.has(job.frame))
+                missing.push_back(job.frame);
+        if (missing.empty())
+            return;
+        report(picture.files, missing);
+        const bool isHeld = request_.missing == "hold" && !picture.frames.empty();
+        if (request_.missing != "black" && !isHeld) {
+            std::erase_if(jobs_, [&](const FrameJob& job) { return !picture.has(job.frame); });
+            return;
+        }
+        for (FrameJob& job : jobs_)
+            if (!picture.has(job.frame))
+                job.replaced[picture.files.text] =
+                    isHeld ? std::optional(heldFrame(picture.frames, job.frame)) : std::nullopt;
     }
 
-    void addMissing(long frame) {
-        missing_.push_back(frame);
-        if (request_.missing == "black")
-            jobs_.push_back({frame, std::nullopt});
-        else if (request_.missing == "hold" && !onDisk_.empty())
-            jobs_.push_back({frame, heldFrame(onDisk_, frame)});
-    }
-
-    void reportMissing() const {
-        const std::string text = "there are no frames " + framesText(missing_);
+    void report(const FrameFiles& files, const std::vector<long>& missing) const {
+        const std::string text = "there are no frames " + framesText(missing);
         if (request_.missing == "error")
-            throw Failure(ExitCode::BadPicture, nameOf(missing_.front()) + ": " + text +
+            throw Failure(ExitCode::BadPicture, files.at(missing.front()) + ": " + text +
                                                     "; see --missing for what can be done instead");
-        note(text + (request_.missing == "skip"    ? "; they are left out"
-                     : request_.missing == "black" ? "; they are black"
-                                                   : "; the frames before them are used"));
+        const std::string subject = pictures_.size() > 1 ? "of " + files.text + " " + text : text;
+        note(subject + (request_.missing == "skip"    ? "; they are left out"
+                        : request_.missing == "black" ? "; they are black"
+                                                      : "; the frames before them are used"));
     }
 
     const SequenceRequest& request_;
-    const bool isListed_; // whether it is known which frames there are
-    const std::optional<FramePattern> leading_;
-    const std::string name_; // of a video
-    const std::vector<long> onDisk_;
+    const std::vector<Available> pictures_;
     std::vector<FrameJob> jobs_;
-    std::vector<long> missing_;
 };
 
 void explainSingleMark(const FrameFiles& files) {
@@ -119,10 +136,14 @@ void explainSingleMark(const FrameFiles& files) {
 } // namespace
 
 SequenceFiles::SequenceFiles(const RenderPlan& plan)
-    : layer(plan.picture), output(plan.request.output), leading(layer.pattern) {
-    for (const std::string& picture : plan.extraPictures)
-        if (!leading)
-            leading = FramePattern::parse(picture);
+    : layer(plan.picture), output(plan.request.output) {
+    for (const std::string& picture : plan.pictures()) {
+        const FrameFiles files(picture);
+        if (files.pattern && std::ranges::none_of(sequences, [&](const FrameFiles& other) {
+                return other.text == picture;
+            }))
+            sequences.push_back(files);
+    }
     explainSingleMark(layer);
     explainSingleMark(output);
 }
@@ -137,7 +158,7 @@ bool isSequence(const RenderRequest& request) {
 
 std::vector<FrameJob> listFrames(const RenderPlan& plan, const SequenceFiles& files,
                                  const std::optional<std::vector<long>>& available) {
-    return FrameLister(plan, files, available).run();
+    return FrameLister(plan.request.sequence, availableFrames(files, available)).run();
 }
 
 long firstFrame(const std::vector<FrameJob>& jobs) {

@@ -1,6 +1,7 @@
 // The frames that a command renders.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,10 +12,16 @@
 namespace pbhost {
 
 struct FrameJob {
+    // The frame whose picture is read from these files: another one where that of the frame is
+    // missing and the one before is held. Nothing: it is missing, and black.
+    std::optional<long> sourceIn(const std::string& files) const {
+        const auto found = replaced.find(files);
+        return found == replaced.end() ? std::optional(frame) : found->second;
+    }
+
     long frame = 0;
-    // The frame whose picture is read: another one where that of the frame is missing and the one
-    // before is held. Nothing: it is missing, and black.
-    std::optional<long> source;
+    // By the text of the files: what replaces the missing pictures of this frame.
+    std::map<std::string, std::optional<long>> replaced;
 };
 
 // The pictures of a plan that change from frame to frame.
@@ -23,8 +30,9 @@ struct SequenceFiles {
 
     FrameFiles layer;  // the text is empty if there is no picture
     FrameFiles output; // without a pattern for a video
-    // The first pattern among the pictures; its files tell which frames there are.
-    std::optional<FramePattern> leading;
+    // The pictures with a pattern, each once, that of the layer first. The files of the first one
+    // tell which frames there are.
+    std::vector<FrameFiles> sequences;
 };
 
 // Whether the request is for frames.

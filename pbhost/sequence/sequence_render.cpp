@@ -51,12 +51,12 @@ std::size_t framesAtOnce(std::size_t memory, std::size_t bytesOfFrame) {
 
 // A frame of the first one's size, without pixels: transparent, or opaque black if the pictures
 // have no alpha.
-LayerSource blackFrame(const Picture& like, const std::string& file) {
+LayerSource blackFrame(const Picture& like, const std::string& files) {
     const bool isOpaque = like.header != nullptr && !like.header->hasAlpha;
     Picture black = isOpaque ? opaqueBlack(like.width, like.height, like.depth)
                              : emptyPicture(like.width, like.height, like.depth);
     black.header = like.header;
-    return {std::move(black), file};
+    return {std::move(black), fs::absolute(files).string()};
 }
 
 } // namespace
@@ -116,10 +116,11 @@ void SequenceRender::createOutput() {
 
 LayerSource SequenceRender::readFirst() {
     for (const FrameJob& job : jobs_) {
-        if (source_ == nullptr || !job.source)
+        const auto frame = job.sourceIn(files_.layer.text);
+        if (source_ == nullptr || !frame)
             continue;
         try {
-            return source_->read(*job.source, plan_.layerOptions());
+            return source_->read(*frame, plan_.layerOptions());
         } catch (const Failure& failure) {
             if (!request_.sequence.isKeepingGoing || &job == &jobs_.back())
                 throw Failure(failure.code,
@@ -134,12 +135,17 @@ LayerSource SequenceRender::readFirst() {
 
 SequenceRender::~SequenceRender() = default;
 
+std::optional<std::string> SequenceRender::layerFileOf(const FrameJob& job) const {
+    const auto frame = job.sourceIn(files_.layer.text);
+    return frame ? std::optional(source_->fileOf(*frame)) : std::nullopt;
+}
+
 std::string SequenceRender::lineOf(const FrameJob& job) const {
     const std::string file = sink_->fileOf(job.frame);
     std::string line =
         file.empty() ? request_.output + " frame " + std::to_string(job.frame) : file;
     if (source_ != nullptr)
-        line += " from " + (job.source ? source_->fileOf(*job.source) : std::string("black"));
+        line += " from " + layerFileOf(job).value_or("black");
     return line + "\n";
 }
 
@@ -169,7 +175,7 @@ struct SequenceRender::Worker {
           progress(request.sequence.progress, owner.jobs_.size()) {
         setClock(first.header.get());
         readOther = [this](const std::string& picture, const ReadOptions& options) {
-            return readFrame(FrameFiles(picture), sequence.jobs_.front().frame, options);
+            return readOtherFrame(FrameFiles(picture), sequence.jobs_.front(), options);
         };
         const std::size_t bytes =
             std::size_t{first.width} * first.height * bytesPerPixel(first.depth);
@@ -216,23 +222,52 @@ struct SequenceRender::Worker {
     Recipe recipe(const FrameJob& job) {
         std::vector<std::string> inputs;
         if (sequence.source_ != nullptr)
-            inputs.push_back(job.source ? sequence.source_->fileOf(*job.source) : "");
+            inputs.push_back(sequence.layerFileOf(job).value_or(""));
         else if (!sequence.plan_.picture.empty())
             inputs.push_back(sequence.plan_.picture);
         for (const FrameFiles& files : others)
-            inputs.push_back(files.at(job.frame));
+            inputs.push_back(fileOf(files, job).value_or(""));
         return recipeOf(common, renderer->valuesAt(secondsOf(job)), inputs);
+    }
+
+    static std::optional<std::string> fileOf(const FrameFiles& files, const FrameJob& job) {
+        const auto frame = job.sourceIn(files.text);
+        return frame ? std::optional(files.at(*frame)) : std::nullopt;
     }
 
     double secondsOf(const FrameJob& job) const {
         return sequence.plan_.clock.secondsOf(job.frame);
     }
 
-    // Whether a frame need not be rendered.
-    bool isComplete(const FrameJob& job) {
+    Recipe videoRecipe() {
+        std::vector<Recipe> frames;
+        for (const FrameJob& job : sequence.jobs_)
+            frames.push_back(recipe(job));
+        return recipeOfVideo(frames, request.sequence.codec + " " +
+                                         std::to_string(sequence.plan_.clock.framesPerSecond));
+    }
+
+    // The frames that are not complete.
+    std::vector<const FrameJob*> jobsToDo() {
         std::string reason;
-        return request.sequence.isResumed && !sequence.sink_->fileOf(job.frame).empty() &&
-               isMadeBy(sequence.sink_->fileOf(job.frame), recipe(job), reason);
+        const bool isVideoDone = request.sequence.isResumed && isVideo(request.output) &&
+                                 isMadeBy(request.output, videoRecipe(), reason);
+        std::vector<const FrameJob*> jobs;
+        for (const FrameJob& job : sequence.jobs_) {
+            const std::string file = sequence.sink_->fileOf(job.frame);
+            if (isVideoDone || (request.sequence.isResumed && !file.empty() &&
+                                isMadeBy(file, recipe(job), reason)))
+                progress.frameDone(job.frame, Progress::State::Skipped);
+            else
+                jobs.push_back(&job);
+        }
+        return jobs;
+    }
+
+    LayerSource readOtherFrame(const FrameFiles& files, const FrameJob& job,
+                               const ReadOptions& options) const {
+        const auto frame = job.sourceIn(files.text);
+        return frame ? readFrame(files, *frame, options) : blackFrame(first, files.text);
     }
 
     Inputs read(const FrameJob& job) const {
@@ -241,16 +276,17 @@ struct SequenceRender::Worker {
         options.depth = first.depth;
         std::shared_ptr<const PictureHeader> header = first.header;
         if (sequence.source_ != nullptr) {
+            const std::string& files = sequence.files_.layer.text;
+            const auto frame = job.sourceIn(files);
             inputs.layer =
-                job.source ? sequence.source_->read(*job.source, options)
-                           : blackFrame(first, fs::absolute(sequence.files_.layer.text).string());
+                frame ? sequence.source_->read(*frame, options) : blackFrame(first, files);
             header = inputs.layer->picture.header;
         }
         for (std::size_t i = 0; i < others.size(); ++i)
             if (others[i].pattern)
-                inputs.others.emplace(i,
-                                      readFrame(others[i], job.frame,
-                                                sequence.plan_.otherOptions(header, first.depth)));
+                inputs.others.emplace(
+                    i, readOtherFrame(others[i], job,
+                                      sequence.plan_.otherOptions(header, first.depth)));
         return inputs;
     }
 
@@ -326,15 +362,13 @@ struct SequenceRender::Worker {
                 retire();
         }
         sequence.sink_->finish();
+        if (isVideo(request.output) && !todo.empty() && failed.empty())
+            storeRecipe(request.output, videoRecipe());
     }
 
     std::string run() {
         std::string lines;
-        for (const FrameJob& job : sequence.jobs_)
-            if (isComplete(job))
-                progress.frameDone(job.frame, Progress::State::Skipped);
-            else
-                todo.push_back(&job);
+        todo = jobsToDo();
         if (request.sequence.isDryRun) {
             for (const FrameJob* job : todo)
                 lines += sequence.lineOf(*job);

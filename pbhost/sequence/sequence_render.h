@@ -38,6 +38,8 @@ private:
     // Takes the rate of the pictures unless the request or the project has one.
     void useRate(double framesPerSecond);
     std::string lineOf(const FrameJob& job) const;
+    // The file of the layer's picture, which changes with the frame; nothing: it is black.
+    std::optional<std::string> layerFileOf(const FrameJob& job) const;
     // The layer's source for loading the effects: the first picture that there is.
     LayerSource readFirst();
 

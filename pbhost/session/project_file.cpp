@@ -255,6 +255,14 @@ std::string ProjectFile::resolved(const std::string& file) const {
     return (folder / file).string();
 }
 
+std::vector<std::string> ProjectEffect::pictures() const {
+    std::vector<std::string> files;
+    for (const ordered_json& control : controls)
+        if (const auto value = control.find("value"); value != control.end() && value->is_string())
+            files.push_back(value->get<std::string>());
+    return files;
+}
+
 std::string ProjectFile::besideProject(const ProjectEffect& effect) const {
     std::error_code ignored;
     for (const fs::path& name : {fs::path(effect.file), fs::path(effect.lastFile()).filename()})

@@ -37,6 +37,8 @@ struct ProjectEffect {
     nlohmann::ordered_json controls = nlohmann::ordered_json::array();
 
     std::string lastFile() const; // the file's path when the project was written
+    // The pictures of its layer controls, as stored.
+    std::vector<std::string> pictures() const;
 };
 
 struct ProjectFile {

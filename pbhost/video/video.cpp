@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
@@ -32,10 +33,20 @@ double fraction(const std::string& text) {
     return part == 0 ? 0 : std::stod(text.substr(0, slash)) / part;
 }
 
+// Whether the stream is shown turned by a quarter, as phones record it.
+bool isOnItsSide(const nlohmann::json& stream) {
+    for (const nlohmann::json& data : stream.value("side_data_list", nlohmann::json::array()))
+        if (std::abs(data.value("rotation", 0)) % 180 == 90)
+            return true;
+    return false;
+}
+
 VideoFacts factsOf(const nlohmann::json& stream) {
     VideoFacts facts;
     facts.width = stream.at("width").get<unsigned>();
     facts.height = stream.at("height").get<unsigned>();
+    if (isOnItsSide(stream))
+        std::swap(facts.width, facts.height);
     facts.framesPerSecond = fraction(stream.at("r_frame_rate").get<std::string>());
     facts.frames = std::stol(stream.at("nb_read_packets").get<std::string>());
     const std::string format = stream.at("pix_fmt").get<std::string>();
@@ -85,8 +96,8 @@ private:
     void start(Depth depth) {
         program_ = std::make_unique<PipedProgram>(
             std::vector<std::string>{
-                "ffmpeg", "-v", "error", "-nostdin", "-noautorotate", "-i", path_, "-map", "0:v:0",
-                "-vsync", "passthrough", "-vf",
+                "ffmpeg", "-v", "error", "-nostdin", "-i", path_, "-map", "0:v:0", "-vsync",
+                "passthrough", "-vf",
                 "scale=flags=accurate_rnd+full_chroma_int+bicubic:in_color_matrix=" +
                     facts_.matrix + ":in_range=" + (facts_.isFullRange ? "full" : "limited") +
                     ":out_range=full",
@@ -229,8 +240,9 @@ VideoFacts probeVideo(const std::string& path) {
         throw Failure(ExitCode::BadPicture, "cannot read '" + path + "': there is no such file");
     const ProgramResult result = runProgram(
         {"ffprobe", "-v", "error", "-select_streams", "v:0", "-count_packets", "-show_entries",
-         "stream=width,height,r_frame_rate,nb_read_packets,pix_fmt,color_space,color_range", "-of",
-         "json", path},
+         "stream=width,height,r_frame_rate,nb_read_packets,pix_fmt,color_space,color_range"
+         ":stream_side_data=rotation",
+         "-of", "json", path},
         "for videos");
     const nlohmann::json json = nlohmann::json::parse(result.out, nullptr, false);
     if (result.code != 0 || !json.is_object() || json.value("streams", nlohmann::json()).empty())

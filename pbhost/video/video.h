@@ -12,7 +12,7 @@ namespace pbhost {
 bool isVideo(const std::string& path);
 
 struct VideoFacts {
-    unsigned width = 0, height = 0;
+    unsigned width = 0, height = 0; // as it is shown, after its rotation
     double framesPerSecond = 0;
     long frames = 0; // numbered from 1
     bool hasAlpha = false;

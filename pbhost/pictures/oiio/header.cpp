@@ -101,6 +101,11 @@ OiioHeader headerOf(const OIIO::ImageSpec& spec, std::string_view format,
                          : header.data;
     header.framesPerSecond = frameRate(spec);
     header.spec = spec;
+    if (header.isGrey && format == "openexr" &&
+        spec.channelnames.size() > unsigned(selection.red)) {
+        const std::string& name = spec.channelnames[unsigned(selection.red)];
+        header.greyChannel = name.substr(name.rfind('.') + 1); // without the layer
+    }
     return header;
 }
 

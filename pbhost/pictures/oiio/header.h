@@ -11,7 +11,8 @@
 namespace pbhost {
 
 struct OiioHeader : PictureHeader {
-    OIIO::ImageSpec spec; // of the image that was read
+    OIIO::ImageSpec spec;          // of the image that was read
+    std::string greyChannel = "Y"; // what OpenEXR calls the single colour of a grey picture
 };
 
 // The header of an image, without its orientation.

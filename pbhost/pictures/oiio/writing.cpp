@@ -234,7 +234,7 @@ private:
             options_.type ? typeDescOf(*options_.type) : storedType(picture_, format_);
         OIIO::ImageSpec spec(int(picture_.width), int(picture_.height), channels.count, type);
         if (channels.count < 3) {
-            spec.channelnames = {"Y"};
+            spec.channelnames = {format_ == "openexr" ? header_->greyChannel : "Y"};
             if (channels.count == 2)
                 spec.channelnames.emplace_back("A");
             spec.alpha_channel = channels.count == 2 ? 1 : -1;
