@@ -162,6 +162,7 @@ TEST_F(Conversions, TypesAndCompressionsAreThoseOfTheFile) {
     const std::pair<const char*, const char*> wrong[] = {
         {"-o x.png --type half", "no pixels of that type"},
         {"-o x.exr --compression lzw", "it has none rle zip"},
+        {"-o x.tif --compression zip --quality 10", "from 1 to 9"},
         {"-o x.exr --quality 5", "only for the compressions dwaa dwab"},
         {"-o x.jpg --quality 101", "from 1 to 100"},
         {"-o x.png --quality 5", "the format has no quality"},

@@ -26,7 +26,7 @@ struct CompressionRow {
 };
 constexpr CompressionRow compressions[] = {
     {"openexr", "none rle zip zips piz pxr24 b44 b44a dwaa dwab", "dwaa dwab", 1, 1000},
-    {"tiff", "none lzw zip packbits", "", 0, 0},
+    {"tiff", "none lzw zip packbits", "zip", 1, 9},
     {"png", "0 1 2 3 4 5 6 7 8 9", "", 0, 0},
     {"jpeg", "", "*", 1, 100},
     {"webp", "lossless lossy", "*", 1, 100},
@@ -97,7 +97,12 @@ void setCompression(std::string_view format, const WriteOptions& options, OIIO::
     if (format == "png") {
         if (!options.compression.empty())
             spec.attribute("png:compressionLevel", std::stoi(options.compression));
-    } else if (format == "openexr" || format == "tiff") {
+    } else if (format == "tiff") {
+        // The library's default of 6 takes twice the time, for files that are 5 % smaller.
+        spec.attribute("tiff:zipquality", options.quality.value_or(4));
+        if (!options.compression.empty())
+            spec.attribute("compression", options.compression);
+    } else if (format == "openexr") {
         if (!options.compression.empty())
             spec.attribute("compression",
                            options.compression + (quality.empty() ? "" : ":" + quality));

@@ -1,5 +1,8 @@
 #include "pbhost/pictures/oiio/writing.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 
@@ -190,8 +193,8 @@ public:
         return finish(channelsFor(false, hasAlpha), conversion);
     }
 
-    // TIFF reads its file again when it has a directory of Exif data, which memory for writing
-    // can't.
+    // TIFF reads its file again when it has a directory of Exif data, which the library's memory
+    // for writing can't.
     bool needsFile() const {
         if (format_ != "tiff" || header_ == nullptr)
             return false;
@@ -274,6 +277,32 @@ private:
     const std::string format_;
 };
 
+// A file without a place on disk.
+class MemoryFile {
+public:
+    MemoryFile() : descriptor_(::memfd_create("picture", MFD_CLOEXEC)) {}
+    ~MemoryFile() { ::close(descriptor_); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
+
+    std::vector<unsigned char> bytes() const {
+        std::vector<unsigned char> all(std::size_t(::lseek(descriptor_, 0, SEEK_END)));
+        std::size_t done = 0;
+        while (done < all.size()) {
+            const ssize_t count = ::pread(descriptor_, &all[done], all.size() - done, off_t(done));
+            if (count <= 0)
+                break;
+            done += std::size_t(count);
+        }
+        return all;
+    }
+
+private:
+    const int descriptor_;
+};
+
 Fault writeBytes(const fs::path& path, const std::vector<unsigned char>& bytes) {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"),
                                                          std::fclose);
@@ -286,7 +315,12 @@ Fault writeBytes(const fs::path& path, const std::vector<unsigned char>& bytes) 
 // Most writers do not detect a full disk, and one terminates the process. So the file is encoded in
 // memory if the writer supports that, and otherwise read back after writing.
 Fault writeWith(OIIO::ImageOutput& output, const fs::path& path, Encoder& encoder) {
-    if (output.supports("ioproxy") && !encoder.needsFile()) {
+    if (encoder.needsFile()) {
+        const MemoryFile file;
+        const Fault fault = encoder.run(file.path());
+        return fault.isNone() ? writeBytes(path, file.bytes()) : fault;
+    }
+    if (output.supports("ioproxy")) {
         OIIO::Filesystem::IOVecOutput memory;
         output.set_ioproxy(&memory);
         const Fault fault = encoder.run(path.string());
