@@ -29,6 +29,7 @@ AccountingStorageType=accounting_storage/none
 SelectType=select/cons_tres
 SelectTypeParameters=CR_Core
 MpiDefault=none
+GresTypes=gpu
 ReturnToService=2
 SlurmdTimeout=10
 InactiveLimit=0
@@ -58,11 +59,13 @@ class Farm:
         user = subprocess.run(["id", "-un"], stdout=subprocess.PIPE, text=True, check=True).stdout.strip()
         text = CONFIGURATION.format(folder=self.folder, host=socket.gethostname(), port=ports[0], user=user)
         for name, port in zip(self.nodes, ports[1:]):
-            text += f"NodeName={name} NodeHostname={socket.gethostname()} NodeAddr=127.0.0.1 Port={port} CPUs=1 State=UNKNOWN\n"
+            text += f"NodeName={name} NodeHostname={socket.gethostname()} NodeAddr=127.0.0.1 Port={port} CPUs=1 Gres=gpu:1 State=UNKNOWN\n"
         text += f"PartitionName=all Nodes={','.join(self.nodes)} Default=YES MaxTime=INFINITE State=UP\n"
         (self.folder / "state").mkdir(parents=True)
         self.configuration = self.folder / "slurm.conf"
         self.configuration.write_text(text)
+        # Stands for a graphics card; Slurm only needs the device's file.
+        (self.folder / "gres.conf").write_text("Name=gpu File=/dev/null\n")
         self.environment = dict(os.environ, SLURM_CONF=str(self.configuration), XDG_STATE_HOME=str(self.folder))
 
     def start(self):

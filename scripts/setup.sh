@@ -43,6 +43,12 @@ install_packages() {
     rm -f "$log"
 }
 
+# Options of the build with AddressSanitizer, UBSan and the fuzz targets. With Clang, which has
+# libFuzzer.
+# shellcheck disable=SC2034  # used by .ci/run and scripts/fuzz
+sanitizer_options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+    -DTVM_SANITIZE=ON -DTVM_FUZZ=ON -DTVM_TESTS=ON "-DTVM_WERROR=${TVM_WERROR:-OFF}")
+
 # build FOLDER [CMAKE OPTION...]: configures if needed (the first time, or with other options) and
 # builds everything, or the targets in TVM_TARGETS.
 build() {

@@ -76,7 +76,7 @@ def frames_made(shot, name):
 
 
 def run_with_faults(cluster, shot):
-    words = [shot.pbhost, "submit", "slurm", "--chunk", "5", "--wait", *shot.render("farm")]
+    words = [shot.pbhost, "submit", "slurm", "--chunk", "5", "--gres", "gpu:1", "--wait", *shot.render("farm")]
     started = time.monotonic()
     waiting = subprocess.Popen(words, cwd=shot.folder, env=cluster.environment, stdout=subprocess.PIPE, text=True)
     seen = {}
@@ -142,6 +142,10 @@ def test_failure(cluster, shot):
     require("the frames 1-30 failed, exit code 3; see " in result.stderr, result.stderr)
     log = pathlib.Path(result.stderr.split("; see ")[1].strip())
     require("no function with name 'sine'" in log.read_text(), "the log does not say why")
+    # The nodes have one card each.
+    result = subprocess.run([shot.pbhost, "submit", "slurm", "--gres", "gpu:2", *shot.render("cards")],
+                            cwd=shot.folder, env=cluster.environment, stderr=subprocess.PIPE, text=True, check=False)
+    require(result.returncode != 0 and "node configuration is not available" in result.stderr, result.stderr)
     print("a failure: exit code, frames and log are named")
 
 

@@ -17,11 +17,9 @@ namespace suites = hostkit::suites;
 
 namespace {
 
-constexpr A_long pluginId = 7;
-
 class HostServices : public RunningCommand {
 protected:
-    HostServices() { currentPluginId = pluginId; }
+    HostServices() { currentPluginId = 7; }
 
     SPBasicSuite* basic = host.inData()->pica_basicP;
 };

@@ -29,7 +29,7 @@ namespace tables = hostkit::tables;
 
 namespace {
 
-constexpr A_long pluginId = 7;
+enum : A_long { pluginId = 7 };
 
 // A layer with an effect of one control, whose module gets no command.
 class Scene : public RunningCommand {

@@ -30,9 +30,9 @@ public:
         : mapped_(program), program_(GlProgram::create()) {}
 
     std::vector<CompileFailure> run() {
-        const bool isCompiled = compile(GL_VERTEX_SHADER, 'v', mapped_.vertex) &
-                                compile(GL_FRAGMENT_SHADER, 'f', mapped_.fragment);
-        if (isCompiled && hasVaryings())
+        const bool isVertexCompiled = compile(GL_VERTEX_SHADER, 'v', mapped_.vertex);
+        const bool isFragmentCompiled = compile(GL_FRAGMENT_SHADER, 'f', mapped_.fragment);
+        if (isVertexCompiled && isFragmentCompiled && hasVaryings())
             link();
         return std::move(logs_);
     }

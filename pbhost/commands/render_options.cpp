@@ -84,11 +84,13 @@ void addPictures(CLI::App& command, PictureRequest& request) {
                        "Quality of the written file, for JPEG, WebP, DWA compression or a video");
     command.add_option("--channels", request.channels,
                        "Read the channels NAME.R, NAME.G ... of a file with several layers");
-    command.add_option("--work-space", request.colours.workSpace,
-                       "Convert the pictures to this colour space, and the result back");
+    auto* const workSpace =
+        command.add_option("--work-space", request.colours.workSpace,
+                           "Convert the pictures to this colour space, and the result back");
     command
         .add_option("--ocio", request.colours.configuration,
                     "The OpenColorIO configuration with the colour spaces (default: $OCIO)")
+        ->needs(workSpace)
         ->check(CLI::ExistingFile);
     command.add_option("--format", request.format,
                        "Format of standard output, by its file extension: png");

@@ -99,6 +99,10 @@ void requirePlace(const fs::path& path) {
 
 void requireFormat(const fs::path& path, const WriteOptions& options) {
     const std::string extension = path.extension().string();
+    // Always there, so that the library, which takes 0.2 s to load, is loaded while OpenGL starts.
+    const bool isKnown = extension == ".png" || extension == ".tif" || extension == ".exr";
+    if (isKnown && !options.type && options.compression.empty() && !options.quality)
+        return;
     if (const Fault fault = formats().checkFormat(extension, options); !fault.isNone())
         failWrite(path, fault);
 }

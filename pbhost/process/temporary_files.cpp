@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -19,8 +20,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* commonPrefix = ".pbhost-";
+
 std::string prefixOf(pid_t process) {
-    return ".pbhost-" + std::to_string(process) + "-";
+    return commonPrefix + std::to_string(process) + "-";
 }
 
 // Random, so that other users cannot create a file with this name first.
@@ -142,6 +145,20 @@ TemporaryFolder::TemporaryFolder()
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     fs::remove_all(path, ignored);
+}
+
+void removeAbandonedTemporaries(const fs::path& folder) {
+    const auto yesterday = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    std::error_code ignored;
+    for (fs::directory_iterator entry(folder, ignored), end; entry != end;
+         entry.increment(ignored)) {
+        if (!entry->path().filename().string().starts_with(commonPrefix))
+            continue;
+        std::error_code error;
+        const auto written = fs::last_write_time(entry->path(), error);
+        if (!error && written < yesterday)
+            fs::remove(entry->path(), ignored);
+    }
 }
 
 void removeTemporaries(const std::vector<fs::path>& folders, pid_t process) {

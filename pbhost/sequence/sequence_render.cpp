@@ -14,6 +14,7 @@
 #include "pbhost/files/printable.h"
 #include "pbhost/pictures/picture_formats.h"
 #include "pbhost/process/failure.h"
+#include "pbhost/process/temporary_files.h"
 #include "pbhost/sequence/fingerprint.h"
 #include "pbhost/sequence/frame_ranges.h"
 #include "pbhost/sequence/progress.h"
@@ -351,6 +352,7 @@ struct SequenceRender::Worker {
     }
 
     void render() {
+        removeAbandonedTemporaries(folderOf(request.output));
         for (startReading(); !reading.empty() || !writing.empty(); startReading()) {
             if (!reading.empty())
                 renderNext();
