@@ -56,8 +56,8 @@ public:
     std::string path;
 };
 
-// Removes the temporary files in the folder that were not written for a day: what processes that were
-// killed have left, on this machine or another.
+// Removes the temporary files in the folder that were not written for a day: what processes that
+// were killed have left, on this machine or another.
 void removeAbandonedTemporaries(const std::filesystem::path& folder);
 
 // Removes the process's temporary files from these folders and from the system's temporary folder.
