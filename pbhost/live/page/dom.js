@@ -69,7 +69,7 @@ export function toast(text) {
   place.textContent = text;
   place.classList.add('shown');
   clearTimeout(toastTimer);
-  toastTimer = setTimeout(() => place.classList.remove('shown'), 3500);
+  toastTimer = setTimeout(() => place.classList.remove('shown'), 3000 + 40 * text.length);
 }
 
 export function download(href, name) {

@@ -11,9 +11,10 @@ const longFrame = 50; // milliseconds
 const rawSpeed = 40000; // bytes per millisecond from which uncompressed pixels are fastest
 
 export class Renderer {
-  // `onPicture` gets the reply, with "bitmap" or "pixels"; `onFailure` a reply that is none.
-  constructor(connection, state, { onPicture, onFailure, view, screenScale }) {
-    Object.assign(this, { connection, state, onPicture, onFailure, view, screenScale });
+  // `onRequest` is called before each request; `onPicture` gets the reply, with "bitmap" or "pixels";
+  // `onFailure` a reply that is none.
+  constructor(connection, state, { onRequest, onPicture, onFailure, view, screenScale }) {
+    Object.assign(this, { connection, state, onRequest, onPicture, onFailure, view, screenScale });
     this.isReady = false; // a kernel is loaded
     this.isBusy = false;
     this.isMoving = false;
@@ -69,6 +70,7 @@ export class Renderer {
     const shown = isStale ? { encoding: 'jpeg', reduce: Math.max(1, Math.floor(this.reduction() / downsample)) }
                           : { encoding: this.lossless() };
     this.isSettled = !isStale;
+    this.onRequest();
     const reply = await this.connection.ask({ do: 'picture', ...this.state.request(), ...this.view(), downsample, ...shown });
     this.isBusy = false;
     if (reply.do !== 'picture') {

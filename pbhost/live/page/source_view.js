@@ -22,10 +22,14 @@ export class SourceView {
       .map((line) => element('li', {}, element('code', {}, line.replace(/\r$/, '')))));
   }
 
-  // Shows the errors and opens the panel; without errors the panel that they opened is closed.
-  setErrors(text, places) {
+  // Shows the errors and opens the panel; without errors the panel that they opened is closed. The
+  // same warnings do not open it again.
+  setErrors(text, places, kind = 'error') {
     const errors = byId('errors');
+    const isNew = kind === 'error' || text !== this.errors;
+    this.errors = text;
     errors.replaceChildren();
+    errors.dataset.kind = kind;
     for (const line of byId('source').querySelectorAll('.wrong')) line.classList.remove('wrong');
     if (text === '') {
       if (this.isOpenedByError) this.show(false);
@@ -33,10 +37,10 @@ export class SourceView {
     }
     for (const place of places) errors.append(this.link(place));
     errors.append(element('details', { open: places.length === 0 },
-                          element('summary', {}, places.length === 0 ? 'Message' : 'The whole message'),
+                          element('summary', {}, places.length > 0 ? 'The whole message' : kind === 'error' ? 'Message' : 'Warnings'),
                           element('pre', {}, text)));
     for (const place of places) this.lineOf(place)?.classList.add('wrong');
-    if (byId('sourcePanel').hidden) this.show(true, true);
+    if (isNew && byId('sourcePanel').hidden) this.show(true, true);
     if (places.length > 0) this.reveal(places[0]);
   }
 

@@ -10,13 +10,12 @@ function stepOf(control) {
   if (control.kind === 'slider') return 1;
   if (control.kind === 'point' || control.kind === 'angle') return 1;
   const [low, high] = control.slider ?? control.range ?? [0, 100];
-  const smallest = 10 ** -(control.decimals ?? 2);
-  return Math.max(smallest, 10 ** Math.floor(Math.log10(Math.max(high - low, 1e-4) / 100)));
+  return Math.max(1e-4, 10 ** Math.floor(Math.log10((high - low || 1) / 100)));
 }
 
 // Without the digits that the arithmetic adds.
 const rounded = (number, control) =>
-  control.kind === 'slider' ? Math.round(number) : Number(number.toFixed(4));
+  control.kind === 'slider' ? Math.round(number) : Number(number.toFixed(5));
 
 // A text field for one number. `read` and `write` give and take it; `name` is for screen readers.
 function numberField(control, { read, write, name }) {
@@ -24,11 +23,16 @@ function numberField(control, { read, write, name }) {
                                    spellcheck: false });
   let isTyped = false; // a picture that arrives must not replace what is being typed
   field.addEventListener('input', () => (isTyped = true));
+  const take = (number) => {
+    if (numberText(number) === numberText(read())) return;
+    write(number, false);
+    if (Math.abs(number - read()) > 1e-4) toast(`${name}: the nearest possible value is ${numberText(read())}`);
+  };
   const commit = () => {
     isTyped = false;
     const number = parseNumber(field.value);
-    if (number === undefined) toast(`“${field.value}” is not a number`);
-    else if (number !== read()) write(number, false);
+    if (number !== undefined) take(number);
+    else if (field.value.trim() !== '') toast(`“${field.value}” is not a number`);
     update();
   };
   const update = () => {
@@ -45,6 +49,8 @@ function numberField(control, { read, write, name }) {
       isTyped = false;
       update();
       field.blur();
+    } else if (event.key === 'z' && isTyped) {
+      event.stopPropagation(); // the browser undoes the typing
     } else if (way) {
       event.preventDefault();
       write(rounded(read() + way * stepOf(control) * stepFactor(event), control), false);
@@ -57,7 +63,7 @@ function numberField(control, { read, write, name }) {
 // Dragging the label sideways changes the number.
 function dragToChange(label, control, state, { read, write }) {
   label.classList.add('draggable');
-  label.title = 'Drag to change; Shift: large steps, Alt: small steps';
+  label.title = `${control.description}\nDrag to change; Shift: large steps, Alt: small steps`.trim();
   followPointer(label, (down) => {
     let last = down.clientX, number = read();
     return (move) => {

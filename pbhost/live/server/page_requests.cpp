@@ -73,6 +73,8 @@ void PageRequests::adapt(Data& reply) {
             "saved/" + std::filesystem::path(path->get<std::string>()).filename().string();
         reply.erase("path");
     }
+    if (const auto text = reply.find("text"); text != reply.end())
+        *text = workspace_.withoutFolder(text->get<std::string>());
     workspace_.numberPictures(reply);
 }
 
