@@ -209,6 +209,7 @@ Data Instance::loadedAsJson(double seconds, std::size_t inputs) {
             {"inputs", inputs},
             {"seconds", seconds},
             {"fps", clock_.framesPerSecond},
+            {"first", clock_.first},
             {"controls", controls}};
 }
 

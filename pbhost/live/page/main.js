@@ -43,7 +43,8 @@ async function load(changes = {}) {
   const isFirst = !isLoaded;
   const stored = isFirst ? state.stored : undefined;
   const picture = isPicture(stored?.picture) ? stored.picture : isFirst ? firstPicture() : state.picture;
-  const request = { do: 'load', isFirst, picture, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
+  const { fps, first } = isFirst ? stored?.clock ?? {} : state.clock; // otherwise those of the server
+  const request = { do: 'load', isFirst, picture, fps, first, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
   ++loads;
   const reply = await connection.ask(request);
   document.body.dataset.isLoading = String(--loads > 0);
@@ -56,7 +57,7 @@ async function load(changes = {}) {
 
 const nameOf = (file) => file.split('/').pop();
 const isPicture = (id) => typeof id === 'number' && state.pictures.some((each) => each.id === id);
-const firstPicture = () => (state.pictures.length > 0 ? 0 : null);
+const firstPicture = () => (state.pictures.length > 0 ? 0 : undefined); // undefined: a project's, or none
 
 function takeLoaded(reply, keepsValues) {
   if (reply.do !== 'load') return onFailure(reply);
@@ -72,11 +73,19 @@ function takeLoaded(reply, keepsValues) {
   byId('depth').value = reply.depth;
   byId('exposureField').hidden = reply.depth !== 32;
   stage.setSize(reply.width, reply.height);
+  takeClock(reply);
   state.takeLoaded(reply, keepsValues);
   stage.makeHandles();
   panel.build();
   if (state.keyframes.size > 0) timeBar.show(true);
   refreshComparison();
+}
+
+// That of a project can differ.
+function takeClock({ fps, first }) {
+  if (fps === state.clock.fps && first === state.clock.first) return;
+  state.clock = { fps, first, last: first + Math.round(timeBar.duration * fps), isWanted: true };
+  timeBar.setClock(state.clock);
 }
 
 // Messages that nobody asked for.

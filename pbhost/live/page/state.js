@@ -53,6 +53,7 @@ export class State extends EventTarget {
       picture: this.picture,
       depth: this.depth,
       seconds: this.seconds,
+      clock: this.clock,
     };
   }
 

@@ -31,7 +31,7 @@ export class TimeBar {
     const number = parseNumber(field.value);
     if (number === undefined || number < 0) toast(`“${field.value}” is not a time in seconds`);
     else use(number);
-    this.update();
+    this.update(true);
   }
 
   show(isShown) {
@@ -63,10 +63,11 @@ export class TimeBar {
     requestAnimationFrame(step);
   }
 
-  update() {
+  // A time that is being typed stays until it `isCommitted`.
+  update(isCommitted = false) {
     byId('time').value = this.state.seconds;
     fillTrack(byId('time'));
-    if (document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
+    if (isCommitted || document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
     byId('duration').value = Number(this.duration.toFixed(2));
     byId('frame').textContent = `frame ${this.first + Math.round(this.state.seconds * this.fps)}`;
     this.updateMarks();

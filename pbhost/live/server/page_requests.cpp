@@ -57,8 +57,9 @@ void PageRequests::completeLoad(Data& request) const {
         request["settings"] = asked.settings;
     }
     const Data clock = workspace_.clock();
-    request["fps"] = clock["fps"];
-    request["first"] = clock["first"];
+    for (const char* name : {"fps", "first"})
+        if (!request.contains(name)) // otherwise that of an opened project
+            request[name] = clock[name];
     if (!request.contains("depth"))
         request["depth"] = asked.depth;
     if (asked.size.first != 0)
