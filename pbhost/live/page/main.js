@@ -143,6 +143,7 @@ function onRequest() {
 function onPicture(reply) {
   stage.show(reply);
   if (document.body.classList.contains('stale')) fail('');
+  onPixel(pixelNext);
   setStatus(reply.encoding === 'jpeg' ? 'preview' : 'ready', 'good');
   shown = reply;
   const size = `${state.width} × ${state.height}`;
@@ -213,11 +214,16 @@ byId('compare').addEventListener('change', refreshComparison);
 async function refreshComparison() {
   const what = byId('compare').value;
   if (what === 'kept' && !state.kept) keep();
-  if (what === 'kept') stage.other.getContext('2d', { alpha: false }).drawImage(state.kept.canvas, 0, 0);
+  if (what === 'kept') {
+    const { canvas } = state.kept;
+    Object.assign(stage.other, { width: canvas.width, height: canvas.height });
+    stage.other.getContext('2d', { alpha: false }).drawImage(canvas, 0, 0);
+  }
   if (what === 'input' && renderer.isReady) {
     const reply = await connection.ask({ do: 'picture', of: 'input', encoding: renderer.lossless(), ...view });
     if (reply.do !== 'picture') return;
     await decode(reply);
+    Object.assign(stage.other, { width: reply.width, height: reply.height });
     draw(stage.other, reply);
   }
   compared = what === 'off' ? undefined : what;
@@ -237,8 +243,10 @@ byId('keep').addEventListener('click', () => {
   toast('Kept; compare with it, or restore its values');
   if (byId('compare').value === 'kept') refreshComparison();
 });
-byId('restore').addEventListener('click', () => {
-  state.recall(state.kept.values);
+byId('restore').addEventListener('click', async () => {
+  const { values } = state.kept;
+  if (values.picture !== state.picture) await load({ picture: values.picture });
+  state.recall(values);
   state.changed('value');
 });
 
@@ -246,8 +254,11 @@ byId('restore').addEventListener('click', () => {
 
 function changeView(changes) {
   Object.assign(view, changes);
-  for (const button of byId('channels').children)
-    button.setAttribute('aria-checked', String(button.dataset.name === view.channels));
+  for (const button of byId('channels').children) {
+    const isChecked = button.dataset.name === view.channels;
+    button.setAttribute('aria-checked', String(isChecked));
+    button.tabIndex = isChecked ? 0 : -1; // the arrow keys reach the others
+  }
   fillTrack(byId('exposure'));
   byId('exposureValue').textContent = view.exposure.toFixed(1);
   if (!isLoaded) return;
@@ -259,6 +270,14 @@ for (const [name, [text, title]] of Object.entries(channelNames))
   byId('channels').append(element('button', { type: 'button', role: 'radio', title, 'data-name': name,
                                               on: { click: () => changeView({ channels: name }) } }, text));
 changeView({});
+byId('channels').addEventListener('keydown', (event) => {
+  const way = { ArrowRight: 'nextElementSibling', ArrowLeft: 'previousElementSibling' }[event.key];
+  const next = way && event.target[way];
+  if (!next) return;
+  event.preventDefault();
+  next.focus();
+  next.click();
+});
 byId('exposure').addEventListener('input', (event) => changeView({ exposure: event.target.valueAsNumber }));
 byId('exposureField').addEventListener('dblclick', () => {
   byId('exposure').value = 0;

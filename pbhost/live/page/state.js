@@ -25,7 +25,7 @@ export class State extends EventTarget {
     this.stored = JSON.parse(sessionStorage.getItem(storageKey) ?? 'null');
   }
 
-  // Takes the reply to a load. Values stay where a control of that name and kind still exists.
+  // Takes the reply to a load. Changed values stay where a control of that name and kind still exists.
   takeLoaded(loaded, keepsValues) {
     const old = keepsValues ? this.remember() : this.stored ?? { values: [] };
     Object.assign(this, { controls: loaded.controls, depth: loaded.depth, picture: loaded.picture,
@@ -48,6 +48,7 @@ export class State extends EventTarget {
       values: this.controls.map((control) => ({
         key: keyOf(control),
         value: this.values.get(control.index),
+        isDefault: this.isDefault(control), // then it follows the default, which can change
         keyframes: this.keyframes.get(control.index),
       })),
       picture: this.picture,
@@ -62,7 +63,7 @@ export class State extends EventTarget {
     for (const control of this.controls) {
       const each = known.get(keyOf(control));
       if (!each || !isPossible(control, each.value, this.pictures)) continue;
-      this.values.set(control.index, fitting(control, each.value));
+      this.values.set(control.index, each.isDefault ? defaultOf(control) : fitting(control, each.value));
       if (each.keyframes) this.keyframes.set(control.index, each.keyframes);
       else this.keyframes.delete(control.index);
     }
