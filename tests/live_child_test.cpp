@@ -32,10 +32,10 @@ std::string kernelText(const std::string& body) {
 
 // Adds `shift` to red, multiplies green by `gain`, and takes blue and alpha from the input.
 const std::string shiftText =
-    kernelText("parameter float gain < minValue: 0.0; maxValue: 4.0; defaultValue: 1.0;\n"
-               "    description: \"Of green.\"; >;\n"
-               "parameter float2 shift < minValue: float2(0.0); maxValue: float2(1.0);\n"
-               "    description: \"Of red.\"; >;\n"
+    kernelText("parameter float gain < minValue: 0.0; maxValue: 4.0; defaultValue: 1.0;"
+               " description: \"Of green.\"; >;\n"
+               "parameter float2 shift < minValue: float2(0.0); maxValue: float2(1.0);"
+               " description: \"Of red.\"; >;\n"
                "parameter bool isOn < defaultValue: true; >;\n"
                "input image4 src; input image4 extra; output pixel4 dst;\n"
                "void evaluatePixel() {\n"
@@ -122,8 +122,7 @@ TEST_F(LiveChild, LoadsAndDescribesTheControls) {
     }
     EXPECT_EQ(names, (std::vector<std::string>{"extra layer", "isOn checkbox", "gain fixed slider",
                                                "shift[0] fixed slider", "shift[1] fixed slider"}));
-    EXPECT_EQ(descriptions,
-              (std::vector<std::string>{"", "", "Of green.", "Of red.", "Of red."}));
+    EXPECT_EQ(descriptions, (std::vector<std::string>{"", "", "Of green.", "Of red.", "Of red."}));
     EXPECT_EQ(loaded["controls"][2]["slider"], Data({0.0, 4.0}));
     EXPECT_EQ(loaded["controls"][2]["range"], Data({0.0, 4.0}));
     EXPECT_EQ(loaded["controls"][2]["default"], 1.0);

@@ -37,7 +37,11 @@ export class Stage {
       const from = { x: down.clientX - this.x, y: down.clientY - this.y };
       return (move) => this.moveTo(move.clientX - from.x, move.clientY - from.y);
     });
-    this.stage.addEventListener('dblclick', () => (this.isFitted ? this.full() : this.fit()));
+    this.stage.addEventListener('dblclick', (event) => {
+      if (event.target.closest('button, #wipe, #notice')) return;
+      if (this.isFitted) this.full();
+      else this.fit();
+    });
     this.stage.addEventListener('pointermove', (event) => this.onPixel(this.pixelAt(event)));
     this.stage.addEventListener('pointerleave', () => this.onPixel(undefined));
     this.stage.addEventListener('keydown', (event) => this.panByKey(event));
