@@ -42,6 +42,12 @@ async function setGain(page, text) {
   await field.press('Enter');
 }
 
+async function setTime(page, text) {
+  const field = page.getByRole('textbox', { name: 'Time in seconds', exact: true });
+  await field.fill(text);
+  await field.press('Enter');
+}
+
 const save = (live, text) => fs.writeFileSync(live.file('work.pbk'), text);
 
 // As editors do: another file, renamed.
@@ -103,6 +109,17 @@ test('untouched values follow the defaults of the kernel', async () => {
   const live = await start();
   save(live, kernel('dst = float4(p.rgb * gain, 1.0);', 'parameter float gain < maxValue: 2.0; defaultValue: 0.25; >;'));
   await live.page.waitForFunction(() => document.querySelector('[aria-label="gain"].number').value === '0.25');
+});
+
+test('warnings are shown, but the same ones do not open the source again', async () => {
+  const text = kernel('dst = float4(p.rgb * gain, 1.0);', 'parameter float gain < maxValue: 2.0; >; parameter float free;');
+  const live = await start([], { files: { 'work.pbk': text } });
+  assert.match(await live.page.locator('#errors').textContent(), /Warnings.*"free" has neither/s);
+  await live.page.getByRole('button', { name: 'Source' }).click();
+  save(live, text.replace('p.rgb', 'p.bgr'));
+  await live.page.waitForFunction(() => document.getElementById('source').textContent.includes('p.bgr'));
+  await live.settled();
+  assert.ok(await live.page.locator('#sourcePanel').isHidden());
 });
 
 test('a small range has small steps', async () => {
@@ -197,6 +214,13 @@ test('a sequence is shown frame by frame', async () => {
   assert.match(command, /--frames 8 --first 7 --fps 10 /);
   assert.equal(difference(await live.pixels(), live.render(command)), 'none');
   assert.notEqual(difference(await live.pixels(), first), 'none');
+  // A frame without a picture is a message, which the next frame ends.
+  await setTime(live.page, '1');
+  await waitForNotice(live.page, /cannot read .*shot\.0017\.png/);
+  assert.ok(await live.page.locator('#sourcePanel').isHidden(), 'the source cannot explain it');
+  await setTime(live.page, '0');
+  await live.settled();
+  assert.equal(await live.page.locator('#errors').textContent(), '');
   await live.page.getByRole('button', { name: 'Play', exact: true }).click();
   await live.page.waitForFunction(() => document.getElementById('frame').textContent === 'frame 9');
   await live.page.getByRole('button', { name: 'Pause' }).click();

@@ -142,7 +142,10 @@ function onRequest() {
 
 function onPicture(reply) {
   stage.show(reply);
-  if (document.body.classList.contains('stale')) fail('');
+  if (document.body.classList.contains('stale')) {
+    fail('');
+    source.setErrors(source.warnings, [], 'warning');
+  }
   onPixel(pixelNext);
   setStatus(reply.encoding === 'jpeg' ? 'preview' : 'ready', 'good');
   shown = reply;

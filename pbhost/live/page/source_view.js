@@ -5,6 +5,7 @@ import { byId, element } from './dom.js';
 export class SourceView {
   constructor() {
     this.text = undefined;
+    this.warnings = '';
     this.isOpenedByError = false;
     byId('sourceToggle').addEventListener('click', () => this.show(byId('sourcePanel').hidden));
   }
@@ -22,12 +23,13 @@ export class SourceView {
       .map((line) => element('li', {}, element('code', {}, line.replace(/\r$/, '')))));
   }
 
-  // Shows the errors and opens the panel; without errors the panel that they opened is closed. The
-  // same warnings do not open it again.
+  // Shows the errors and opens the panel; without errors the panel that they opened is closed. It is
+  // not opened by a single line without a place, which the notice shows, nor by the same warnings again.
   setErrors(text, places, kind = 'error') {
     const errors = byId('errors');
-    const isNew = kind === 'error' || text !== this.errors;
-    this.errors = text;
+    const tellsMore = places.length > 0 || text.includes('\n');
+    const opens = tellsMore && (kind === 'error' || text !== this.warnings);
+    if (kind === 'warning') this.warnings = text;
     errors.replaceChildren();
     errors.dataset.kind = kind;
     for (const line of byId('source').querySelectorAll('.wrong')) line.classList.remove('wrong');
@@ -40,7 +42,7 @@ export class SourceView {
                           element('summary', {}, places.length > 0 ? 'The whole message' : kind === 'error' ? 'Message' : 'Warnings'),
                           element('pre', {}, text)));
     for (const place of places) this.lineOf(place)?.classList.add('wrong');
-    if (isNew && byId('sourcePanel').hidden) this.show(true, true);
+    if (opens && byId('sourcePanel').hidden) this.show(true, true);
     if (places.length > 0) this.reveal(places[0]);
   }
 

@@ -17,6 +17,13 @@ function stepOf(control) {
 const rounded = (number, control) =>
   control.kind === 'slider' ? Math.round(number) : Number(number.toFixed(5));
 
+// While text is typed, the browser's own undo is for the typing.
+function leaveUndoToTyping(field, isTyped) {
+  field.addEventListener('keydown', (event) => {
+    if ((event.ctrlKey || event.metaKey) && isTyped()) event.stopPropagation();
+  });
+}
+
 // A text field for one number. `read` and `write` give and take it; `name` is for screen readers.
 function numberField(control, { read, write, name }) {
   const field = element('input', { className: 'number', inputMode: 'decimal', 'aria-label': name,
@@ -38,6 +45,7 @@ function numberField(control, { read, write, name }) {
   const update = () => {
     if (!isTyped) field.value = numberText(read());
   };
+  leaveUndoToTyping(field, () => isTyped);
   field.addEventListener('change', commit);
   field.addEventListener('focus', () => field.select());
   field.addEventListener('keydown', (event) => {
@@ -49,8 +57,6 @@ function numberField(control, { read, write, name }) {
       isTyped = false;
       update();
       field.blur();
-    } else if (event.key === 'z' && isTyped) {
-      event.stopPropagation(); // the browser undoes the typing
     } else if (way) {
       event.preventDefault();
       write(rounded(read() + way * stepOf(control) * stepFactor(event), control), false);
@@ -192,6 +198,7 @@ function color(state, control) {
   const hex = element('input', { className: 'hex', 'aria-label': `${control.name}, hexadecimal`, spellcheck: false });
   let isTyped = false;
   hex.addEventListener('input', () => (isTyped = true));
+  leaveUndoToTyping(hex, () => isTyped);
   hex.addEventListener('change', () => {
     isTyped = false;
     const rgb = colorOf(hex.value);
