@@ -199,6 +199,26 @@ test('a reload of the page keeps the values', async () => {
   assert.equal(difference(await live.pixels(), before), 'none');
 });
 
+test('a preview that is decoded late does not replace the lossless picture', async () => {
+  const live = await start();
+  await live.context.addInitScript(() => {
+    const decode = window.createImageBitmap;
+    window.createImageBitmap = async (blob, options) => {
+      const bitmap = await decode(blob, options);
+      if (blob.type !== 'image/jpeg') return bitmap;
+      await new Promise((resolve) => (window.decodeLate = resolve));
+      return bitmap;
+    };
+  });
+  const page = await live.newPage(); // waits for the lossless picture
+  await page.evaluate(() => {
+    window.decodeLate();
+    return new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+  });
+  await live.settled(page);
+  assert.ok(await page.locator('#preview').isHidden());
+});
+
 test('a sequence is shown frame by frame', async () => {
   const files = { 'work.pbk': good };
   for (const [number, file] of [[7, scene], [8, second], [9, scene]]) files[`shot.000${number}.png`] = fs.readFileSync(file);

@@ -44,7 +44,8 @@ async function load(changes = {}) {
   const stored = isFirst ? state.stored : undefined;
   const picture = isPicture(stored?.picture) ? stored.picture : isFirst ? firstPicture() : state.picture;
   const { fps, first } = isFirst ? stored?.clock ?? {} : state.clock; // otherwise those of the server
-  const request = { do: 'load', isFirst, picture, fps, first, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
+  const depth = stored?.depth ?? state.depth ?? undefined;
+  const request = { do: 'load', isFirst, picture, fps, first, depth, ...changes };
   ++loads;
   const reply = await connection.ask(request);
   document.body.dataset.isLoading = String(--loads > 0);
@@ -325,7 +326,8 @@ acceptDrops(byId('stage'), async (file) => {
 // Warns of pictures that a command or project refers to and that will not stay.
 function temporaryNote() {
   const names = state.temporaryPictures().map((each) => each.name);
-  return names.length === 0 ? '' : `\n\nNote: ${names.join(', ')} was chosen in the browser and is deleted when pbhost live ends. To keep it, start with -i.`;
+  return names.length === 0 ? '' : `\n\nNote: ${names.join(', ')} was chosen in the browser and is deleted ` +
+                                   'when pbhost live ends. To keep it, start with -i.';
 }
 
 byId('copyCommand').addEventListener('click', async () => {
@@ -373,9 +375,10 @@ byId('projectFile').addEventListener('change', async ({ target }) => {
 
 // The server gives the uploaded project a name of its own, and does not know where the file was.
 function projectFailure(text, name) {
-  const note = /cannot read '[^/]/.test(text)
-    ? '. The browser does not tell in which folder the project is, so relative paths cannot be found. Open it with: pbhost live --project' : '';
-  return text.replace(/^saved\d+\.json/, name) + note;
+  const message = text.replace(/^saved\d+\.json/, name);
+  if (!/cannot read '[^/]/.test(text)) return message;
+  return `${message}. The browser does not tell in which folder the project is, so relative paths cannot be found. ` +
+         'Open it with: pbhost live --project';
 }
 
 // Dark and light: the system's, until the button is pressed.

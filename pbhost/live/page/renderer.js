@@ -20,6 +20,8 @@ export class Renderer {
     this.isMoving = false;
     this.change = 0; // counts changes
     this.asked = 0; // the change that the last request answers
+    this.requests = 0; // so far
+    this.shown = 0; // the number of the request whose picture is shown
     this.isSettled = true; // the last picture that was asked for is lossless
     this.fullTime = 0; // milliseconds of a render in full resolution
   }
@@ -71,6 +73,7 @@ export class Renderer {
                           : { encoding: this.lossless() };
     this.isSettled = !isStale;
     this.onRequest();
+    const number = ++this.requests;
     const reply = await this.connection.ask({ do: 'picture', ...this.state.request(), ...this.view(), downsample, ...shown });
     this.isBusy = false;
     if (reply.do !== 'picture') {
@@ -82,6 +85,8 @@ export class Renderer {
     this.state.animated = reply.animated;
     this.pump(); // the next frame is rendered while this one is decoded
     await decode(reply);
+    if (number < this.shown) return; // the next picture was decoded faster
+    this.shown = number;
     this.onPicture({ ...reply, downsample, change });
   }
 }
