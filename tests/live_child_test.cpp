@@ -32,8 +32,10 @@ std::string kernelText(const std::string& body) {
 
 // Adds `shift` to red, multiplies green by `gain`, and takes blue and alpha from the input.
 const std::string shiftText =
-    kernelText("parameter float gain < minValue: 0.0; maxValue: 4.0; defaultValue: 1.0; >;\n"
-               "parameter float2 shift < minValue: float2(0.0); maxValue: float2(1.0); >;\n"
+    kernelText("parameter float gain < minValue: 0.0; maxValue: 4.0; defaultValue: 1.0;"
+               " description: \"Of green.\"; >;\n"
+               "parameter float2 shift < minValue: float2(0.0); maxValue: float2(1.0);"
+               " description: \"Of red.\"; >;\n"
                "parameter bool isOn < defaultValue: true; >;\n"
                "input image4 src; input image4 extra; output pixel4 dst;\n"
                "void evaluatePixel() {\n"
@@ -112,12 +114,15 @@ TEST_F(LiveChild, LoadsAndDescribesTheControls) {
     EXPECT_EQ(loaded["width"], 8);
     EXPECT_EQ(loaded["depth"], 8);
     EXPECT_EQ(loaded["inputs"], 2);
-    std::vector<std::string> names;
-    for (const Data& control : loaded["controls"])
+    std::vector<std::string> names, descriptions;
+    for (const Data& control : loaded["controls"]) {
         names.push_back(control["name"].get<std::string>() + " " +
                         control["kind"].get<std::string>());
+        descriptions.push_back(control["description"]);
+    }
     EXPECT_EQ(names, (std::vector<std::string>{"extra layer", "isOn checkbox", "gain fixed slider",
                                                "shift[0] fixed slider", "shift[1] fixed slider"}));
+    EXPECT_EQ(descriptions, (std::vector<std::string>{"", "", "Of green.", "Of red.", "Of red."}));
     EXPECT_EQ(loaded["controls"][2]["slider"], Data({0.0, 4.0}));
     EXPECT_EQ(loaded["controls"][2]["range"], Data({0.0, 4.0}));
     EXPECT_EQ(loaded["controls"][2]["default"], 1.0);

@@ -177,6 +177,8 @@ TEST_F(LiveWorkspace, CompletesRequestsWithWhatAPageCannotChoose) {
     EXPECT_EQ(first["fps"], 24.0);
     const Data again = requests.complete({{"do", "load"}, {"picture", nullptr}, {"depth", 32}});
     EXPECT_FALSE(again.contains("settings"));
+    EXPECT_EQ(requests.complete({{"do", "load"}, {"fps", 10}, {"first", 5}})["fps"], 10)
+        << "of a project that the page has opened";
     EXPECT_EQ(again["depth"], 32);
 
     const Data save =
@@ -194,6 +196,11 @@ TEST_F(LiveWorkspace, CompletesRequestsWithWhatAPageCannotChoose) {
     EXPECT_FALSE(reply.contains("path"));
     EXPECT_EQ(reply["url"],
               "saved/" + fs::path(save["path"].get<std::string>()).filename().string());
+    Data failed = {{"do", "failed"},
+                   {"text", opened["project"].get<std::string>() + ": not a valid project"}};
+    requests.adapt(failed);
+    EXPECT_EQ(failed["text"], fs::path(opened["project"].get<std::string>()).filename().string() +
+                                  ": not a valid project");
     Data loaded = {{"do", "load"}, {"file", fs::absolute("other.pbk").string()}};
     requests.adapt(loaded);
     write("other.pbk", "text");

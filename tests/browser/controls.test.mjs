@@ -41,6 +41,7 @@ const actions = [
   ['a typed number', () => type('Gain', '1.375'), /--set Gain=1.375 /],
   ['a number with a decimal comma', () => type('Gain', '0,75'), /--set Gain=0.75 /],
   ['a number beyond the range', () => type('Gain', '7'), /--set Gain=2 /],
+  ['a fraction for a whole number', () => type('Count', '7.6'), /--set Count=8 /],
   ['a slider by the mouse', () => drag(live.page.getByRole('slider', { name: 'Gain', exact: true }), -30, 0), /--set Gain=\d\.\d+ /],
   ['a label that is dragged', () => drag(live.control('Amount').locator('.name'), 20, 0), /--set Amount=\d+ /],
   ['a component of a vector', () => type('shift[1]', '-0.25'), /--set 'shift\[1\]=-0.25' /],
@@ -52,6 +53,18 @@ const actions = [
     await live.page.locator('.handle').press('ArrowRight');
     await live.page.locator('.handle').press('Shift+ArrowRight');
   }, /--set Center=111,/],
+  ['a point by its handle, from out of view', async () => {
+    await type('Center, x', '9000');
+    const stage = await live.page.locator('#stage').boundingBox();
+    await live.page.locator('.handle').focus();
+    const box = await live.page.locator('.handle').boundingBox();
+    assert.ok(box.x > stage.x && box.x + box.width <= stage.x + stage.width, 'the handle stays visible');
+    const picture = await live.page.locator('#result').boundingBox();
+    await live.page.mouse.move(box.x + 11, box.y + 11);
+    await live.page.mouse.down();
+    await live.page.mouse.move(picture.x + picture.width / 4, picture.y + picture.height / 4);
+    await live.page.mouse.up();
+  }, /--set Center=1[12]\d(\.\d)?,[78]\d(\.\d)? /],
   ['an angle by its dial', async () => {
     await live.page.getByRole('slider', { name: 'Turn' }).press('Shift+ArrowRight');
     await live.page.getByRole('slider', { name: 'Turn' }).press('ArrowUp');
@@ -88,6 +101,48 @@ test('reset returns to the defaults, one by one and all together', async () => {
   assert.doesNotMatch(await live.command(), /--set|--layer|--time/);
 });
 
+test('undo and redo go through the changes', async () => {
+  const gain = () => field('Gain').inputValue();
+  await type('Gain', '1.5');
+  await drag(live.control('Gain').locator('.name'), 20, 0); // one step
+  const dragged = await gain();
+  assert.notEqual(dragged, '1.5');
+  await live.page.getByRole('button', { name: 'Reset all' }).click();
+  assert.equal(await gain(), '1');
+  await live.page.keyboard.press('Control+z');
+  assert.equal(await gain(), dragged);
+  await live.page.getByRole('button', { name: 'Undo' }).click();
+  assert.equal(await gain(), '1.5');
+  await live.page.keyboard.press('Control+Shift+z');
+  assert.equal(await gain(), dragged);
+  await live.page.getByRole('button', { name: 'Undo' }).click();
+  await live.page.getByRole('button', { name: 'Undo' }).click();
+  assert.equal(await gain(), '1');
+  await live.settled();
+  assert.doesNotMatch(await live.command(), /--set/);
+});
+
+test('what a number becomes is told, and what a parameter is for', async () => {
+  await type('Gain', '7');
+  assert.match(await live.page.locator('#toast').textContent(), /Gain: the nearest possible value is 2/);
+  await live.page.getByRole('button', { name: 'Gain: to the default' }).click();
+  assert.equal(await live.control('Gain').getAttribute('title'), 'Brightness.');
+});
+
+test('the values of the pixel under the pointer follow a change', async () => {
+  const channels = async () => [...(await live.page.locator('#pixel').textContent()).matchAll(/[RGB] +(\d+)/g)].slice(0, 3).map((match) => match[1]);
+  const box = await live.page.locator('#result').boundingBox();
+  await live.page.mouse.move(box.x + 50, box.y + 50);
+  await live.page.waitForFunction(() => document.getElementById('pixel').textContent !== '');
+  const before = await live.page.locator('#pixel').textContent();
+  const [red, green, blue] = await channels();
+  await live.page.getByRole('checkbox', { name: 'Swap' }).press(' ');
+  await live.page.waitForFunction((old) => document.getElementById('pixel').textContent !== old, before);
+  assert.deepEqual(await channels(), [blue, green, red]);
+  await live.page.getByRole('checkbox', { name: 'Swap' }).press(' ');
+  await live.settled();
+});
+
 test('keyframes are interpolated, and a project keeps them', async () => {
   await live.page.getByRole('button', { name: 'Gain: add a keyframe' }).click();
   await type('Time in seconds', '4');
@@ -111,6 +166,34 @@ test('keyframes are interpolated, and a project keeps them', async () => {
   await live.page.waitForFunction(() => document.querySelector('[aria-label="Gain"].number').value === '0.75');
   await live.settled();
   assert.equal(difference(await live.pixels(), live.render(`pbhost render --project '${live.file('project.json')}' -o x`)), 'none');
+});
+
+test('a held keyframe keeps its value until the next one, and a project keeps it', async () => {
+  const button = (name) => live.page.getByRole('button', { name, exact: true });
+  await type('Time in seconds', '0');
+  await button('Gain: hold the keyframe').click();
+  await type('Time in seconds', '2.01'); // the nearest frame
+  assert.equal(await field('Time in seconds').inputValue(), '2');
+  await live.page.waitForFunction(() => document.querySelector('[aria-label="Gain"].number').value === '1');
+  await live.settled();
+  const command = await live.command();
+  assert.match(command, /--key Gain@0=hold:1 --key Gain@96=0.5 --frames 48 /);
+  assert.equal(difference(await live.pixels(), live.render(command)), 'none');
+  const [saved] = await Promise.all([live.page.waitForEvent('download'), button('Save project').click()]);
+  await saved.saveAs(live.file('held.json'));
+  await button('Reset all').click();
+  await live.page.getByLabel('Project file').setInputFiles(live.file('held.json'));
+  await live.page.getByRole('button', { name: 'Keyframe at 0 s: Gain' }).click();
+  // Another value does not change the kind; a further click removes it.
+  await type('Gain', '1.5');
+  assert.match(await live.command(), /--key Gain@0=hold:1.5 /);
+  await button('Gain: remove the held keyframe').click();
+  assert.doesNotMatch(await live.command(), /Gain@0/);
+  // A checkbox has nothing between its values.
+  await button('Swap: add a keyframe').click();
+  assert.match(await live.command(), /--key Swap@0=hold:0 /);
+  await button('Swap: remove the held keyframe').click();
+  await live.settled();
 });
 
 test('the saved picture is the rendered one, in the depth that is chosen', async () => {

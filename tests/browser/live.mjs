@@ -19,25 +19,34 @@ export class Live {
   // `args` are those of `pbhost live`; "{folder}" stands for the temporary folder.
   static async start(args, options = {}) {
     const live = new Live();
-    live.folder = fs.mkdtempSync(path.join(os.tmpdir(), 'pbhost-browser-'));
+    try {
+      await live.open(args, options);
+    } catch (error) {
+      await live.stop();
+      throw error;
+    }
+    return live;
+  }
+
+  async open(args, options) {
+    this.folder = fs.mkdtempSync(path.join(os.tmpdir(), 'pbhost-browser-'));
     for (const [name, content] of Object.entries(options.files ?? {}))
-      fs.writeFileSync(live.file(name), content);
-    live.errors = '';
-    live.server = spawn(pbhost, ['live', ...args.map((arg) => arg.replace('{folder}', live.folder))],
-                        { env: { ...process.env, XDG_CONFIG_HOME: live.folder, ...options.env?.(live) } });
-    live.server.stderr.on('data', (data) => (live.errors += data));
-    live.url = await new Promise((resolve, reject) => {
-      live.server.stdout.once('data', (data) => resolve(String(data).trim()));
-      live.server.once('exit', (code) => reject(new Error(`pbhost ended with ${code}: ${live.errors}`)));
+      fs.writeFileSync(this.file(name), content);
+    this.errors = '';
+    this.server = spawn(pbhost, ['live', ...args.map((arg) => arg.replace('{folder}', this.folder))],
+                        { env: { ...process.env, XDG_CONFIG_HOME: this.folder, ...options.env?.(this) } });
+    this.server.stderr.on('data', (data) => (this.errors += data));
+    this.url = await new Promise((resolve, reject) => {
+      this.server.stdout.once('data', (data) => resolve(String(data).trim()));
+      this.server.once('exit', (code) => reject(new Error(`pbhost ended with ${code}: ${this.errors}`)));
     });
-    live.browser = await chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
+    this.browser = await chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
                                            args: ['--no-sandbox'] });
-    live.context = await live.browser.newContext({
+    this.context = await this.browser.newContext({
       viewport: { width: 1440, height: 860 }, colorScheme: 'dark', acceptDownloads: true,
       permissions: ['clipboard-read', 'clipboard-write'], ...options.context });
-    live.faults = []; // errors in the page
-    live.page = await live.newPage(options.isBroken);
-    return live;
+    this.faults = []; // errors in the page
+    this.page = await this.newPage(options.isBroken);
   }
 
   async newPage(isBroken = false) {

@@ -47,6 +47,8 @@ await phase.fill('1440');
 await phase.press('Enter');
 await time.fill('2.5');
 await time.press('Enter');
+await live.page.getByRole('button', { name: 'Scale: add a keyframe' }).click();
+await live.page.getByRole('button', { name: 'Scale: hold the keyframe' }).click();
 await live.settled();
 await shot(live, 'time');
 await live.stop();

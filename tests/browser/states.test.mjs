@@ -42,6 +42,12 @@ async function setGain(page, text) {
   await field.press('Enter');
 }
 
+async function setTime(page, text) {
+  const field = page.getByRole('textbox', { name: 'Time in seconds', exact: true });
+  await field.fill(text);
+  await field.press('Enter');
+}
+
 const save = (live, text) => fs.writeFileSync(live.file('work.pbk'), text);
 
 // As editors do: another file, renamed.
@@ -97,6 +103,31 @@ test('a save is shown, a broken one keeps the picture and shows the line, a mend
   await page.getByRole('button', { name: 'gain: to the default' }).click();
   assert.equal(await page.getByRole('textbox', { name: 'gain', exact: true }).inputValue(), '0.1');
   assert.deepEqual(live.faults, []);
+});
+
+test('untouched values follow the defaults of the kernel', async () => {
+  const live = await start();
+  save(live, kernel('dst = float4(p.rgb * gain, 1.0);', 'parameter float gain < maxValue: 2.0; defaultValue: 0.25; >;'));
+  await live.page.waitForFunction(() => document.querySelector('[aria-label="gain"].number').value === '0.25');
+});
+
+test('warnings are shown, but the same ones do not open the source again', async () => {
+  const text = kernel('dst = float4(p.rgb * gain, 1.0);', 'parameter float gain < maxValue: 2.0; >; parameter float free;');
+  const live = await start([], { files: { 'work.pbk': text } });
+  assert.match(await live.page.locator('#errors').textContent(), /Warnings.*"free" has neither/s);
+  await live.page.getByRole('button', { name: 'Source' }).click();
+  save(live, text.replace('p.rgb', 'p.bgr'));
+  await live.page.waitForFunction(() => document.getElementById('source').textContent.includes('p.bgr'));
+  await live.settled();
+  assert.ok(await live.page.locator('#sourcePanel').isHidden());
+});
+
+test('a small range has small steps', async () => {
+  const live = await start([], { files: { 'work.pbk': kernel('dst = float4(p.rgb * gain * 50.0, 1.0);',
+    'parameter float gain < minValue: -0.02; maxValue: 0.02; defaultValue: 0.0; >;') } });
+  const slider = live.page.getByRole('slider', { name: 'gain', exact: true });
+  for (const key of ['ArrowRight', 'Shift+ArrowRight', 'Alt+ArrowRight']) await slider.press(key);
+  assert.match(await live.command(), /--set gain=0.00111 /);
 });
 
 test('a kernel that is broken at the start is shown when it is mended', async () => {
@@ -168,6 +199,26 @@ test('a reload of the page keeps the values', async () => {
   assert.equal(difference(await live.pixels(), before), 'none');
 });
 
+test('a preview that is decoded late does not replace the lossless picture', async () => {
+  const live = await start();
+  await live.context.addInitScript(() => {
+    const decode = window.createImageBitmap;
+    window.createImageBitmap = async (blob, options) => {
+      const bitmap = await decode(blob, options);
+      if (blob.type !== 'image/jpeg') return bitmap;
+      await new Promise((resolve) => (window.decodeLate = resolve));
+      return bitmap;
+    };
+  });
+  const page = await live.newPage(); // waits for the lossless picture
+  await page.evaluate(() => {
+    window.decodeLate();
+    return new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+  });
+  await live.settled(page);
+  assert.ok(await page.locator('#preview').isHidden());
+});
+
 test('a sequence is shown frame by frame', async () => {
   const files = { 'work.pbk': good };
   for (const [number, file] of [[7, scene], [8, second], [9, scene]]) files[`shot.000${number}.png`] = fs.readFileSync(file);
@@ -183,10 +234,62 @@ test('a sequence is shown frame by frame', async () => {
   assert.match(command, /--frames 8 --first 7 --fps 10 /);
   assert.equal(difference(await live.pixels(), live.render(command)), 'none');
   assert.notEqual(difference(await live.pixels(), first), 'none');
+  // A frame without a picture is a message, which the next frame ends.
+  await setTime(live.page, '1');
+  await waitForNotice(live.page, /cannot read .*shot\.0017\.png/);
+  assert.ok(await live.page.locator('#sourcePanel').isHidden(), 'the source cannot explain it');
+  await setTime(live.page, '0');
+  await live.settled();
+  assert.equal(await live.page.locator('#errors').textContent(), '');
   await live.page.getByRole('button', { name: 'Play', exact: true }).click();
   await live.page.waitForFunction(() => document.getElementById('frame').textContent === 'frame 9');
   await live.page.getByRole('button', { name: 'Pause' }).click();
   await live.settled();
+});
+
+test('an opened project has its own picture and clock', async () => {
+  const files = { 'work.pbk': good };
+  for (const [number, file] of [[5, scene], [6, second], [7, scene], [8, second]]) files[`shot.${number}.png`] = fs.readFileSync(file);
+  const live = await start(['-i', '{folder}/shot.%d.png', '--fps', '10'], { files });
+  const { page } = live;
+  await page.getByRole('combobox', { name: 'Layer' }).selectOption({ label: 'shot.%d.png' });
+  await page.getByRole('slider', { name: 'Time in seconds' }).press('ArrowRight');
+  await page.getByRole('button', { name: 'gain: add a keyframe' }).click();
+  await live.settled();
+  const wanted = await live.pixels();
+  const [saved] = await Promise.all([page.waitForEvent('download'), page.getByRole('button', { name: 'Save project' }).click()]);
+  const project = live.file('project.json');
+  await saved.saveAs(project);
+
+  const byPage = await start();
+  await byPage.page.getByLabel('Project file').setInputFiles(project);
+  const byCommand = await Live.start(['--project', project]);
+  lives.push(byCommand);
+  for (const other of [byPage, byCommand]) {
+    await other.page.waitForFunction(() => document.getElementById('frame').textContent === 'frame 6');
+    await other.settled();
+    assert.equal(difference(await other.pixels(), wanted), 'none');
+    const command = await other.command();
+    assert.match(command, /shot.%d.png --key gain@6=1 --frames 6 --first 5 --fps 10 /);
+    assert.equal(difference(await other.pixels(), other.render(command)), 'none');
+  }
+});
+
+test('a project that cannot be opened is a message, and the picture stays', async () => {
+  const live = await start();
+  await setGain(live.page, '0.5');
+  await live.settled();
+  const before = await live.pixels();
+  const [saved] = await Promise.all([live.page.waitForEvent('download'), live.page.getByRole('button', { name: 'Save project' }).click()]);
+  const project = JSON.parse(fs.readFileSync(await saved.path(), 'utf8'));
+  project.layer.picture = 'elsewhere.png';
+  for (const [content, message] of [['{}', /^mine\.json: not a valid project/],
+                                    [JSON.stringify(project), /cannot read 'elsewhere\.png'.*relative paths cannot be found/]]) {
+    await live.page.getByLabel('Project file').setInputFiles({ name: 'mine.json', mimeType: 'application/json', buffer: Buffer.from(content) });
+    await live.page.waitForFunction((source) => new RegExp(source).test(document.getElementById('toast').textContent), message.source);
+    await live.settled();
+    assert.equal(difference(await live.pixels(), before), 'none');
+  }
 });
 
 test('--open opens the printed address', async () => {

@@ -94,12 +94,17 @@ test('the comparison shows the input, or the kept picture, beside the result', a
   await page.waitForFunction(() => document.getElementById('wipeName').textContent === 'input');
   assert.equal(difference(await live.pixels(page, 'other'), await live.pixels()), 'none');
   await page.getByRole('combobox', { name: 'Compare' }).selectOption('off');
+  await page.getByRole('button', { name: 'Restore' }).click();
+  await page.waitForFunction(() => document.querySelector('[aria-label="Layer"]').selectedOptions[0].textContent === 'scene.png');
+  await live.settled();
 });
 
 test('a picture from this computer becomes the layer', async () => {
   await page.getByLabel('Layer, file').setInputFiles(second);
   await page.waitForFunction(() => document.querySelector('[aria-label="Layer"]').selectedOptions[0].textContent === 'second.png');
   await live.settled();
+  await live.command();
+  assert.match(await page.locator('#toast').textContent(), /second\.png was chosen in the browser and is deleted/);
   assert.equal(difference(await live.pixels(), live.render(`pbhost render '${examples}/copy.pbk' -i '${second}' -o x`)), 'none');
 });
 
@@ -122,6 +127,17 @@ test('with 32 bits the exposure brightens the picture', async () => {
   const after = await live.pixels();
   for (let i = 0; i < before.length; i += 997)
     assert.ok(Math.abs(after[i] - Math.min(255, before[i] * 2)) <= 1, `${i}: ${before[i]} ${after[i]}`);
+});
+
+test('keys work after a click on a button, and the arrow keys choose the channels', async () => {
+  await page.getByRole('button', { name: 'Keep', exact: true }).click();
+  await page.keyboard.press('1');
+  assert.equal(await page.locator('#zoom').textContent(), '100 %');
+  await page.keyboard.press('f');
+  assert.notEqual(await page.locator('#zoom').textContent(), '100 %');
+  await page.getByRole('radio', { name: 'RGBA' }).click();
+  await page.keyboard.press('ArrowRight');
+  assert.ok(await page.getByRole('radio', { name: 'RGB', exact: true }).isChecked());
 });
 
 test('every control has a name, and all can be reached by the keyboard', async () => {

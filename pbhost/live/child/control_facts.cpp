@@ -22,11 +22,6 @@ Json sliderRange(const PF_ParamDef& definition) {
     return nullptr;
 }
 
-Json decimals(const PF_ParamDef& definition) {
-    return definition.param_type == PF_Param_FIX_SLIDER ? Json(definition.u.fs_d.precision)
-                                                        : Json();
-}
-
 Json label(const PF_ParamDef& definition) {
     return definition.param_type == PF_Param_CHECKBOX ? Json(definition.u.bd.u.nameptr) : Json();
 }
@@ -40,15 +35,15 @@ Json metadata(const pbMetadata& data) {
 
 } // namespace
 
-Json controlFacts(const Scene& scene, std::size_t index) {
+Json controlFacts(const Scene& scene, std::size_t index, const ControlNotes& notes) {
     const PF_ParamDef& definition = scene.effect.definitions.at(index);
     const hostkit::ControlKind& kind = hostkit::kindOf(definition);
     Json facts = controlAsJson(scene.effect, index, 0);
     if (const auto range = kind.range == nullptr ? std::nullopt : kind.range(definition.u))
         facts["range"] = rangeJson(range->low, range->high);
     facts["slider"] = sliderRange(definition);
-    facts["decimals"] = decimals(definition);
     facts["label"] = label(definition);
+    facts["description"] = descriptionOf(notes, nameOf(scene.effect, index));
     return facts;
 }
 

@@ -193,9 +193,10 @@ Data Instance::keyframesAsJson(std::size_t index) {
 
 Data Instance::loadedAsJson(double seconds, std::size_t inputs) {
     const hostkit::Footage& layer = *scene_->layer.source;
+    const ControlNotes notes = notesOf(session_->host, scene_->file());
     Data controls = Data::array();
     for (const std::size_t index : listedControls(scene_->effect)) {
-        controls.push_back(withDoubles(controlFacts(*scene_, index)));
+        controls.push_back(withDoubles(controlFacts(*scene_, index, notes)));
         controls.back()["keyframes"] = keyframesAsJson(index);
     }
     return {{"title", scene_->effect.title()},
@@ -208,6 +209,7 @@ Data Instance::loadedAsJson(double seconds, std::size_t inputs) {
             {"inputs", inputs},
             {"seconds", seconds},
             {"fps", clock_.framesPerSecond},
+            {"first", clock_.first},
             {"controls", controls}};
 }
 

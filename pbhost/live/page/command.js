@@ -9,9 +9,10 @@ function valueText(control, value) {
 }
 
 // A keyframe as an option; the frame's number may have a fraction, which is rounded.
-function keyText(state, name, control, { time, value, out }) {
+function keyText(state, name, control, { time, value, out }, next) {
   const frame = state.clock.first + Math.round(time * state.clock.fps);
-  return quoted(`${name}@${frame}=${out === 'hold' ? 'hold:' : ''}${valueText(control, value)}`);
+  const isHeld = out === 'hold' || next?.in === 'hold';
+  return quoted(`${name}@${frame}=${isHeld ? 'hold:' : ''}${valueText(control, value)}`);
 }
 
 // Only what differs from the defaults.
@@ -28,7 +29,7 @@ export function commandOf(state) {
     if (control.kind === 'layer') {
       if (value !== null) words.push('--layer', `${control.index}=${file(value)}`);
     } else if (state.keyframes.has(control.index)) {
-      for (const key of state.keyframes.get(control.index)) words.push('--key', keyText(state, name, control, key));
+      state.keyframes.get(control.index).forEach((key, k, all) => words.push('--key', keyText(state, name, control, key, all[k + 1])));
     } else if (!state.isDefault(control)) {
       words.push('--set', quoted(`${name}=${valueText(control, value)}`));
     }

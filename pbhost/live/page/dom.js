@@ -69,7 +69,7 @@ export function toast(text) {
   place.textContent = text;
   place.classList.add('shown');
   clearTimeout(toastTimer);
-  toastTimer = setTimeout(() => place.classList.remove('shown'), 3500);
+  toastTimer = setTimeout(() => place.classList.remove('shown'), Math.min(3000 + 30 * text.length, 9000));
 }
 
 export function download(href, name) {

@@ -3,6 +3,7 @@
 import { commandOf } from './command.js';
 import { Connection } from './connection.js';
 import { byId, download, element, fillTrack, toast } from './dom.js';
+import { History } from './history.js';
 import { Panel } from './panel.js';
 import { decode, draw, Renderer } from './renderer.js';
 import { SourceView } from './source_view.js';
@@ -18,7 +19,8 @@ const formats = { png: 'PNG', tif: 'TIFF', exr: 'OpenEXR', jpg: 'JPEG' };
 const state = new State();
 const view = { channels: 'composite', exposure: 0 };
 const connection = new Connection({ onMessage, onClose: () => fail('The server has ended. Start pbhost live again and open its new address.', 'closed') });
-const renderer = new Renderer(connection, state, { onPicture, onFailure, view: () => view,
+const history = new History(state);
+const renderer = new Renderer(connection, state, { onRequest, onPicture, onFailure, view: () => view,
                                                    screenScale: () => stage.scale * devicePixelRatio });
 const stage = new Stage(state, { onPixel });
 const panel = new Panel(state, { addFile, choosePicture: (picture) => load({ picture }) });
@@ -29,6 +31,8 @@ let loads = 0; // under way
 let isDead = false; // the render process ended; a load starts another
 let compared; // what the other canvas shows
 let shown = {}; // facts of the last picture
+const slowRender = 300; // milliseconds after which the status says that a picture is rendered
+let slowTimer = 0;
 
 // Loading.
 
@@ -39,7 +43,9 @@ async function load(changes = {}) {
   const isFirst = !isLoaded;
   const stored = isFirst ? state.stored : undefined;
   const picture = isPicture(stored?.picture) ? stored.picture : isFirst ? firstPicture() : state.picture;
-  const request = { do: 'load', isFirst, picture, depth: stored?.depth ?? state.depth ?? undefined, ...changes };
+  const { fps, first } = isFirst ? stored?.clock ?? {} : state.clock; // otherwise those of the server
+  const depth = stored?.depth ?? state.depth ?? undefined;
+  const request = { do: 'load', isFirst, picture, fps, first, depth, ...changes };
   ++loads;
   const reply = await connection.ask(request);
   document.body.dataset.isLoading = String(--loads > 0);
@@ -52,7 +58,7 @@ async function load(changes = {}) {
 
 const nameOf = (file) => file.split('/').pop();
 const isPicture = (id) => typeof id === 'number' && state.pictures.some((each) => each.id === id);
-const firstPicture = () => (state.pictures.length > 0 ? 0 : null);
+const firstPicture = () => (state.pictures.length > 0 ? 0 : undefined); // undefined: a project's, or none
 
 function takeLoaded(reply, keepsValues) {
   if (reply.do !== 'load') return onFailure(reply);
@@ -60,7 +66,7 @@ function takeLoaded(reply, keepsValues) {
   renderer.isReady = true;
   document.body.classList.add('loaded');
   fail('');
-  source.setErrors(reply.warnings.trim(), []);
+  source.setErrors(reply.warnings.trim(), [], 'warning');
   byId('name').textContent = reply.about.name || reply.title;
   byId('about').textContent = [nameOf(reply.file), reply.about.description].filter(Boolean).join(' · ');
   byId('about').title = `${reply.file}\n${reply.about.vendor}, version ${reply.about.version}`;
@@ -68,11 +74,19 @@ function takeLoaded(reply, keepsValues) {
   byId('depth').value = reply.depth;
   byId('exposureField').hidden = reply.depth !== 32;
   stage.setSize(reply.width, reply.height);
+  takeClock(reply);
   state.takeLoaded(reply, keepsValues);
   stage.makeHandles();
   panel.build();
   if (state.keyframes.size > 0) timeBar.show(true);
   refreshComparison();
+}
+
+// That of a project can differ.
+function takeClock({ fps, first }) {
+  if (fps === state.clock.fps && first === state.clock.first) return;
+  state.clock = { fps, first, last: first + Math.round(timeBar.duration * fps), isWanted: true };
+  timeBar.setClock(state.clock);
 }
 
 // Messages that nobody asked for.
@@ -115,15 +129,25 @@ function fail(text, kind = 'error') {
 }
 
 function setStatus(text, kind) {
+  clearTimeout(slowTimer);
   byId('status').textContent = text;
   byId('status').dataset.kind = kind;
 }
 
 // Pictures.
 
+function onRequest() {
+  clearTimeout(slowTimer);
+  slowTimer = setTimeout(() => setStatus('rendering', 'busy'), slowRender);
+}
+
 function onPicture(reply) {
   stage.show(reply);
-  if (document.body.classList.contains('stale')) fail('');
+  if (document.body.classList.contains('stale')) {
+    fail('');
+    source.setErrors(source.warnings, [], 'warning');
+  }
+  onPixel(pixelNext);
   setStatus(reply.encoding === 'jpeg' ? 'preview' : 'ready', 'good');
   shown = reply;
   const size = `${state.width} × ${state.height}`;
@@ -147,6 +171,8 @@ state.addEventListener('change', ({ detail }) => {
     stage.updateHandles();
     timeBar.update();
   }
+  byId('undo').disabled = history.past.length === 0;
+  byId('redo').disabled = history.future.length === 0;
   if (isDead && !detail.moving) return load();
   renderer.touch(detail.moving);
 });
@@ -192,11 +218,16 @@ byId('compare').addEventListener('change', refreshComparison);
 async function refreshComparison() {
   const what = byId('compare').value;
   if (what === 'kept' && !state.kept) keep();
-  if (what === 'kept') stage.other.getContext('2d', { alpha: false }).drawImage(state.kept.canvas, 0, 0);
+  if (what === 'kept') {
+    const { canvas } = state.kept;
+    Object.assign(stage.other, { width: canvas.width, height: canvas.height });
+    stage.other.getContext('2d', { alpha: false }).drawImage(canvas, 0, 0);
+  }
   if (what === 'input' && renderer.isReady) {
     const reply = await connection.ask({ do: 'picture', of: 'input', encoding: renderer.lossless(), ...view });
     if (reply.do !== 'picture') return;
     await decode(reply);
+    Object.assign(stage.other, { width: reply.width, height: reply.height });
     draw(stage.other, reply);
   }
   compared = what === 'off' ? undefined : what;
@@ -216,8 +247,10 @@ byId('keep').addEventListener('click', () => {
   toast('Kept; compare with it, or restore its values');
   if (byId('compare').value === 'kept') refreshComparison();
 });
-byId('restore').addEventListener('click', () => {
-  state.recall(state.kept.values);
+byId('restore').addEventListener('click', async () => {
+  const { values } = state.kept;
+  if (values.picture !== state.picture) await load({ picture: values.picture });
+  state.recall(values);
   state.changed('value');
 });
 
@@ -225,8 +258,11 @@ byId('restore').addEventListener('click', () => {
 
 function changeView(changes) {
   Object.assign(view, changes);
-  for (const button of byId('channels').children)
-    button.setAttribute('aria-checked', String(button.dataset.name === view.channels));
+  for (const button of byId('channels').children) {
+    const isChecked = button.dataset.name === view.channels;
+    button.setAttribute('aria-checked', String(isChecked));
+    button.tabIndex = isChecked ? 0 : -1; // the arrow keys reach the others
+  }
   fillTrack(byId('exposure'));
   byId('exposureValue').textContent = view.exposure.toFixed(1);
   if (!isLoaded) return;
@@ -238,6 +274,14 @@ for (const [name, [text, title]] of Object.entries(channelNames))
   byId('channels').append(element('button', { type: 'button', role: 'radio', title, 'data-name': name,
                                               on: { click: () => changeView({ channels: name }) } }, text));
 changeView({});
+byId('channels').addEventListener('keydown', (event) => {
+  const way = { ArrowRight: 'nextElementSibling', ArrowLeft: 'previousElementSibling' }[event.key];
+  const next = way && event.target[way];
+  if (!next) return;
+  event.preventDefault();
+  next.focus();
+  next.click();
+});
 byId('exposure').addEventListener('input', (event) => changeView({ exposure: event.target.valueAsNumber }));
 byId('exposureField').addEventListener('dblclick', () => {
   byId('exposure').value = 0;
@@ -246,6 +290,8 @@ byId('exposureField').addEventListener('dblclick', () => {
 byId('depth').addEventListener('change', (event) => load({ depth: Number(event.target.value) }));
 byId('fit').addEventListener('click', () => stage.fit());
 byId('full').addEventListener('click', () => stage.full());
+byId('undo').addEventListener('click', () => history.undo());
+byId('redo').addEventListener('click', () => history.redo());
 byId('resetAll').addEventListener('click', () => state.reset(state.controls));
 
 const keys = {
@@ -253,12 +299,21 @@ const keys = {
   '-': () => stage.zoomBy(0.8), k: () => byId('keep').click(), t: () => byId('timeToggle').click(),
   s: () => byId('sourceToggle').click(), ' ': () => timeBar.play(!timeBar.isPlaying),
 };
+const keysWithCtrl = { z: (event) => (event.shiftKey ? history.redo() : history.undo()), y: () => history.redo() };
+
+// Whether the focused element needs the key itself.
+function isTaken(target, key) {
+  return target.closest('input:not([type="range"], [type="checkbox"]), select, textarea') ||
+         (key === ' ' && target.closest('button, input, summary'));
+}
+
 document.addEventListener('keydown', (event) => {
-  const isTyping = event.target.closest('input, select, button, textarea');
-  const action = keys[event.key.toLowerCase()];
-  if (!action || isTyping || event.ctrlKey || event.metaKey || event.altKey) return;
+  const key = event.key.toLowerCase();
+  const isWithCtrl = event.ctrlKey || event.metaKey;
+  const action = isWithCtrl ? keysWithCtrl[key] : keys[key];
+  if (!action || event.altKey || (!isWithCtrl && isTaken(event.target, key))) return;
   event.preventDefault();
-  action();
+  action(event);
 });
 
 acceptDrops(byId('stage'), async (file) => {
@@ -268,11 +323,18 @@ acceptDrops(byId('stage'), async (file) => {
 
 // Saving.
 
+// Warns of pictures that a command or project refers to and that will not stay.
+function temporaryNote() {
+  const names = state.temporaryPictures().map((each) => each.name);
+  return names.length === 0 ? '' : `\n\nNote: ${names.join(', ')} was chosen in the browser and is deleted ` +
+                                   'when pbhost live ends. To keep it, start with -i.';
+}
+
 byId('copyCommand').addEventListener('click', async () => {
   const command = commandOf(state);
   try {
     await navigator.clipboard.writeText(command);
-    toast('Copied: ' + command);
+    toast(`Copied: ${command}${temporaryNote()}`);
   } catch {
     toast(command); // the browser does not allow it
   }
@@ -292,17 +354,32 @@ byId('savePicture').addEventListener('click', () => {
   const extension = byId('saveFormat').value;
   save({ do: 'savePicture', extension }, extension);
 });
-byId('saveProject').addEventListener('click', () => save({ do: 'saveProject' }, 'json'));
+byId('saveProject').addEventListener('click', async () => {
+  await save({ do: 'saveProject' }, 'json');
+  if (temporaryNote()) toast(temporaryNote().trim());
+});
 byId('openProject').addEventListener('click', () => byId('projectFile').click());
 byId('projectFile').addEventListener('change', async ({ target }) => {
   const [file] = target.files;
   target.value = '';
   if (!file) return;
   const reply = await connection.ask({ do: 'openProject', text: await file.text() });
-  if (reply.do !== 'load') return onFailure(reply);
-  state.stored = null;
-  takeLoaded(reply, false);
+  if (reply.do === 'load') {
+    state.stored = null;
+    takeLoaded(reply, false);
+  } else if (reply.do === 'failed') {
+    toast(projectFailure(reply.text, file.name));
+    load(); // as before
+  }
 });
+
+// The server gives the uploaded project a name of its own, and does not know where the file was.
+function projectFailure(text, name) {
+  const message = text.replace(/^saved\d+\.json/, name);
+  if (!/cannot read '[^/]/.test(text)) return message;
+  return `${message}. The browser does not tell in which folder the project is, so relative paths cannot be found. ` +
+         'Open it with: pbhost live --project';
+}
 
 // Dark and light: the system's, until the button is pressed.
 

@@ -3,11 +3,18 @@
 import { byId, element } from './dom.js';
 import { pictureChoice, widgets } from './widgets.js';
 
-// The name, which may be broken before a capital letter.
+// The name, which may be broken before a capital letter and after an underscore.
 function breakable(name) {
-  const parts = name.split(/(?<=[a-z])(?=[A-Z])/);
+  const parts = name.split(/(?<=[a-z])(?=[A-Z])|(?<=_)/);
   return parts.flatMap((part, k) => (k === 0 ? [part] : [element('wbr'), part]));
 }
+
+// What the button does, from each state of the keyframe at the current time.
+const keyframeSteps = {
+  none: { action: 'add a keyframe', title: 'Add a keyframe at this time', sign: '◆' },
+  linear: { action: 'hold the keyframe', title: 'Keyframe, interpolated to the next one. Click: hold its value until then', sign: '◆' },
+  hold: { action: 'remove the held keyframe', title: 'Held keyframe: the value stays until the next one. Click: remove it', sign: '■' },
+};
 
 const groupName = (control) => /^(.+)\[\d+\]$/.exec(control.name)?.[1];
 
@@ -32,7 +39,7 @@ export class Panel {
         continue;
       }
       if (group?.name !== name) {
-        group = { name, set: element('fieldset', {}, element('legend', {}, name)) };
+        group = { name, set: element('fieldset', {}, element('legend', { title: control.description }, name)) };
         form.append(group.set);
       }
       group.set.append(this.row(control, control.name.slice(name.length)));
@@ -62,19 +69,20 @@ export class Panel {
                                       'aria-label': `${control.name}: to the default`,
                                       on: { click: () => this.state.reset([control]) } }, '↺');
     const diamond = control.kind === 'layer' ? element('span') : element('button', {
-      type: 'button', className: 'icon diamond', on: { click: () => this.state.toggleKeyframe(control) } }, '◆');
+      type: 'button', className: 'icon diamond', on: { click: () => this.state.cycleKeyframe(control) } });
     const update = () => {
       widget.update();
       reset.classList.toggle('unused', this.state.isDefault(control));
       if (control.kind === 'layer') return;
-      const isHere = this.state.hasKeyframeHere(control);
-      diamond.setAttribute('aria-label', `${control.name}: ${isHere ? 'remove the' : 'add a'} keyframe`);
-      diamond.title = isHere ? 'Remove the keyframe at this time' : 'Add a keyframe at this time';
-      diamond.setAttribute('aria-pressed', String(isHere));
+      const here = this.state.keyframeHere(control);
+      const { action, title, sign } = keyframeSteps[here?.out ?? 'none'];
+      diamond.setAttribute('aria-label', `${control.name}: ${action}`);
+      diamond.setAttribute('aria-pressed', String(here !== undefined));
+      Object.assign(diamond, { title, textContent: sign });
       diamond.classList.toggle('animated', this.state.keyframes.has(control.index));
     };
     this.rows.push({ control, update });
-    return element('div', { className: 'control', 'data-kind': control.kind, 'data-index': control.index },
+    return element('div', { className: 'control', title: control.description, 'data-kind': control.kind, 'data-index': control.index },
                    diamond, label, widget.element, reset);
   }
 

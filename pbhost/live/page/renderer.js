@@ -11,14 +11,17 @@ const longFrame = 50; // milliseconds
 const rawSpeed = 40000; // bytes per millisecond from which uncompressed pixels are fastest
 
 export class Renderer {
-  // `onPicture` gets the reply, with "bitmap" or "pixels"; `onFailure` a reply that is none.
-  constructor(connection, state, { onPicture, onFailure, view, screenScale }) {
-    Object.assign(this, { connection, state, onPicture, onFailure, view, screenScale });
+  // `onRequest` is called before each request; `onPicture` gets the reply, with "bitmap" or "pixels";
+  // `onFailure` a reply that is none.
+  constructor(connection, state, { onRequest, onPicture, onFailure, view, screenScale }) {
+    Object.assign(this, { connection, state, onRequest, onPicture, onFailure, view, screenScale });
     this.isReady = false; // a kernel is loaded
     this.isBusy = false;
     this.isMoving = false;
     this.change = 0; // counts changes
     this.asked = 0; // the change that the last request answers
+    this.requests = 0; // so far
+    this.shown = 0; // the number of the request whose picture is shown
     this.isSettled = true; // the last picture that was asked for is lossless
     this.fullTime = 0; // milliseconds of a render in full resolution
   }
@@ -69,6 +72,8 @@ export class Renderer {
     const shown = isStale ? { encoding: 'jpeg', reduce: Math.max(1, Math.floor(this.reduction() / downsample)) }
                           : { encoding: this.lossless() };
     this.isSettled = !isStale;
+    this.onRequest();
+    const number = ++this.requests;
     const reply = await this.connection.ask({ do: 'picture', ...this.state.request(), ...this.view(), downsample, ...shown });
     this.isBusy = false;
     if (reply.do !== 'picture') {
@@ -80,6 +85,8 @@ export class Renderer {
     this.state.animated = reply.animated;
     this.pump(); // the next frame is rendered while this one is decoded
     await decode(reply);
+    if (number < this.shown) return; // the next picture was decoded faster
+    this.shown = number;
     this.onPicture({ ...reply, downsample, change });
   }
 }

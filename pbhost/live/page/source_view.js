@@ -5,6 +5,7 @@ import { byId, element } from './dom.js';
 export class SourceView {
   constructor() {
     this.text = undefined;
+    this.warnings = '';
     this.isOpenedByError = false;
     byId('sourceToggle').addEventListener('click', () => this.show(byId('sourcePanel').hidden));
   }
@@ -22,10 +23,15 @@ export class SourceView {
       .map((line) => element('li', {}, element('code', {}, line.replace(/\r$/, '')))));
   }
 
-  // Shows the errors and opens the panel; without errors the panel that they opened is closed.
-  setErrors(text, places) {
+  // Shows the errors and opens the panel; without errors the panel that they opened is closed. It is
+  // not opened by a single line without a place, which the notice shows, nor by the same warnings again.
+  setErrors(text, places, kind = 'error') {
     const errors = byId('errors');
+    const tellsMore = places.length > 0 || text.includes('\n');
+    const opens = tellsMore && (kind === 'error' || text !== this.warnings);
+    if (kind === 'warning') this.warnings = text;
     errors.replaceChildren();
+    errors.dataset.kind = kind;
     for (const line of byId('source').querySelectorAll('.wrong')) line.classList.remove('wrong');
     if (text === '') {
       if (this.isOpenedByError) this.show(false);
@@ -33,10 +39,10 @@ export class SourceView {
     }
     for (const place of places) errors.append(this.link(place));
     errors.append(element('details', { open: places.length === 0 },
-                          element('summary', {}, places.length === 0 ? 'Message' : 'The whole message'),
+                          element('summary', {}, places.length > 0 ? 'The whole message' : kind === 'error' ? 'Message' : 'Warnings'),
                           element('pre', {}, text)));
     for (const place of places) this.lineOf(place)?.classList.add('wrong');
-    if (byId('sourcePanel').hidden) this.show(true, true);
+    if (opens && byId('sourcePanel').hidden) this.show(true, true);
     if (places.length > 0) this.reveal(places[0]);
   }
 

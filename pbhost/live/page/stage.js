@@ -37,7 +37,11 @@ export class Stage {
       const from = { x: down.clientX - this.x, y: down.clientY - this.y };
       return (move) => this.moveTo(move.clientX - from.x, move.clientY - from.y);
     });
-    this.stage.addEventListener('dblclick', () => (this.isFitted ? this.full() : this.fit()));
+    this.stage.addEventListener('dblclick', (event) => {
+      if (event.target.closest('button, #wipe, #notice')) return;
+      if (this.isFitted) this.full();
+      else this.fit();
+    });
     this.stage.addEventListener('pointermove', (event) => this.onPixel(this.pixelAt(event)));
     this.stage.addEventListener('pointerleave', () => this.onPixel(undefined));
     this.stage.addEventListener('keydown', (event) => this.panByKey(event));
@@ -167,15 +171,17 @@ export class Stage {
     byId('handles').replaceChildren();
     this.handles.clear();
     for (const control of this.state.controls.filter((each) => each.kind === 'point')) {
-      const button = element('button', { type: 'button', className: 'handle', title: control.name });
+      const button = element('button', { type: 'button', className: 'handle' });
       const handle = { control, button };
       followPointer(button, (down) => {
-        const value = this.state.value(control);
+        const [x, y] = this.state.value(control);
         const from = this.toPicture(down);
+        // The handle of a point out of view moves to the pointer.
+        const offset = button.classList.contains('outside') ? { x: 0, y: 0 } : { x: x - from.x, y: y - from.y };
         return (move) => {
           const at = this.toPicture(move);
           const round = (number) => Math.round(number * 10) / 10;
-          this.state.set(control, [round(value[0] + at.x - from.x), round(value[1] + at.y - from.y)], true);
+          this.state.set(control, [round(at.x + offset.x), round(at.y + offset.y)], true);
         };
       }, () => this.state.changed('rest'));
       button.addEventListener('keydown', (event) => this.moveHandle(event, control));
@@ -198,10 +204,17 @@ export class Stage {
     for (const handle of this.handles.values()) this.placeHandle(handle);
   }
 
+  // The handle of a point out of view is at the edge.
   placeHandle({ control, button }) {
     const [x, y] = this.state.value(control);
-    button.style.left = `${this.x + x * this.scale}px`;
-    button.style.top = `${this.y + y * this.scale}px`;
+    const wanted = { left: this.x + x * this.scale, top: this.y + y * this.scale };
+    const radius = 11;
+    const left = clamp(wanted.left, radius, this.stage.clientWidth - radius);
+    const top = clamp(wanted.top, radius, this.stage.clientHeight - radius);
+    Object.assign(button.style, { left: `${left}px`, top: `${top}px` });
+    const isNear = Math.max(Math.abs(left - wanted.left), Math.abs(top - wanted.top)) <= radius;
+    button.classList.toggle('outside', !isNear);
+    button.title = isNear ? control.name : `${control.name}, out of view; drag to fetch it`;
     button.setAttribute('aria-label', `${control.name}: ${Math.round(x)}, ${Math.round(y)}; move with the arrow keys`);
   }
 }

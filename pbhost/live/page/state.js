@@ -1,8 +1,12 @@
 // The values of the controls and what else makes a picture. Kept for a reload of the page.
 
+import { clamp } from './dom.js';
+
 const storageKey = 'tvelmarondine-live';
 const keyOf = (control) => `${control.kind} ${control.name}`;
 const isLayer = (control) => control.kind === 'layer';
+// Values between two of these do not exist, so their keyframes are always held.
+const isDiscrete = (control) => control.kind === 'checkbox' || control.kind === 'popup';
 
 export class State extends EventTarget {
   controls = [];
@@ -21,7 +25,7 @@ export class State extends EventTarget {
     this.stored = JSON.parse(sessionStorage.getItem(storageKey) ?? 'null');
   }
 
-  // Takes the reply to a load. Values stay where a control of that name and kind still exists.
+  // Takes the reply to a load. Changed values stay where a control of that name and kind still exists.
   takeLoaded(loaded, keepsValues) {
     const old = keepsValues ? this.remember() : this.stored ?? { values: [] };
     Object.assign(this, { controls: loaded.controls, depth: loaded.depth, picture: loaded.picture,
@@ -44,11 +48,13 @@ export class State extends EventTarget {
       values: this.controls.map((control) => ({
         key: keyOf(control),
         value: this.values.get(control.index),
+        isDefault: this.isDefault(control), // then it follows the default, which can change
         keyframes: this.keyframes.get(control.index),
       })),
       picture: this.picture,
       depth: this.depth,
       seconds: this.seconds,
+      clock: this.clock,
     };
   }
 
@@ -57,7 +63,7 @@ export class State extends EventTarget {
     for (const control of this.controls) {
       const each = known.get(keyOf(control));
       if (!each || !isPossible(control, each.value, this.pictures)) continue;
-      this.values.set(control.index, fitting(control, each.value));
+      this.values.set(control.index, each.isDefault ? defaultOf(control) : fitting(control, each.value));
       if (each.keyframes) this.keyframes.set(control.index, each.keyframes);
       else this.keyframes.delete(control.index);
     }
@@ -78,34 +84,51 @@ export class State extends EventTarget {
     this.changed('value', moving, control);
   }
 
-  setKeyframe(control, value) {
-    const list = (this.keyframes.get(control.index) ?? []).filter((each) => !isAt(each, this.seconds));
-    list.push({ time: this.seconds, value, in: 'linear', out: 'linear' });
+  // Changes the keyframe at the current time or adds one. Without `out`, an existing one stays as it is.
+  setKeyframe(control, value, out = undefined) {
+    const here = this.keyframeHere(control) ?? { in: 'linear', out: isDiscrete(control) ? 'hold' : 'linear' };
+    const list = this.otherKeyframes(control);
+    list.push({ time: this.seconds, value, in: here.in, out: out ?? here.out });
     list.sort((a, b) => a.time - b.time);
     this.keyframes.set(control.index, list);
     this.animated[control.index] = value;
   }
 
-  hasKeyframeHere(control) {
-    return (this.keyframes.get(control.index) ?? []).some((each) => isAt(each, this.seconds));
+  keyframeHere(control) {
+    return this.keyframes.get(control.index)?.find((each) => isAt(each, this.seconds));
   }
 
-  toggleKeyframe(control) {
+  otherKeyframes(control) {
+    return (this.keyframes.get(control.index) ?? []).filter((each) => !isAt(each, this.seconds));
+  }
+
+  // From no keyframe at the current time to an interpolated one, a held one, and back.
+  cycleKeyframe(control) {
     const value = this.value(control);
-    if (!this.hasKeyframeHere(control)) {
-      this.setKeyframe(control, value);
-    } else {
-      const rest = this.keyframes.get(control.index).filter((each) => !isAt(each, this.seconds));
-      if (rest.length > 0) this.keyframes.set(control.index, rest);
-      else this.keyframes.delete(control.index);
-      this.values.set(control.index, value);
-    }
+    const here = this.keyframeHere(control);
+    if (!here) this.setKeyframe(control, value);
+    else if (here.out !== 'hold') this.setKeyframe(control, value, 'hold');
+    else this.removeKeyframe(control, value);
     this.changed('value', false, control);
   }
 
+  removeKeyframe(control, value) {
+    const rest = this.otherKeyframes(control);
+    if (rest.length > 0) this.keyframes.set(control.index, rest);
+    else this.keyframes.delete(control.index);
+    this.values.set(control.index, value);
+  }
+
+  // The nearest frame's time.
   setSeconds(seconds, moving) {
-    this.seconds = Math.max(0, seconds);
+    this.seconds = Math.max(0, Math.round(seconds * this.clock.fps)) / this.clock.fps;
     this.changed('time', moving);
+  }
+
+  // The pictures in use that the server deletes when it ends.
+  temporaryPictures() {
+    const used = [this.picture, ...this.controls.filter(isLayer).map((control) => this.values.get(control.index))];
+    return this.pictures.filter((each) => each.isTemporary && used.includes(each.id));
   }
 
   isDefault(control) {
@@ -157,11 +180,12 @@ function isPossible(control, value, pictures) {
   return Array.isArray(value) === Array.isArray(control.value);
 }
 
-// The value within the range that can be typed. The default may be outside.
+// What a control without a range can store.
+const storable = [-32768, 32767.9999];
+
+// The nearest value that the control can have. The default may be outside its range.
 function fitting(control, value) {
-  if (isLayer(control) || !control.range || JSON.stringify(value) === JSON.stringify(defaultOf(control)))
-    return value;
-  const [low, high] = control.range;
-  const limit = (number) => Math.min(Math.max(number, low), high);
-  return Array.isArray(value) ? value.map(limit) : limit(value);
+  if (isLayer(control) || JSON.stringify(value) === JSON.stringify(defaultOf(control))) return value;
+  const fit = (number) => clamp(control.kind === 'slider' ? Math.round(number) : number, ...(control.range ?? storable));
+  return Array.isArray(value) ? value.map(fit) : fit(value);
 }

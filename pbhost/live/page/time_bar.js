@@ -31,7 +31,7 @@ export class TimeBar {
     const number = parseNumber(field.value);
     if (number === undefined || number < 0) toast(`“${field.value}” is not a time in seconds`);
     else use(number);
-    this.update();
+    this.update(true);
   }
 
   show(isShown) {
@@ -63,15 +63,30 @@ export class TimeBar {
     requestAnimationFrame(step);
   }
 
-  update() {
+  // A time that is being typed stays until it `isCommitted`.
+  update(isCommitted = false) {
     byId('time').value = this.state.seconds;
     fillTrack(byId('time'));
-    if (document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
+    if (isCommitted || document.activeElement !== byId('timeField')) byId('timeField').value = numberText(this.state.seconds);
     byId('duration').value = Number(this.duration.toFixed(2));
     byId('frame').textContent = `frame ${this.first + Math.round(this.state.seconds * this.fps)}`;
-    const times = new Set([...this.state.keyframes.values()].flat().map((each) => each.time));
-    byId('marks').replaceChildren(...[...times].map((time) => {
-      const mark = element('span');
+    this.updateMarks();
+  }
+
+  // A button for each time with keyframes. They are made anew only if they change, as one may have the
+  // focus.
+  updateMarks() {
+    const names = new Map(); // by the time
+    for (const control of this.state.controls)
+      for (const { time } of this.state.keyframes.get(control.index) ?? [])
+        if (time <= this.duration) names.set(time, [...(names.get(time) ?? []), control.name]);
+    const shown = JSON.stringify([this.duration, ...names]);
+    if (shown === this.shownMarks) return;
+    this.shownMarks = shown;
+    byId('marks').replaceChildren(...[...names].sort(([a], [b]) => a - b).map(([time, which]) => {
+      const title = `Keyframe at ${numberText(time)} s: ${which.join(', ')}`;
+      const mark = element('button', { type: 'button', title, 'aria-label': title,
+                                       on: { click: () => this.state.setSeconds(time, false) } });
       mark.style.left = `${(100 * time) / this.duration}%`;
       return mark;
     }));

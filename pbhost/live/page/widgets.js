@@ -10,13 +10,19 @@ function stepOf(control) {
   if (control.kind === 'slider') return 1;
   if (control.kind === 'point' || control.kind === 'angle') return 1;
   const [low, high] = control.slider ?? control.range ?? [0, 100];
-  const smallest = 10 ** -(control.decimals ?? 2);
-  return Math.max(smallest, 10 ** Math.floor(Math.log10(Math.max(high - low, 1e-4) / 100)));
+  return Math.max(1e-4, 10 ** Math.floor(Math.log10((high - low || 1) / 100)));
 }
 
 // Without the digits that the arithmetic adds.
 const rounded = (number, control) =>
-  control.kind === 'slider' ? Math.round(number) : Number(number.toFixed(4));
+  control.kind === 'slider' ? Math.round(number) : Number(number.toFixed(5));
+
+// While text is typed, the browser's own undo is for the typing.
+function leaveUndoToTyping(field, isTyped) {
+  field.addEventListener('keydown', (event) => {
+    if ((event.ctrlKey || event.metaKey) && isTyped()) event.stopPropagation();
+  });
+}
 
 // A text field for one number. `read` and `write` give and take it; `name` is for screen readers.
 function numberField(control, { read, write, name }) {
@@ -24,16 +30,22 @@ function numberField(control, { read, write, name }) {
                                    spellcheck: false });
   let isTyped = false; // a picture that arrives must not replace what is being typed
   field.addEventListener('input', () => (isTyped = true));
+  const take = (number) => {
+    if (numberText(number) === numberText(read())) return;
+    write(number, false);
+    if (Math.abs(number - read()) > 1e-4) toast(`${name}: the nearest possible value is ${numberText(read())}`);
+  };
   const commit = () => {
     isTyped = false;
     const number = parseNumber(field.value);
-    if (number === undefined) toast(`“${field.value}” is not a number`);
-    else if (number !== read()) write(number, false);
+    if (number !== undefined) take(number);
+    else if (field.value.trim() !== '') toast(`“${field.value}” is not a number`);
     update();
   };
   const update = () => {
     if (!isTyped) field.value = numberText(read());
   };
+  leaveUndoToTyping(field, () => isTyped);
   field.addEventListener('change', commit);
   field.addEventListener('focus', () => field.select());
   field.addEventListener('keydown', (event) => {
@@ -57,7 +69,7 @@ function numberField(control, { read, write, name }) {
 // Dragging the label sideways changes the number.
 function dragToChange(label, control, state, { read, write }) {
   label.classList.add('draggable');
-  label.title = 'Drag to change; Shift: large steps, Alt: small steps';
+  label.title = `${control.description}\nDrag to change; Shift: large steps, Alt: small steps`.trim();
   followPointer(label, (down) => {
     let last = down.clientX, number = read();
     return (move) => {
@@ -186,6 +198,7 @@ function color(state, control) {
   const hex = element('input', { className: 'hex', 'aria-label': `${control.name}, hexadecimal`, spellcheck: false });
   let isTyped = false;
   hex.addEventListener('input', () => (isTyped = true));
+  leaveUndoToTyping(hex, () => isTyped);
   hex.addEventListener('change', () => {
     isTyped = false;
     const rgb = colorOf(hex.value);

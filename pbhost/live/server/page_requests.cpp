@@ -57,8 +57,9 @@ void PageRequests::completeLoad(Data& request) const {
         request["settings"] = asked.settings;
     }
     const Data clock = workspace_.clock();
-    request["fps"] = clock["fps"];
-    request["first"] = clock["first"];
+    for (const char* name : {"fps", "first"})
+        if (!request.contains(name)) // otherwise that of an opened project
+            request[name] = clock[name];
     if (!request.contains("depth"))
         request["depth"] = asked.depth;
     if (asked.size.first != 0)
@@ -73,6 +74,8 @@ void PageRequests::adapt(Data& reply) {
             "saved/" + std::filesystem::path(path->get<std::string>()).filename().string();
         reply.erase("path");
     }
+    if (const auto text = reply.find("text"); text != reply.end())
+        *text = workspace_.withoutFolder(text->get<std::string>());
     workspace_.numberPictures(reply);
 }
 

@@ -19,8 +19,8 @@ public:
     // exception of the JSON library, for invalid requests.
     Data complete(Data request) const;
 
-    // Replaces the files in a reply by numbers of pictures and addresses of downloads, and takes
-    // over the file of a load.
+    // Replaces the files in a reply by numbers of pictures and addresses of downloads, takes the
+    // temporary folder out of messages, and takes over the file of a load.
     void adapt(Data& reply);
 
     // The file of the reply or request, for the page's source view; empty if it cannot be read.

@@ -78,8 +78,20 @@ Data Workspace::pictures() const {
     for (std::size_t i = 0; i < pictures_.size(); ++i)
         list.push_back({{"id", i},
                         {"name", fs::path(pictures_[i]).filename().string()},
-                        {"file", pictures_[i]}});
+                        {"file", pictures_[i]},
+                        {"isTemporary", pictures_[i].starts_with(folderPrefix())}});
     return list;
+}
+
+std::string Workspace::folderPrefix() const {
+    return fs::path(folder_.path).string() + "/";
+}
+
+std::string Workspace::withoutFolder(std::string text) const {
+    const std::string prefix = folderPrefix();
+    for (std::size_t at = 0; (at = text.find(prefix, at)) != std::string::npos;)
+        text.erase(at, prefix.size());
+    return text;
 }
 
 std::string Workspace::newFile(std::string_view extension) {

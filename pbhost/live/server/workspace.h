@@ -45,7 +45,7 @@ public:
     // Stores a dropped file and returns its number. Throws Failure (Usage) if the drops take too
     // much space.
     std::size_t addDrop(std::string_view name, std::string_view content);
-    // "id", "name" and "file" of each picture.
+    // "id", "name" and "file" of each picture, and whether it "isTemporary", a dropped file.
     Data pictures() const;
 
     // The clock of the time slider: "fps", "first" and "last" frame, and "isWanted" if there are
@@ -54,6 +54,8 @@ public:
 
     // A new file in the temporary folder, for a picture or project to be downloaded.
     std::string newFile(std::string_view extension);
+    // The text without the path of the temporary folder.
+    std::string withoutFolder(std::string text) const;
     // Reads a file of newFile by its name and removes it; empty if there is none.
     std::string takeFile(std::string_view name);
 
@@ -66,7 +68,7 @@ public:
 
 private:
     std::string fileOf(const Data& number) const;
-
+    std::string folderPrefix() const;
     void findFrames();
 
     TemporaryFolder folder_;
