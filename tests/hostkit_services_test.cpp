@@ -110,7 +110,7 @@ TEST_F(HostServices, PreferencesAreStoredAndInvalidOnesRejected) {
     for (const char* broken : {"", "{\"A\": ", "[]", "{\"A\": 1}", "{\"A\": {\"n\": 1}}"}) {
         std::ofstream(file) << broken;
         try {
-            Preferences{file};
+            const Preferences preferences(file);
             ADD_FAILURE() << broken;
         } catch (const std::runtime_error& error) {
             EXPECT_TRUE(

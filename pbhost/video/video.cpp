@@ -235,15 +235,16 @@ bool isVideo(const std::string& path) {
 }
 
 VideoFacts probeVideo(const std::string& path) {
+    static const std::string entries =
+        "stream=width,height,r_frame_rate,nb_read_packets,pix_fmt,color_space,color_range:"
+        "stream_side_data=rotation";
     std::error_code ignored;
     if (!fs::is_regular_file(path, ignored))
         throw Failure(ExitCode::BadPicture, "cannot read '" + path + "': there is no such file");
-    const ProgramResult result = runProgram(
-        {"ffprobe", "-v", "error", "-select_streams", "v:0", "-count_packets", "-show_entries",
-         "stream=width,height,r_frame_rate,nb_read_packets,pix_fmt,color_space,color_range"
-         ":stream_side_data=rotation",
-         "-of", "json", path},
-        "for videos");
+    const ProgramResult result =
+        runProgram({"ffprobe", "-v", "error", "-select_streams", "v:0", "-count_packets",
+                    "-show_entries", entries, "-of", "json", path},
+                   "for videos");
     const nlohmann::json json = nlohmann::json::parse(result.out, nullptr, false);
     if (result.code != 0 || !json.is_object() || json.value("streams", nlohmann::json()).empty())
         throw Failure(ExitCode::BadPicture,

@@ -74,7 +74,7 @@ void copyPixels(PF_InData* in, PF_SmartRenderExtra* extra) {
                     static_cast<const char*>(input->data) +
                         (y + output->origin_y - input->origin_y) * input->rowbytes +
                         (output->origin_x - input->origin_x) * pixelBytes,
-                    static_cast<std::size_t>(output->width * pixelBytes));
+                    static_cast<std::size_t>(output->width) * static_cast<std::size_t>(pixelBytes));
 }
 
 void answer(PF_Cmd command, PF_InData* in, PF_OutData* out, void* extra) {

@@ -71,7 +71,8 @@ World picture(const Composition& comp, int componentBytes, int seed) {
                 const int alpha = std::min(255, 510 - 510 * x / comp.width);
                 const int color =
                     (x * (2 + k) + y * (5 - k) + seed * 83 + (x / 7 * y / 5) % 11) % 256;
-                const auto at = static_cast<std::size_t>((y * comp.width + x) * 4 + k);
+                const auto at =
+                    static_cast<std::size_t>(y * comp.width + x) * 4 + static_cast<std::size_t>(k);
                 setChannel(world, at, k == 0 ? alpha : color);
             }
     return world;

@@ -29,7 +29,8 @@ float white(std::size_t componentBytes) {
 constexpr std::array<std::size_t, 4> channelPlaces = {1, 2, 3, 0};
 
 std::size_t offset(const hostkit::World& world, int x, int y) {
-    return static_cast<std::size_t>(y * world.rowBytes + x * world.pixelBytes());
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(world.rowBytes) +
+           static_cast<std::size_t>(x) * static_cast<std::size_t>(world.pixelBytes());
 }
 
 } // namespace
