@@ -62,10 +62,18 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
     return text;
 }
 
+// Two of the 260 libraries that OpenImageIO needs have half of all symbols to look up. Loaded by
+// themselves first, they look in the few libraries that they need, not in all: 125 ms, not 185.
+void loadLargeLibraries() {
+    for (const char* name : {"libgdal.so.32", "libopenvdb.so.10.0"})
+        ::dlopen(name, RTLD_LAZY | RTLD_LOCAL); // there may be none, or another version
+}
+
 // Loaded by the first picture, because loading takes longer than most commands.
 const PictureFormats& formats() {
     static const PictureFormats& opened = []() -> const PictureFormats& {
         const fs::path path = findPictureLibrary();
+        loadLargeLibraries();
         void* library = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
         void* function = library == nullptr ? nullptr : ::dlsym(library, "pbhostPictureFormats");
         if (function == nullptr)

