@@ -201,14 +201,15 @@ TEST(PreprocessedColumns, AreThoseOfTheLine) {
         const std::size_t at = columns.offsetOfColumn(100, line, column);
         EXPECT_EQ(line.substr(at), rest) << line << ", " << column;
     }
-    columns.offsetOfColumn(100, "loop", 3);                  // ends
-    EXPECT_EQ(columns.offsetOfColumn(1, "float4 a", 8), 7U); // not yet defined
+    EXPECT_EQ(columns.offsetOfColumn(100, "loop", 200'000), 4U); // its expansion ends before
+    EXPECT_EQ(columns.offsetOfColumn(1, "float4 a", 8), 7U);     // not yet defined
 }
 
 TEST_F(Findings, AreAtTheirPlacesInKernels) {
     const std::tuple<std::string, Texts> cases[] = {
         {kernelWith(""), {}},
         {kernelWith("", "float a = foo;"), {"7:11 compile-error: `foo' undeclared"}},
+        {kernelWith("", "float a = 1.0 + \\\n    foo;"), {"8:5 compile-error: `foo' undeclared"}},
         {kernelWith("/* a\n b */ float f(float x) { return  x + foo; }"),
          {"5:38 compile-error: `foo' undeclared"}},
         {kernelWith("dependent int d; dependent float e; void evaluateDependents() { d = foo; }"),
