@@ -99,6 +99,26 @@ std::string printedAnyway(const Work& work) {
     }
 }
 
+// Completes a command that shows something about a file.
+template<class Request>
+void addShow(CLI::App& command, Job& job, const std::shared_ptr<Request>& request,
+             void (*show)(pbhost::Session&, const Request&, std::string&)) {
+    command.add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
+    addFindings(command, request->findings);
+    addTimeout(command, job);
+    const auto options = addSession(command);
+    command.callback([&job, request, options, show] {
+        job.subject = request->file;
+        job.work = [request, options, show] {
+            return printedAnyway([&](std::string& text) {
+                pbhost::Session session(*options);
+                show(session, *request, text);
+                session.finish("");
+            });
+        };
+    });
+}
+
 void addRender(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("render", "Apply kernels or graphs to pictures");
     auto request = std::make_shared<pbhost::RenderRequest>();
@@ -136,43 +156,17 @@ void addControls(CLI::App& app, Job& job) {
     auto* command =
         app.add_subcommand("controls", "Show the effect's controls for a kernel or graph");
     auto request = std::make_shared<pbhost::ControlsRequest>();
-    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_flag("--json", request->asJson, "As one JSON object");
     command->add_flag("--all", request->all, "Hidden controls, too");
-    addFindings(*command, request->findings);
-    addTimeout(*command, job);
-    const auto options = addSession(*command);
-    command->callback([&job, request, options] {
-        job.subject = request->file;
-        job.work = [request, options] {
-            return printedAnyway([&](std::string& text) {
-                pbhost::Session session(*options);
-                pbhost::showControls(session, *request, text);
-                session.finish("");
-            });
-        };
-    });
+    addShow(*command, job, request, pbhost::showControls);
 }
 
 void addInfo(CLI::App& app, Job& job) {
     auto* command = app.add_subcommand("info", "Press the effect's options button");
     auto request = std::make_shared<pbhost::InfoRequest>();
-    command->add_option("file", request->file, "The kernel (.pbk) or graph (.pbg)")->required();
     command->add_option("--export-log", request->exportFolder,
                         "Let the effect write its error log into this folder");
-    addFindings(*command, request->findings);
-    addTimeout(*command, job);
-    const auto options = addSession(*command);
-    command->callback([&job, request, options] {
-        job.subject = request->file;
-        job.work = [request, options] {
-            return printedAnyway([&](std::string& text) {
-                pbhost::Session session(*options);
-                pbhost::info(session, *request, text);
-                session.finish("");
-            });
-        };
-    });
+    addShow(*command, job, request, pbhost::info);
 }
 
 void addAbout(CLI::App& app, Job& job) {
