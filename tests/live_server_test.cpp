@@ -146,6 +146,8 @@ TEST_F(LiveWorkspace, NumbersPicturesAndKeepsFilesApart) {
     EXPECT_EQ(workspace.takeFile("../" + saved.filename().string()), "");
     EXPECT_EQ(workspace.takeFile(saved.filename().string()), "saved");
     EXPECT_EQ(workspace.takeFile(saved.filename().string()), "");
+    write(saved.parent_path() / "other.png", "not for a download");
+    EXPECT_EQ(workspace.takeFile("other.png"), "");
     request.inputs = {"missing.png"};
     EXPECT_THROW(Workspace{request}, pbhost::Failure);
 }

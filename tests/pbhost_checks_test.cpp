@@ -1,4 +1,4 @@
-// Checks that pbhost makes itself: of a graph's connections and of the rendered frame.
+// Checks that pbhost makes itself: of a graph's connections, of the rendered frame and of projects.
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +14,7 @@
 #include "pbhost/diagnostics/frame_fill.h"
 #include "pbhost/diagnostics/wiring.h"
 #include "pbhost/process/temporary_files.h"
+#include "pbhost/session/project_file.h"
 #include "pixelbender/graph_reader.h"
 #include "tests/modules/recording_resource.h"
 #include "tests/support/running_command.h"
@@ -203,4 +204,34 @@ TEST_F(FrameChecks, UnwrittenAndFailedFramesAreErrors) {
     EXPECT_EQ(bytesOf("out.png"), "old");
     EXPECT_EQ(render([](auto&, auto&) {}), "none");
     EXPECT_EQ(pbhost::readPicture("out.png").width, 4u);
+}
+
+TEST(ProjectFiles, RefuseNumbersThatCannotBeStored) {
+    const pbhost::TemporaryFolder temporary;
+    const std::string file = temporary.path + "/p.json";
+    const auto readWith = [&](const char* place, const nlohmann::json& value) {
+        nlohmann::json project = {
+            {"version", 1},
+            {"depth", 8},
+            {"time", 0},
+            {"clock", {{"fps", 24}, {"first", -3}}},
+            {"layer", {{"width", 4}, {"height", 3.0}}},
+            {"effect", {{"data", ""}, {"controls", nlohmann::json::array()}}}};
+        project[nlohmann::json::json_pointer(place)] = value;
+        std::ofstream(file) << project.dump();
+        const pbhost::ProjectFile read = pbhost::readProject(file);
+        return std::tuple(read.width, read.height, read.clock->first);
+    };
+    EXPECT_EQ(readWith("/layer/width", 4294967295), std::tuple(4294967295U, 3U, -3));
+    const std::tuple<const char*, nlohmann::json, const char*> cases[] = {
+        {"/layer/height", 4e82, "4e+82 is not a valid whole number"},
+        {"/layer/width", 4294967296, "4294967296 is not"},
+        {"/layer/width", -1, "-1 is not"},
+        {"/layer/width", 1.5, "1.5 is not"},
+        {"/layer/width", "4", "of type string instead of number"},
+        {"/depth", 4294967304, "4294967304 is not"}, // 8 in 32 bits
+        {"/clock/first", 1e30, "1e+30 is not"},
+    };
+    for (const auto& [place, value, reason] : cases)
+        EXPECT_THAT(failureOf([&] { readWith(place, value); }), HasSubstr(reason)) << place;
 }

@@ -260,8 +260,8 @@ Json lspPosition(const SourceText& source, std::size_t offset) {
 }
 
 std::size_t offsetOfPosition(const SourceText& source, const Json& position) {
-    const std::size_t line = position.at("line").get<std::size_t>() + 1;
-    const auto wanted = position.at("character").get<std::size_t>();
+    const std::size_t line = wholeNumber<std::size_t>(position.at("line")) + 1;
+    const auto wanted = wholeNumber<std::size_t>(position.at("character"));
     const std::string_view text = source.line(line);
     std::size_t bytes = 0;
     while (bytes < text.size() && utf16Length(text, bytes) < wanted)

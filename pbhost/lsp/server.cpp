@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <stdexcept>
 
 #include "pbhost/check/check_worker.h"
 #include "pbhost/files/effect_file.h"
@@ -143,12 +144,17 @@ private:
         const bool isRequest = message.contains("id");
         if (!message.contains("method")) // an answer; the server asks nothing
             return;
+        const auto refuse = [&](const std::exception& error) {
+            if (isRequest)
+                rpc_.fail(id, JsonRpc::invalidParameters, error.what());
+        };
         try {
             dispatch(message.at("method").get<std::string>(), id, isRequest,
                      message.value("params", Json::object()));
         } catch (const nlohmann::json::exception& error) {
-            if (isRequest)
-                rpc_.fail(id, JsonRpc::invalidParameters, error.what());
+            refuse(error);
+        } catch (const std::invalid_argument& error) {
+            refuse(error);
         }
     }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/services/json_errors.h"
+#include "pbhost/files/json_text.h"
 #include "pbhost/files/read_file.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/process/temporary_files.h"
@@ -65,7 +66,7 @@ ProjectEffect parseEffect(const ordered_json& json) {
 }
 
 FrameClock parseClock(const ordered_json& json) {
-    const FrameClock clock = {json.at("fps").get<double>(), json.at("first").get<long>()};
+    const FrameClock clock = {json.at("fps").get<double>(), wholeNumber<long>(json.at("first"))};
     if (!(clock.framesPerSecond >= 0.01 && clock.framesPerSecond <= 10000))
         throw std::invalid_argument("\"fps\" is not a valid frame rate");
     return clock;
@@ -75,7 +76,7 @@ ProjectFile parse(const ordered_json& json) {
     if (json.at("version") != version && json.at("version") != stackVersion)
         throw std::invalid_argument("version " + json.at("version").dump() + " is unknown");
     ProjectFile project;
-    const auto depth = depthOfBits(json.at("depth").get<int>());
+    const auto depth = depthOfBits(wholeNumber<int>(json.at("depth")));
     if (!depth)
         throw std::invalid_argument("\"depth\" is neither 8, 16 nor 32");
     project.depth = *depth;
@@ -86,8 +87,8 @@ ProjectFile parse(const ordered_json& json) {
     if (layer.contains("picture")) {
         project.picture = layer.at("picture").get<std::string>();
     } else {
-        project.width = layer.at("width").get<unsigned>();
-        project.height = layer.at("height").get<unsigned>();
+        project.width = wholeNumber<unsigned>(layer.at("width"));
+        project.height = wholeNumber<unsigned>(layer.at("height"));
     }
     if (json.contains("clock"))
         project.clock = parseClock(json.at("clock"));
@@ -189,7 +190,7 @@ ordered_json storedControl(Scene& scene, const fs::path& folder, std::size_t ind
 
 void fillControl(const Filling& filling, const ordered_json& stored) {
     Scene& scene = filling.scene;
-    const auto index = stored.at("index").get<std::size_t>();
+    const auto index = wholeNumber<std::size_t>(stored.at("index"));
     if (index == 0 || index >= scene.effect.definitions.size())
         throw std::invalid_argument("there is no control " + std::to_string(index));
     const ControlKind& kind = hostkit::kindOf(scene.effect.definitions[index]);

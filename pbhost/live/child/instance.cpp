@@ -9,6 +9,7 @@
 #include "hostkit/effect/frames.h"
 #include "pbhost/diagnostics/frame_fill.h"
 #include "pbhost/files/effect_file.h"
+#include "pbhost/files/json_text.h"
 #include "pbhost/live/child/control_facts.h"
 #include "pbhost/live/child/encoding.h"
 #include "pbhost/process/failure.h"
@@ -332,7 +333,7 @@ Message Instance::picture(const Data& request) {
 }
 
 Data Instance::pixel(const Data& request) const {
-    const int x = request.at("x").get<int>(), y = request.at("y").get<int>();
+    const auto x = wholeNumber<int>(request.at("x")), y = wholeNumber<int>(request.at("y"));
     const int inputX = request.value("inputX", x), inputY = request.value("inputY", y);
     Data input = Data::array();
     if (scene_)

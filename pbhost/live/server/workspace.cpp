@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "hostkit/services/complete_file.h"
+#include "pbhost/files/json_text.h"
 #include "pbhost/files/read_file.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/sequence/frame_pattern.h"
@@ -112,7 +113,7 @@ std::string Workspace::takeFile(std::string_view name) {
 }
 
 std::string Workspace::fileOf(const Data& number) const {
-    const auto index = number.get<std::size_t>();
+    const auto index = wholeNumber<std::size_t>(number);
     if (index >= pictures_.size())
         throw Failure(ExitCode::Usage, "there is no picture " + std::to_string(index));
     return pictures_[index];
