@@ -15,7 +15,8 @@ namespace pbhost {
 
 namespace {
 
-// The elements that the reader takes, and the attributes that it reads of each.
+// The elements that the reader takes, and the attributes that it reads of each. It does not read the
+// type of metadata, which follows from the name, but many graphs state it.
 struct KnownElement {
     std::string_view name;
     std::array<std::string_view, 6> attributes; // empty ones are none
@@ -23,7 +24,7 @@ struct KnownElement {
 };
 
 constexpr std::array<KnownElement, 8> knownElements = {{
-    {"metadata", {"name", "value"}, 2},
+    {"metadata", {"name", "value", "type"}, 2},
     {"parameter", {"name", "type"}, 2},
     {"inputImage", {"name", "type"}, 1},
     {"outputImage", {"name", "type"}, 0},
