@@ -233,5 +233,6 @@ TEST(ProjectFiles, RefuseNumbersThatCannotBeStored) {
         {"/clock/first", 1e30, "1e+30 is not"},
     };
     for (const auto& [place, value, reason] : cases)
-        EXPECT_THAT(failureOf([&] { readWith(place, value); }), HasSubstr(reason)) << place;
+        EXPECT_THAT(failureOf([&, at = place, to = value] { readWith(at, to); }), HasSubstr(reason))
+            << place;
 }

@@ -15,8 +15,8 @@ namespace pbhost {
 
 namespace {
 
-// The elements that the reader takes, and the attributes that it reads of each. It does not read the
-// type of metadata, which follows from the name, but many graphs state it.
+// The elements that the reader takes, and the attributes that it reads of each. It does not read
+// the type of metadata, which follows from the name, but many graphs state it.
 struct KnownElement {
     std::string_view name;
     std::array<std::string_view, 6> attributes; // empty ones are none
