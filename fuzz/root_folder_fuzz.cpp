@@ -1,16 +1,20 @@
 // Target: the preference with the root folder, under which the module searches for a moved file.
 // The input is the text of the preference.
 #include <algorithm>
+#include <string>
 
 #include "fuzz/fuzz_support.h"
 #include "pbhost/process/temporary_files.h"
+#include "support/utf.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // All paths are below a temporary folder, so that the search does not walk the whole file
     // system. A path that leaves the folder again takes seconds, so texts with two dots are left
-    // out: bytes between them that are not UTF-8 are dropped. 0xAE ends the longer forms of a dot.
+    // out, as the module reads them: without bytes that are not UTF-8, and in longer forms, too.
     const std::string_view text = fuzz::textOf(data, size);
-    if (std::ranges::count(text, '.') + std::ranges::count(text, '\xAE') > 1)
+    std::u16string wide;
+    appendWide(text, wide);
+    if (std::ranges::count(wide, u'.') > 1)
         return 0;
     static const pbhost::TemporaryFolder folder;
     static fuzz::Instance& instance = *new fuzz::Instance;
