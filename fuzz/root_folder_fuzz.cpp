@@ -11,7 +11,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // All paths are below a temporary folder, so that the search does not walk the whole file
     // system. A path that leaves the folder again takes seconds, so texts with two dots are left
     // out, as the module reads them: without bytes that are not UTF-8, and in longer forms, too.
-    const std::string_view text = fuzz::textOf(data, size);
+    std::string_view text = fuzz::textOf(data, size);
+    text = text.substr(0, text.find('\0')); // where the host's call ends it
     std::u16string wide;
     appendWide(text, wide);
     if (std::ranges::count(wide, u'.') > 1)
