@@ -273,6 +273,7 @@ TEST_F(LiveChild, FailsWithTheLineAndGoesOn) {
              {{{"do", "load"}, {"file", "missing.pbk"}}, "missing.pbk"},
              {{{"do", "load"}, {"file", "shift.pbk"}, {"picture", "missing.png"}}, "missing.png"},
              {{{"do", "load"}, {"project", "shift.pbk"}}, "not a valid project"},
+             {{{"do", "load"}, {"file", "shift.pbk"}, {"depth", 1e30}}, "1e+30 is not"},
              {{{"do", "dance"}}, "unknown"},
              {Data::object(), "do"}}) {
         const Data reply = ask(request).head;

@@ -150,6 +150,8 @@ def test_features(client, uri, text):
                for child in symbols[0]["children"])
     if uri.endswith(".pbg"):
         assert symbols[1]["name"] == "a", symbols
+    assert client.error("textDocument/hover", {"textDocument": {"uri": uri},
+                                               "position": {"line": 1e30, "character": 0}}) == -32602
 
 
 def test_protocol(client):

@@ -31,4 +31,11 @@ Number wholeNumber(const auto& json) {
     return static_cast<Number>(value);
 }
 
+// The same for a field, or `otherwise` if there is none.
+template<std::integral Number>
+Number wholeNumber(const auto& json, const char* field, Number otherwise) {
+    const auto found = json.find(field);
+    return found == json.end() ? otherwise : wholeNumber<Number>(*found);
+}
+
 } // namespace pbhost

@@ -38,13 +38,13 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
-void removeFrom(const fs::path& folder, const std::string& prefix) {
+// Calls work(path) for what the folder contains with names that start with the prefix.
+template<class Work>
+void forEachWith(const std::string& prefix, const fs::path& folder, const Work& work) {
     std::error_code ignored;
-    for (fs::directory_iterator entry(folder, ignored), end; entry != end;
-         entry.increment(ignored)) {
+    for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored))
         if (entry->path().filename().string().starts_with(prefix))
-            fs::remove_all(entry->path(), ignored);
-    }
+            work(entry->path());
 }
 
 const char* kindName(fs::file_type type) {
@@ -149,23 +149,20 @@ TemporaryFolder::~TemporaryFolder() {
 
 void removeAbandonedTemporaries(const fs::path& folder) {
     const auto yesterday = fs::file_time_type::clock::now() - std::chrono::hours(24);
-    std::error_code ignored;
-    for (fs::directory_iterator entry(folder, ignored), end; entry != end;
-         entry.increment(ignored)) {
-        if (!entry->path().filename().string().starts_with(commonPrefix))
-            continue;
+    forEachWith(commonPrefix, folder, [&](const fs::path& path) {
         std::error_code error;
-        const auto written = fs::last_write_time(entry->path(), error);
+        const auto written = fs::last_write_time(path, error);
         if (!error && written < yesterday)
-            fs::remove(entry->path(), ignored);
-    }
+            fs::remove(path, error);
+    });
 }
 
 void removeTemporaries(const std::vector<fs::path>& folders, pid_t process) {
     std::error_code ignored;
-    removeFrom(fs::temp_directory_path(ignored), prefixOf(process));
+    const auto remove = [&](const fs::path& path) { fs::remove_all(path, ignored); };
+    forEachWith(prefixOf(process), fs::temp_directory_path(ignored), remove);
     for (const fs::path& folder : folders)
-        removeFrom(folder, prefixOf(process));
+        forEachWith(prefixOf(process), folder, remove);
 }
 
 } // namespace pbhost

@@ -8,7 +8,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "pbhost/files/json_text.h"
 #include "pbhost/process/failure.h"
 #include "pbhost/process/run_program.h"
 #include "pbhost/process/temporary_files.h"
@@ -44,8 +43,8 @@ bool isOnItsSide(const nlohmann::json& stream) {
 
 VideoFacts factsOf(const nlohmann::json& stream) {
     VideoFacts facts;
-    facts.width = wholeNumber<unsigned>(stream.at("width"));
-    facts.height = wholeNumber<unsigned>(stream.at("height"));
+    facts.width = stream.at("width").get<unsigned>();
+    facts.height = stream.at("height").get<unsigned>();
     if (isOnItsSide(stream))
         std::swap(facts.width, facts.height);
     facts.framesPerSecond = fraction(stream.at("r_frame_rate").get<std::string>());

@@ -99,14 +99,14 @@ LayerSource Instance::source(const std::string& file, std::optional<Depth> depth
 }
 
 LayerSource Instance::layerSource(const Data& request, const ProjectFile& project) {
-    auto depth = depthOfBits(request.value("depth", 0));
+    auto depth = depthOfBits(wholeNumber(request, "depth", 0));
     if (!depth && request.contains("project"))
         depth = project.depth;
     const std::string picture = request.value("picture", project.resolved(project.picture));
     if (!picture.empty())
         return source(picture, depth);
-    const unsigned width = request.value("width", project.width);
-    const unsigned height = request.value("height", project.height);
+    const unsigned width = wholeNumber(request, "width", project.width);
+    const unsigned height = wholeNumber(request, "height", project.height);
     return transparentSource(width == 0 ? emptyLayerWidth : width,
                              height == 0 ? emptyLayerHeight : height, depth.value_or(Depth::Bits8));
 }
@@ -138,8 +138,8 @@ Data Instance::load(const Data& request) {
     const std::string projectName = request.value("project", std::string());
     const ProjectFile project = projectName.empty() ? ProjectFile() : readProject(projectName);
     const CapturedErrors errors;
-    clock_ = project.clock.value_or(
-        FrameClock{request.value("fps", FrameClock().framesPerSecond), request.value("first", 0L)});
+    clock_ = project.clock.value_or(FrameClock{request.value("fps", FrameClock().framesPerSecond),
+                                               wholeNumber(request, "first", 0L)});
     try {
         const std::string file = projectName.empty() ? request.at("file").get<std::string>()
                                                      : fileOfProject(projectName, project);
@@ -314,11 +314,11 @@ Message Instance::picture(const Data& request) {
     const Display display = displayOf(request);
     const bool isInput = request.value("of", std::string("output")) == "input";
     if (!isInput)
-        render(request, std::max(1U, request.value("downsample", 1U)));
+        render(request, std::max(1U, wholeNumber(request, "downsample", 1U)));
     const auto started = Clock::now();
     const std::string encoding = request.value("encoding", std::string("png"));
     DisplayPicture shown = displayPicture(isInput ? scene().layer.source->pixels : frame_, display);
-    if (const unsigned factor = request.value("reduce", 1U); factor > 1)
+    if (const unsigned factor = wholeNumber(request, "reduce", 1U); factor > 1)
         shown = reduced(shown, factor);
     const unsigned width = shown.width, height = shown.height;
     Message reply;
@@ -334,7 +334,8 @@ Message Instance::picture(const Data& request) {
 
 Data Instance::pixel(const Data& request) const {
     const auto x = wholeNumber<int>(request.at("x")), y = wholeNumber<int>(request.at("y"));
-    const int inputX = request.value("inputX", x), inputY = request.value("inputY", y);
+    const int inputX = wholeNumber(request, "inputX", x),
+              inputY = wholeNumber(request, "inputY", y);
     Data input = Data::array();
     if (scene_)
         input = pixelAt(scene_->layer.source->pixels, inputX, inputY);

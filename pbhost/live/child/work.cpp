@@ -74,7 +74,7 @@ void answerRequests(int socket, const SessionOptions& options) {
     Message request;
     while (readMessage(socket, request)) {
         Message reply = answerOrFail(instance, request.head);
-        reply.head["id"] = request.head.value("id", 0);
+        reply.head["id"] = request.head.value("id", Data(0));
         if (!writeMessage(socket, reply))
             return;
     }

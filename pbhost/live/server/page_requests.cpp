@@ -33,7 +33,7 @@ Data PageRequests::complete(Data request) const {
     if (what == "openProject") {
         const std::string project = workspace_.newFile(".json");
         writeTextFile(project, request.at("text").get<std::string>());
-        return {{"do", "load"}, {"id", request.value("id", 0)}, {"project", project}};
+        return {{"do", "load"}, {"id", request.value("id", Data(0))}, {"project", project}};
     }
     for (const char* name : {"path", "project", "file", "settings"})
         request.erase(name);
